@@ -1,0 +1,95 @@
+#include "convert.h"
+
+#include "export/documentmanager.h"
+#include "model/tabfileformat.h"
+#include "shell/saveddata.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace {
+
+enum class Form { Document, Exchange, Text, Unknown };
+
+Form formOf(const QString &path)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == documentExtension)
+        return Form::Document;
+    if (suffix == exchangeExtension)
+        return Form::Exchange;
+    if (suffix == u"txt")
+        return Form::Text;
+    return Form::Unknown;
+}
+
+// A document's name is its file name up to the first ".lgrd".
+QString titleFromFileName(const QString &path)
+{
+    const QString name = QFileInfo(path).fileName();
+    const qsizetype cut = name.indexOf(u".lgrd");
+    return cut >= 0 ? name.left(cut) : name;
+}
+
+} // namespace
+
+QString convertTabFile(const QString &inputPath, const QString &outputPath,
+                       const ConvertOptions &options)
+{
+    const Form inputForm = formOf(inputPath);
+    const Form outputForm = formOf(outputPath);
+    if (inputForm != Form::Document && inputForm != Form::Exchange)
+        return inputPath + u": not a tab file (.lgrdi or .lgrd)";
+    if (outputForm == Form::Unknown)
+        return outputPath + u": unknown output type (use .lgrdi, .lgrd or .txt)";
+
+    QFile input(inputPath);
+    if (!input.open(QIODevice::ReadOnly))
+        return inputPath + u": " + input.errorString();
+    const QByteArray bytes = input.readAll();
+
+    std::optional<TabData> tab;
+    if (inputForm == Form::Document) {
+        QString error;
+        tab = tabDataFromDocumentData(bytes, &error);
+        if (!tab)
+            return inputPath + u": unreadable tab document (" + error + u")";
+        tab->title = titleFromFileName(inputPath);
+    } else {
+        ImportError error;
+        tab = tabDataFromExchangeData(bytes, &error);
+        if (!tab)
+            return inputPath + u": " + error.message;
+    }
+
+    QByteArray output;
+    switch (outputForm) {
+    case Form::Document:
+        output = documentData(*tab);
+        break;
+    case Form::Exchange: {
+        const auto json = exchangeData(*tab);
+        if (!json)
+            return outputPath + u": the tab could not be written as JSON";
+        output = *json;
+        break;
+    }
+    case Form::Text: {
+        SavedData::shared().notesOnTab = options.notesOnTab;
+        TabExportConfiguration configuration{*tab};
+        configuration.showLyrics = options.showLyrics;
+        configuration.showColumnHeaders = options.showColumnHeaders;
+        configuration.showTabContent = options.showTabContent;
+        output = DocumentManager::asciiBytes(DocumentManager::tabText(configuration));
+        break;
+    }
+    case Form::Unknown:
+        break;
+    }
+
+    QSaveFile file(outputPath);
+    if (!file.open(QIODevice::WriteOnly) || file.write(output) != output.size() || !file.commit())
+        return outputPath + u": " + file.errorString();
+    return {};
+}

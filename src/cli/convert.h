@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+struct ConvertOptions {
+    bool notesOnTab = false;
+    bool showLyrics = true;
+    bool showColumnHeaders = true;
+    bool showTabContent = true;
+};
+
+// Converts between ".lgrdi", ".lgrd" and ".txt" by extension. Gives an empty string on
+// success, else one line that names the file and what is wrong.
+QString convertTabFile(const QString &inputPath, const QString &outputPath,
+                       const ConvertOptions &options);

@@ -1,0 +1,73 @@
+#include "convert.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <cstdio>
+
+namespace {
+
+const char *usageText =
+    "Usage: lutegrid-cli convert IN OUT [--notes-on-tab] [--no-lyrics] [--no-headers] [--no-tab]\n"
+    "\n"
+    "Converts a tab between its forms, chosen by each file's extension:\n"
+    "  .lgrdi  a tab document, as the library keeps it\n"
+    "  .lgrd   the JSON exchange form, for sharing and back-ups\n"
+    "  .txt    plain ASCII text (output only), three characters a column\n"
+    "\n"
+    "A document takes its title from its file name; an exchange file carries its own.\n"
+    "\n"
+    "Options for text output:\n"
+    "  --notes-on-tab  note names instead of fret numbers\n"
+    "  --no-lyrics     leave out lyric lines\n"
+    "  --no-headers    leave out chord names\n"
+    "  --no-tab        leave out the tab lines\n"
+    "\n"
+    "Exits 0 on success and prints nothing; on failure prints one line and exits 1.\n";
+
+int usage(FILE *stream, int code)
+{
+    std::fputs(usageText, stream);
+    return code;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(u"Lutegrid"_qs);
+    QCoreApplication::setApplicationName(u"Lutegrid"_qs);
+
+    QCommandLineParser parser;
+    parser.addPositionalArgument(u"command"_qs, u"convert"_qs);
+    const QCommandLineOption help({u"h"_qs, u"help"_qs}, u"Show this help."_qs);
+    const QCommandLineOption notesOnTab(u"notes-on-tab"_qs, u"Note names."_qs);
+    const QCommandLineOption noLyrics(u"no-lyrics"_qs, u"No lyrics."_qs);
+    const QCommandLineOption noHeaders(u"no-headers"_qs, u"No chord names."_qs);
+    const QCommandLineOption noTab(u"no-tab"_qs, u"No tab lines."_qs);
+    parser.addOptions({help, notesOnTab, noLyrics, noHeaders, noTab});
+    if (!parser.parse(QCoreApplication::arguments())) {
+        std::fprintf(stderr, "lutegrid-cli: %s\n", qPrintable(parser.errorText()));
+        return usage(stderr, 2);
+    }
+    if (parser.isSet(help))
+        return usage(stdout, 0);
+
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() == 3 && arguments[0] == u"convert") {
+        ConvertOptions options;
+        options.notesOnTab = parser.isSet(notesOnTab);
+        options.showLyrics = !parser.isSet(noLyrics);
+        options.showColumnHeaders = !parser.isSet(noHeaders);
+        options.showTabContent = !parser.isSet(noTab);
+        const QString error = convertTabFile(arguments[1], arguments[2], options);
+        if (!error.isEmpty()) {
+            std::fprintf(stderr, "lutegrid-cli: %s\n", qPrintable(error));
+            return 1;
+        }
+        return 0;
+    }
+    return usage(stderr, 2);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "model/tabdata.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+enum class ExportType { LGRD, RTF, PDF, TXT };
+
+// The display flags and tab that an export uses.
+struct TabExportConfiguration {
+    TabData tabData;
+    bool showLyrics = true;
+    bool lyricsBelow = false;
+    bool showColumnHeaders = true;
+    bool showTabContent = true;
+    bool twoColumns = false;
+};
+
+class DocumentManager
+{
+public:
+    // "lgrd", "rtf", "pdf", "txt".
+    static QString fileExtension(ExportType type);
+    // The tab as plain text, three characters a column.
+    static QString tabText(const TabExportConfiguration &configuration);
+    // Plain text as ASCII: accented letters lose their accents, anything else becomes "?".
+    static QByteArray asciiBytes(const QString &text);
+    // The bytes of an export, or nothing if none could be made.
+    static std::optional<QByteArray> exportData(ExportType type,
+                                                const TabExportConfiguration &configuration);
+    // Writes the export into the "Exports" folder of the temporary area under `fileName` (or
+    // the tab's title) with the type's extension. Gives the file's path, or nothing.
+    static std::optional<QString> exportFile(ExportType type,
+                                             const TabExportConfiguration &configuration,
+                                             const QString &fileName = QString());
+};

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+// A small store of keys and values that the user's sync client carries between machines: a
+// binary property list in a folder. Values are property-list types as QVariant: QString,
+// QByteArray, qint64, double, bool, QVariantList and QVariantMap.
+class CloudKeyValueStore : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum ChangeReason {
+        ServerChange = 0,
+        InitialSyncChange = 1,
+        QuotaViolationChange = 2,
+    };
+    static constexpr qint64 maximumBytes = 1024 * 1024;
+    static constexpr int maximumKeys = 1024;
+    static inline const QString fileName = u"lutegrid-keyvalues.plist"_qs;
+
+    // The process-wide store, in the library folder until a synced folder is chosen.
+    static CloudKeyValueStore &shared();
+
+    explicit CloudKeyValueStore(const QString &folder, QObject *parent = nullptr);
+    ~CloudKeyValueStore() override;
+
+    // Moves the store to another folder and loads what lies there.
+    void setFolder(const QString &folder);
+    QString folder() const;
+    QString filePath() const;
+
+    QVariant objectForKey(const QString &key) const;
+    QVariantMap dictionaryForKey(const QString &key) const;
+    QVariantList arrayForKey(const QString &key) const;
+    void setObject(const QVariant &value, const QString &key);
+    void removeObjectForKey(const QString &key);
+    // Writes what changed and picks up outside changes; false if the file could not be written.
+    bool synchronize();
+
+Q_SIGNALS:
+    void didChangeExternally(int reason, const QStringList &changedKeys);
+
+private:
+    struct Private;
+    Private *d;
+};

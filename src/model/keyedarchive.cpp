@@ -1,0 +1,543 @@
+#include "keyedarchive.h"
+
+#include "modellog.h"
+
+#include <QHash>
+
+#include <plist/plist.h>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+const QString nsObjectsKey = u"NS.objects"_qs;
+
+struct PlistFree {
+    void operator()(plist_t node) const { plist_free(node); }
+};
+using PlistPtr = std::unique_ptr<void, PlistFree>;
+
+bool isKeyedArchiveArray(const QString &className)
+{
+    return className == u"NSArray" || className == u"NSMutableArray" || className == u"NSSet"
+        || className == u"NSMutableSet" || className == u"NSOrderedSet"
+        || className == u"NSMutableOrderedSet";
+}
+
+bool isKeyedArchiveDictionary(const QString &className)
+{
+    return className == u"NSDictionary" || className == u"NSMutableDictionary";
+}
+
+// ---- Writing -------------------------------------------------------------------------------
+
+class Writer
+{
+public:
+    Writer() : objects(plist_new_array())
+    {
+        plist_array_append_item(objects, plist_new_string("$null"));
+    }
+    ~Writer() { plist_free(objects); }
+
+    QByteArray finish(plist_t top)
+    {
+        plist_t root = plist_new_dict();
+        plist_dict_set_item(root, "$version", plist_new_uint(100000));
+        plist_dict_set_item(root, "$archiver", plist_new_string("NSKeyedArchiver"));
+        plist_dict_set_item(root, "$top", top);
+        plist_dict_set_item(root, "$objects", objects);
+        objects = nullptr;
+        char *bytes = nullptr;
+        uint32_t length = 0;
+        plist_to_bin(root, &bytes, &length);
+        QByteArray result(bytes, qsizetype(length));
+        plist_to_bin_free(bytes);
+        plist_free(root);
+        return result;
+    }
+
+    // A value as it stands in an object's fields: numbers and booleans inline, the rest by UID.
+    plist_t fieldNode(const ArchiveValue &value)
+    {
+        switch (value.type()) {
+        case ArchiveValue::Type::Bool:
+            return plist_new_bool(value.toBool());
+        case ArchiveValue::Type::Integer:
+            return integerNode(value.toInteger());
+        case ArchiveValue::Type::Real:
+            return plist_new_real(value.toReal());
+        default:
+            return plist_new_uid(reference(value));
+        }
+    }
+
+    quint64 reference(const ArchiveValue &value)
+    {
+        switch (value.type()) {
+        case ArchiveValue::Type::Null:
+            return 0;
+        case ArchiveValue::Type::String: {
+            // Equal strings share one object: a tab repeats "—" thousands of times.
+            const QString text = value.toString();
+            auto found = strings.constFind(text);
+            if (found != strings.constEnd())
+                return *found;
+            const quint64 uid = append(plist_new_string(text.toUtf8().constData()));
+            strings.insert(text, uid);
+            return uid;
+        }
+        case ArchiveValue::Type::Bool:
+            return append(plist_new_bool(value.toBool()));
+        case ArchiveValue::Type::Integer:
+            return append(integerNode(value.toInteger()));
+        case ArchiveValue::Type::Real:
+            return append(plist_new_real(value.toReal()));
+        case ArchiveValue::Type::Data: {
+            const QByteArray data = value.toData();
+            return append(plist_new_data(data.constData(), quint64(data.size())));
+        }
+        case ArchiveValue::Type::Array: {
+            plist_t dict = plist_new_dict();
+            const quint64 uid = append(dict);
+            plist_t elements = plist_new_array();
+            for (const ArchiveValue &element : value.toArray())
+                plist_array_append_item(elements, plist_new_uid(reference(element)));
+            plist_dict_set_item(dict, "NS.objects", elements);
+            plist_dict_set_item(dict, "$class",
+                                plist_new_uid(classReference({u"NSArray"_qs, u"NSObject"_qs})));
+            return uid;
+        }
+        case ArchiveValue::Type::Dictionary: {
+            plist_t dict = plist_new_dict();
+            const quint64 uid = append(dict);
+            plist_t keys = plist_new_array();
+            plist_t objectsOfDict = plist_new_array();
+            for (const auto &[key, element] : value.fields()) {
+                plist_array_append_item(keys,
+                                        plist_new_uid(reference(ArchiveValue::fromString(key))));
+                plist_array_append_item(objectsOfDict, plist_new_uid(reference(element)));
+            }
+            plist_dict_set_item(dict, "NS.keys", keys);
+            plist_dict_set_item(dict, "NS.objects", objectsOfDict);
+            plist_dict_set_item(
+                dict, "$class",
+                plist_new_uid(classReference({u"NSDictionary"_qs, u"NSObject"_qs})));
+            return uid;
+        }
+        case ArchiveValue::Type::Object: {
+            plist_t dict = plist_new_dict();
+            const quint64 uid = append(dict);
+            for (const auto &[key, field] : value.fields())
+                plist_dict_set_item(dict, key.toUtf8().constData(), fieldNode(field));
+            plist_dict_set_item(dict, "$class", plist_new_uid(classReference(value.classes())));
+            return uid;
+        }
+        }
+        return 0;
+    }
+
+    plist_t fieldsNode(const ArchiveFields &fields)
+    {
+        plist_t dict = plist_new_dict();
+        for (const auto &[key, field] : fields)
+            plist_dict_set_item(dict, key.toUtf8().constData(), fieldNode(field));
+        return dict;
+    }
+
+private:
+    static plist_t integerNode(qint64 value)
+    {
+        // Binary property lists keep negative integers as eight-byte two's complement,
+        // which is what libplist writes for the same bits.
+        return plist_new_uint(static_cast<uint64_t>(value));
+    }
+
+    quint64 append(plist_t node)
+    {
+        plist_array_append_item(objects, node);
+        return count++;
+    }
+
+    // One class description per class, however many objects use it.
+    quint64 classReference(const QStringList &chain)
+    {
+        auto found = classes.constFind(chain.first());
+        if (found != classes.constEnd())
+            return *found;
+        plist_t dict = plist_new_dict();
+        plist_t names = plist_new_array();
+        for (const QString &name : chain)
+            plist_array_append_item(names, plist_new_string(name.toUtf8().constData()));
+        plist_dict_set_item(dict, "$classes", names);
+        plist_dict_set_item(dict, "$classname", plist_new_string(chain.first().toUtf8().constData()));
+        const quint64 uid = append(dict);
+        classes.insert(chain.first(), uid);
+        return uid;
+    }
+
+    plist_t objects;
+    quint64 count = 1;
+    QHash<QString, quint64> strings;
+    QHash<QString, quint64> classes;
+};
+
+// ---- Reading -------------------------------------------------------------------------------
+
+class Reader
+{
+public:
+    bool open(QByteArrayView bytes)
+    {
+        if (bytes.size() < 8 || std::memcmp(bytes.data(), "bplist00", 8) != 0)
+            return fail(u"not a binary property list"_qs);
+        if (bytes.size() > qsizetype(std::numeric_limits<uint32_t>::max()))
+            return fail(u"file too large"_qs);
+        plist_t parsed = nullptr;
+        plist_from_bin(bytes.data(), uint32_t(bytes.size()), &parsed);
+        root.reset(parsed);
+        if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
+            return fail(u"not a readable property list"_qs);
+        plist_t archiver = plist_dict_get_item(root.get(), "$archiver");
+        if (!archiver || plist_get_node_type(archiver) != PLIST_STRING
+            || plist_string_val_compare(archiver, "NSKeyedArchiver") != 0)
+            return fail(u"not a keyed archive"_qs);
+        plist_t objectList = plist_dict_get_item(root.get(), "$objects");
+        top = plist_dict_get_item(root.get(), "$top");
+        if (!objectList || plist_get_node_type(objectList) != PLIST_ARRAY || !top
+            || plist_get_node_type(top) != PLIST_DICT)
+            return fail(u"keyed archive without $objects or $top"_qs);
+
+        const uint32_t count = plist_array_get_size(objectList);
+        objects.reserve(count);
+        plist_array_iter iter = nullptr;
+        plist_array_new_iter(objectList, &iter);
+        for (uint32_t i = 0; i < count; ++i) {
+            plist_t item = nullptr;
+            plist_array_next_item(objectList, iter, &item);
+            if (!item)
+                break;
+            objects.push_back(item);
+        }
+        free(iter);
+        resolved.resize(objects.size());
+        state.assign(objects.size(), State::Untouched);
+        return true;
+    }
+
+    std::optional<ArchiveValue> rootObject()
+    {
+        plist_t rootRef = plist_dict_get_item(top, "root");
+        if (!rootRef || plist_get_node_type(rootRef) != PLIST_UID) {
+            fail(u"keyed archive without a root object"_qs);
+            return std::nullopt;
+        }
+        ArchiveValue value = inlineValue(rootRef, 0);
+        if (failed)
+            return std::nullopt;
+        return value;
+    }
+
+    std::optional<ArchiveValue> topLevel()
+    {
+        ArchiveValue value = ArchiveValue::fromDictionary(fieldsOf(top, 0));
+        if (failed)
+            return std::nullopt;
+        return value;
+    }
+
+    QString error;
+
+private:
+    enum class State : quint8 { Untouched, InProgress, Done };
+
+    bool fail(const QString &message)
+    {
+        if (!failed) {
+            failed = true;
+            error = message;
+        }
+        return false;
+    }
+
+    static QString stringOf(plist_t node)
+    {
+        uint64_t length = 0;
+        const char *text = plist_get_string_ptr(node, &length);
+        return text ? QString::fromUtf8(text, qsizetype(length)) : QString();
+    }
+
+    // A value where it stands inside an object or a raw container.
+    ArchiveValue inlineValue(plist_t node, int depth)
+    {
+        if (failed)
+            return {};
+        if (depth > KeyedUnarchiver::maximumDepth) {
+            fail(u"nesting too deep"_qs);
+            return {};
+        }
+        switch (plist_get_node_type(node)) {
+        case PLIST_UID: {
+            uint64_t uid = 0;
+            plist_get_uid_val(node, &uid);
+            return object(uid, depth + 1);
+        }
+        case PLIST_BOOLEAN: {
+            uint8_t value = 0;
+            plist_get_bool_val(node, &value);
+            return ArchiveValue::fromBool(value != 0);
+        }
+        case PLIST_UINT: {
+            uint64_t value = 0;
+            plist_get_uint_val(node, &value);
+            return ArchiveValue::fromInteger(static_cast<qint64>(value));
+        }
+        case PLIST_REAL: {
+            double value = 0;
+            plist_get_real_val(node, &value);
+            return ArchiveValue::fromReal(value);
+        }
+        case PLIST_DATE: {
+            int32_t seconds = 0, microseconds = 0;
+            plist_get_date_val(node, &seconds, &microseconds);
+            return ArchiveValue::fromReal(seconds + microseconds / 1e6);
+        }
+        case PLIST_STRING:
+            return ArchiveValue::fromString(stringOf(node));
+        case PLIST_DATA: {
+            uint64_t length = 0;
+            const char *data = plist_get_data_ptr(node, &length);
+            return ArchiveValue::fromData(QByteArray(data, qsizetype(length)));
+        }
+        case PLIST_ARRAY: {
+            ArchiveArray elements;
+            const uint32_t count = plist_array_get_size(node);
+            elements.reserve(count);
+            for (uint32_t i = 0; i < count && !failed; ++i)
+                elements.push_back(inlineValue(plist_array_get_item(node, i), depth + 1));
+            return ArchiveValue::fromArray(std::move(elements));
+        }
+        case PLIST_DICT:
+            return ArchiveValue::fromDictionary(fieldsOf(node, depth + 1));
+        default:
+            fail(u"unexpected value in archive"_qs);
+            return {};
+        }
+    }
+
+    ArchiveFields fieldsOf(plist_t dict, int depth)
+    {
+        ArchiveFields fields;
+        fields.reserve(plist_dict_get_size(dict));
+        plist_dict_iter iter = nullptr;
+        plist_dict_new_iter(dict, &iter);
+        for (;;) {
+            char *key = nullptr;
+            plist_t value = nullptr;
+            plist_dict_next_item(dict, iter, &key, &value);
+            if (!value) {
+                free(key);
+                break;
+            }
+            if (std::strcmp(key, "$class") != 0 && !failed)
+                fields.emplace_back(QString::fromUtf8(key), inlineValue(value, depth));
+            free(key);
+        }
+        free(iter);
+        return fields;
+    }
+
+    // Class chains are shared by many objects, so each is read once.
+    const std::pair<QString, QStringList> *classOf(plist_t dict)
+    {
+        plist_t classRef = plist_dict_get_item(dict, "$class");
+        if (!classRef || plist_get_node_type(classRef) != PLIST_UID) {
+            fail(u"object without a class"_qs);
+            return nullptr;
+        }
+        uint64_t uid = 0;
+        plist_get_uid_val(classRef, &uid);
+        auto found = classCache.constFind(uid);
+        if (found != classCache.constEnd())
+            return &*found;
+        if (uid >= objects.size()) {
+            fail(u"class reference past the end of the archive"_qs);
+            return nullptr;
+        }
+        plist_t classDict = objects[uid];
+        plist_t name = plist_get_node_type(classDict) == PLIST_DICT
+            ? plist_dict_get_item(classDict, "$classname")
+            : nullptr;
+        if (!name || plist_get_node_type(name) != PLIST_STRING) {
+            fail(u"class without a name"_qs);
+            return nullptr;
+        }
+        QStringList chain;
+        plist_t names = plist_dict_get_item(classDict, "$classes");
+        if (names && plist_get_node_type(names) == PLIST_ARRAY) {
+            const uint32_t count = plist_array_get_size(names);
+            for (uint32_t i = 0; i < count; ++i) {
+                plist_t item = plist_array_get_item(names, i);
+                if (plist_get_node_type(item) == PLIST_STRING)
+                    chain.append(stringOf(item));
+            }
+        }
+        return &*classCache.insert(uid, {stringOf(name), chain});
+    }
+
+    // The elements of an archived collection, each by UID.
+    ArchiveArray referencedElements(plist_t list, int depth)
+    {
+        ArchiveArray elements;
+        if (!list || plist_get_node_type(list) != PLIST_ARRAY) {
+            fail(u"collection without its elements"_qs);
+            return elements;
+        }
+        const uint32_t count = plist_array_get_size(list);
+        elements.reserve(count);
+        plist_array_iter iter = nullptr;
+        plist_array_new_iter(list, &iter);
+        for (uint32_t i = 0; i < count && !failed; ++i) {
+            plist_t item = nullptr;
+            plist_array_next_item(list, iter, &item);
+            if (!item)
+                break;
+            elements.push_back(inlineValue(item, depth));
+        }
+        free(iter);
+        return elements;
+    }
+
+    ArchiveValue object(uint64_t uid, int depth)
+    {
+        if (uid >= objects.size()) {
+            fail(u"reference past the end of the archive"_qs);
+            return {};
+        }
+        const size_t index = size_t(uid);
+        if (state[index] == State::Done)
+            return resolved[index];
+        if (state[index] == State::InProgress) {
+            fail(u"reference cycle in archive"_qs);
+            return {};
+        }
+        state[index] = State::InProgress;
+        ArchiveValue value = decode(objects[index], index, depth);
+        if (failed)
+            return {};
+        resolved[index] = value;
+        state[index] = State::Done;
+        return value;
+    }
+
+    ArchiveValue decode(plist_t node, size_t index, int depth)
+    {
+        const plist_type type = plist_get_node_type(node);
+        if (type == PLIST_STRING && index == 0 && plist_string_val_compare(node, "$null") == 0)
+            return {};
+        if (type == PLIST_UID) {
+            fail(u"reference where an object belongs"_qs);
+            return {};
+        }
+        if (type != PLIST_DICT || !plist_dict_get_item(node, "$class"))
+            return inlineValue(node, depth);
+
+        const auto *klass = classOf(node);
+        if (!klass)
+            return {};
+        const QString &className = klass->first;
+        if (isKeyedArchiveArray(className))
+            return ArchiveValue::fromArray(
+                referencedElements(plist_dict_get_item(node, "NS.objects"), depth));
+        if (isKeyedArchiveDictionary(className)) {
+            ArchiveArray keys = referencedElements(plist_dict_get_item(node, "NS.keys"), depth);
+            ArchiveArray values =
+                referencedElements(plist_dict_get_item(node, "NS.objects"), depth);
+            if (keys.size() != values.size()) {
+                fail(u"dictionary with unequal keys and values"_qs);
+                return {};
+            }
+            ArchiveFields fields;
+            fields.reserve(keys.size());
+            for (size_t i = 0; i < keys.size(); ++i) {
+                if (!keys[i].isString()) {
+                    fail(u"dictionary key that is not a string"_qs);
+                    return {};
+                }
+                fields.emplace_back(keys[i].toString(), values[i]);
+            }
+            return ArchiveValue::fromDictionary(std::move(fields));
+        }
+        if (className == u"NSString" || className == u"NSMutableString") {
+            plist_t text = plist_dict_get_item(node, "NS.string");
+            if (!text || plist_get_node_type(text) != PLIST_STRING) {
+                fail(u"string object without its text"_qs);
+                return {};
+            }
+            return ArchiveValue::fromString(stringOf(text));
+        }
+        if (className == u"NSData" || className == u"NSMutableData") {
+            plist_t data = plist_dict_get_item(node, "NS.data");
+            if (!data || plist_get_node_type(data) != PLIST_DATA) {
+                fail(u"data object without its bytes"_qs);
+                return {};
+            }
+            return inlineValue(data, depth);
+        }
+        if (className == u"NSDate") {
+            plist_t time = plist_dict_get_item(node, "NS.time");
+            return time ? inlineValue(time, depth) : ArchiveValue();
+        }
+        return ArchiveValue::object(className, fieldsOf(node, depth), klass->second);
+    }
+
+    PlistPtr root;
+    plist_t top = nullptr;
+    std::vector<plist_t> objects;
+    std::vector<ArchiveValue> resolved;
+    std::vector<State> state;
+    QHash<uint64_t, std::pair<QString, QStringList>> classCache;
+    bool failed = false;
+};
+
+} // namespace
+
+QByteArray KeyedArchiver::archivedData(const ArchiveValue &rootObject)
+{
+    Writer writer;
+    plist_t top = plist_new_dict();
+    plist_dict_set_item(top, "root", plist_new_uid(writer.reference(rootObject)));
+    return writer.finish(top);
+}
+
+QByteArray KeyedArchiver::archivedDataKeyedDirectly(const ArchiveFields &topLevel)
+{
+    Writer writer;
+    plist_t top = writer.fieldsNode(topLevel);
+    return writer.finish(top);
+}
+
+std::optional<ArchiveValue> KeyedUnarchiver::unarchivedRootObject(QByteArrayView bytes,
+                                                                  QString *error)
+{
+    Reader reader;
+    std::optional<ArchiveValue> value;
+    if (reader.open(bytes))
+        value = reader.rootObject();
+    if (!value && error)
+        *error = reader.error;
+    return value;
+}
+
+std::optional<ArchiveValue> KeyedUnarchiver::unarchivedTopLevel(QByteArrayView bytes,
+                                                                QString *error)
+{
+    Reader reader;
+    std::optional<ArchiveValue> value;
+    if (reader.open(bytes))
+        value = reader.topLevel();
+    if (!value && error)
+        *error = reader.error;
+    return value;
+}

@@ -1,0 +1,359 @@
+#include "tabfileformat.h"
+
+#include "keyedarchive.h"
+#include "modellog.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <cmath>
+
+Q_LOGGING_CATEGORY(lcModel, "lutegrid.model")
+
+namespace {
+
+const QString tabDataClass = u"Lutegrid.TabData"_qs;
+const QString tabRowDataClass = u"Lutegrid.TabRowData"_qs;
+const QString tabColumnDataClass = u"Lutegrid.TabColumnData"_qs;
+
+bool isBlankOrTab(QChar c)
+{
+    return c == u' ' || c == u'\t';
+}
+
+QString trimmedOfBlanksAndTabs(const QString &text)
+{
+    qsizetype start = 0;
+    qsizetype end = text.size();
+    while (start < end && isBlankOrTab(text[start]))
+        ++start;
+    while (end > start && isBlankOrTab(text[end - 1]))
+        --end;
+    return text.mid(start, end - start);
+}
+
+// Files from before rows held several lyric lines carry just the one, under "lkey".
+void adoptSingleLyric(const std::optional<QString> &single, QStringList &lines)
+{
+    if (single && lines.isEmpty() && !trimmedOfBlanksAndTabs(*single).isEmpty())
+        lines.append(*single);
+}
+
+// Cut to the first two user-visible characters: "F#3" becomes "F#".
+QString cutTuningEntry(const QString &entry)
+{
+    if (entry.size() < 3)
+        return entry;
+    QString result;
+    int characters = 0;
+    for (qsizetype i = 0; i < entry.size() && characters < 2; ++characters) {
+        qsizetype next = i + 1;
+        if (entry[i].isHighSurrogate() && next < entry.size() && entry[next].isLowSurrogate())
+            ++next;
+        // Combining marks belong to the character before them.
+        while (next < entry.size()
+               && (entry[next].category() == QChar::Mark_NonSpacing
+                   || entry[next].category() == QChar::Mark_Enclosing
+                   || entry[next].category() == QChar::Mark_SpacingCombining
+                   || entry[next].unicode() == 0xFE0F || entry[next].unicode() == 0x200D))
+            ++next;
+        result.append(QStringView(entry).mid(i, next - i));
+        i = next;
+    }
+    return result;
+}
+
+ArchiveValue encodeColumn(const TabColumnData &column)
+{
+    ArchiveArray items;
+    items.reserve(column.columnItems.size());
+    for (const ColumnItemType &item : column.columnItems)
+        items.push_back(ArchiveValue::fromString(item.text()));
+    return ArchiveValue::object(tabColumnDataClass,
+                                {{u"colikey"_qs, ArchiveValue::fromArray(std::move(items))},
+                                 {u"chnmkey"_qs, ArchiveValue::optionalString(column.chordName)}});
+}
+
+ArchiveValue encodeRow(const TabRowData &row)
+{
+    ArchiveArray columns;
+    columns.reserve(row.colDatas.size());
+    for (const TabColumnData &column : row.colDatas)
+        columns.push_back(encodeColumn(column));
+    const std::optional<QString> firstLine =
+        row.lyricLines.isEmpty() ? std::nullopt : std::optional(row.lyricLines.first());
+    return ArchiveValue::object(tabRowDataClass,
+                                {{u"cdkey"_qs, ArchiveValue::fromArray(std::move(columns))},
+                                 {u"lkey"_qs, ArchiveValue::optionalString(firstLine)},
+                                 {u"lmkey"_qs, ArchiveValue::fromStringList(row.lyricLines)}});
+}
+
+std::optional<TabColumnData> decodeColumn(const ArchiveValue &value)
+{
+    if (!value.isObject())
+        return std::nullopt;
+    const ArchiveValue texts = value.value(u"colikey");
+    if (!texts.isArray())
+        return std::nullopt;
+    TabColumnData column;
+    column.columnItems.reserve(qsizetype(texts.toArray().size()));
+    for (const ArchiveValue &text : texts.toArray()) {
+        if (!text.isString())
+            return std::nullopt;
+        column.columnItems.append(ColumnItemType::fromText(text.toString()));
+    }
+    column.chordName = value.value(u"chnmkey").stringValue();
+    return column;
+}
+
+std::optional<TabRowData> decodeRow(const ArchiveValue &value)
+{
+    if (!value.isObject())
+        return std::nullopt;
+    const ArchiveValue columnValues = value.value(u"cdkey");
+    if (!columnValues.isArray())
+        return std::nullopt;
+    QList<TabColumnData> columns;
+    columns.reserve(qsizetype(columnValues.toArray().size()));
+    for (const ArchiveValue &columnValue : columnValues.toArray()) {
+        auto column = decodeColumn(columnValue);
+        if (!column)
+            return std::nullopt;
+        columns.append(std::move(*column));
+    }
+    QStringList lines = value.value(u"lmkey").stringListValue().value_or(QStringList());
+    adoptSingleLyric(value.value(u"lkey").stringValue(), lines);
+    return TabRowData(std::move(columns), std::move(lines));
+}
+
+std::optional<qint64> jsonInteger(const QJsonValue &value)
+{
+    if (!value.isDouble())
+        return std::nullopt;
+    const double number = value.toDouble();
+    if (number != std::trunc(number) || number < -9223372036854775808.0
+        || number >= 9223372036854775808.0)
+        return std::nullopt;
+    return static_cast<qint64>(number);
+}
+
+std::optional<TabData> importFailure(ImportError *error, const QString &message)
+{
+    if (error)
+        error->message = message;
+    return std::nullopt;
+}
+
+} // namespace
+
+QByteArray documentData(const TabData &tabData)
+{
+    ArchiveArray rows;
+    rows.reserve(tabData.tabRowDatas.size());
+    for (const TabRowData &row : tabData.tabRowDatas)
+        rows.push_back(encodeRow(row));
+    ArchiveFields fields{
+        {u"trk"_qs, ArchiveValue::fromArray(std::move(rows))},
+        {u"snkey"_qs, ArchiveValue::fromStringList(tabData.stringNotes)},
+        {u"cftkey"_qs, ArchiveValue::fromInteger(tabData.capoFret)},
+        {u"lcszkey"_qs, ArchiveValue::fromInteger(tabData.lyricSize)},
+        {u"introkey"_qs, ArchiveValue::optionalString(tabData.introText)},
+        {u"tempokey"_qs, ArchiveValue::fromInteger(tabData.tempo)},
+    };
+    if (tabData.playbackOptions) {
+        fields.emplace_back(u"plbkoptionskey"_qs,
+                            ArchiveValue::fromString(
+                                QString::fromUtf8(tabData.playbackOptions->toJson())));
+    }
+    return KeyedArchiver::archivedData(ArchiveValue::object(tabDataClass, std::move(fields)));
+}
+
+std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error)
+{
+    auto fail = [error](const QString &message) -> std::optional<TabData> {
+        if (error)
+            *error = message;
+        return std::nullopt;
+    };
+    const std::optional<ArchiveValue> root = KeyedUnarchiver::unarchivedRootObject(bytes, error);
+    if (!root)
+        return std::nullopt;
+    if (!root->isObject() || root->className() != tabDataClass)
+        return fail(u"the archive holds no tab"_qs);
+
+    const ArchiveValue rowValues = root->value(u"trk");
+    if (!rowValues.isArray())
+        return fail(u"the tab has no rows"_qs);
+    QList<TabRowData> rows;
+    rows.reserve(qsizetype(rowValues.toArray().size()));
+    for (const ArchiveValue &rowValue : rowValues.toArray()) {
+        auto row = decodeRow(rowValue);
+        if (!row)
+            return fail(u"a row of the tab is damaged"_qs);
+        rows.append(std::move(*row));
+    }
+
+    QStringList stringNotes =
+        root->value(u"snkey").stringListValue().value_or(standardStringNotes(6));
+    const qint64 capoFret = root->value(u"cftkey").toInteger();
+    const qint64 storedLyricSize = root->value(u"lcszkey").toInteger();
+    const std::optional<QString> introText = root->value(u"introkey").stringValue();
+    for (QString &entry : stringNotes)
+        entry = cutTuningEntry(entry);
+    const bool hasTempo = root->contains(u"tempokey");
+    const std::optional<QString> playbackJson = root->value(u"plbkoptionskey").stringValue();
+
+    TabData tab(u"?"_qs, std::move(rows), std::move(stringNotes), capoFret, introText);
+    tab.lyricSize = storedLyricSize <= 0 ? 100 : std::clamp<qint64>(storedLyricSize, 25, 120);
+    if (hasTempo)
+        tab.tempo = root->value(u"tempokey").toInteger();
+    if (playbackJson) {
+        QString jsonError;
+        tab.playbackOptions = ViewModePlaybackOptions::fromJson(playbackJson->toUtf8(), &jsonError);
+        if (!tab.playbackOptions)
+            qCWarning(lcModel) << "playback options unreadable:" << jsonError;
+    }
+    return tab;
+}
+
+std::optional<QByteArray> exchangeData(const TabData &tabData)
+{
+    QJsonArray rows;
+    for (const TabRowData &row : tabData.tabRowDatas) {
+        QJsonArray columns;
+        QJsonArray headers;
+        for (const TabColumnData &column : row.colDatas) {
+            QJsonArray items;
+            for (const ColumnItemType &item : column.columnItems)
+                items.append(item.text());
+            columns.append(items);
+            headers.append(column.chordName ? QJsonValue(*column.chordName)
+                                            : QJsonValue(QJsonValue::Null));
+        }
+        QJsonObject rowObject;
+        rowObject.insert(u"lyrics"_qs, row.lyricLines.isEmpty() ? QString() : row.lyricLines[0]);
+        rowObject.insert(u"lyricLines"_qs, QJsonArray::fromStringList(row.lyricLines));
+        rowObject.insert(u"columns"_qs, columns);
+        rowObject.insert(u"columnHeaders"_qs, headers);
+        rows.append(rowObject);
+    }
+    QJsonObject object;
+    object.insert(u"title"_qs, tabData.title);
+    if (tabData.introText)
+        object.insert(u"intro"_qs, *tabData.introText);
+    object.insert(u"tempo"_qs, tabData.tempo);
+    object.insert(u"tabRows"_qs, rows);
+    object.insert(u"stringNotes"_qs, QJsonArray::fromStringList(tabData.stringNotes));
+    object.insert(u"cFret"_qs, tabData.capoFret);
+    QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
+    if (json.isEmpty()) {
+        qCWarning(lcModel) << "LGRD error " << "the tab could not be written as JSON";
+        return std::nullopt;
+    }
+    return json;
+}
+
+std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportError *error)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return importFailure(error, parseError.errorString());
+    if (!document.isObject())
+        return importFailure(error, u"Unable to parse document JSON."_qs);
+    const QJsonObject object = document.object();
+
+    const QJsonValue title = object.value(u"title");
+    if (!title.isString())
+        return importFailure(error, u"The tab has no title."_qs);
+    const QJsonValue rowValues = object.value(u"tabRows");
+    if (!rowValues.isArray())
+        return importFailure(error, u"The tab has no rows."_qs);
+
+    TabData tab(title.toString());
+    const QJsonArray rowArray = rowValues.toArray();
+    tab.tabRowDatas.reserve(rowArray.size());
+    for (qsizetype r = 0; r < rowArray.size(); ++r) {
+        const QJsonValue rowValue = rowArray.at(r);
+        const QString damagedRow = u"Row %1 of the tab is damaged."_qs.arg(r + 1);
+        if (!rowValue.isObject())
+            return importFailure(error, damagedRow);
+        const QJsonObject row = rowValue.toObject();
+
+        QStringList lines;
+        const QJsonValue lineValues = row.value(u"lyricLines");
+        if (lineValues.isArray()) {
+            for (const QJsonValue &line : lineValues.toArray()) {
+                if (!line.isString()) {
+                    lines.clear();
+                    break;
+                }
+                lines.append(line.toString());
+            }
+        }
+        const QJsonValue single = row.value(u"lyrics");
+        adoptSingleLyric(single.isString() ? std::optional(single.toString()) : std::nullopt,
+                         lines);
+
+        const QJsonValue columnValues = row.value(u"columns");
+        if (!columnValues.isArray())
+            return importFailure(error, damagedRow);
+        QJsonArray headers;
+        const QJsonValue headerValues = row.value(u"columnHeaders");
+        if (headerValues.isArray()) {
+            headers = headerValues.toArray();
+            const bool allOptionalStrings =
+                std::all_of(headers.begin(), headers.end(), [](const QJsonValue &header) {
+                    return header.isString() || header.isNull();
+                });
+            if (!allOptionalStrings)
+                headers = QJsonArray();
+        }
+
+        const QJsonArray columnArray = columnValues.toArray();
+        QList<TabColumnData> columns;
+        columns.reserve(columnArray.size());
+        for (qsizetype c = 0; c < columnArray.size(); ++c) {
+            const QJsonValue columnValue = columnArray.at(c);
+            if (!columnValue.isArray())
+                return importFailure(error, damagedRow);
+            const QJsonArray texts = columnValue.toArray();
+            TabColumnData column;
+            column.columnItems.reserve(texts.size());
+            for (const QJsonValue &text : texts) {
+                if (!text.isString())
+                    return importFailure(error, damagedRow);
+                column.columnItems.append(ColumnItemType::fromText(text.toString()));
+            }
+            if (c < headers.size() && headers.at(c).isString())
+                column.chordName = headers.at(c).toString();
+            columns.append(std::move(column));
+        }
+        tab.tabRowDatas.append(TabRowData(std::move(columns), std::move(lines)));
+    }
+
+    const QJsonValue stringNotes = object.value(u"stringNotes");
+    if (stringNotes.isArray()) {
+        QStringList notes;
+        bool allStrings = true;
+        for (const QJsonValue &note : stringNotes.toArray()) {
+            allStrings = allStrings && note.isString();
+            notes.append(note.toString());
+        }
+        if (allStrings)
+            tab.stringNotes = notes;
+    }
+    if (const auto capo = jsonInteger(object.value(u"cFret")))
+        tab.capoFret = *capo;
+    const QJsonValue intro = object.value(u"intro");
+    if (intro.isString()) {
+        const QString trimmed = intro.toString().trimmed();
+        if (!trimmed.isEmpty())
+            tab.introText = trimmed;
+    }
+    if (const auto tempo = jsonInteger(object.value(u"tempo")))
+        tab.tempo = *tempo;
+    return tab;
+}

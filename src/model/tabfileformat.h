@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tabdata.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <optional>
+
+// The document form (".lgrdi"): a keyed archive of the tab. A loaded tab is titled "?" until
+// its document names it after the file.
+QByteArray documentData(const TabData &tabData);
+std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error = nullptr);
+
+// The exchange form (".lgrd"): JSON for export, back-up and import.
+struct ImportError {
+    QString message;
+};
+std::optional<QByteArray> exchangeData(const TabData &tabData);
+std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes,
+                                               ImportError *error = nullptr);
+
+inline constexpr QStringView documentExtension = u"lgrdi";
+inline constexpr QStringView exchangeExtension = u"lgrd";

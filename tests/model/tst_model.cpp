@@ -1,0 +1,200 @@
+#include "model/tabdata.h"
+#include "shell/saveddata.h"
+#include "testmain.h"
+
+using Kind = ColumnItemType::Kind;
+
+class TestModel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void itemFromText_data();
+    void itemFromText();
+    void everyTextFormReadsBack();
+    void barRule();
+    void setStringCount();
+    void sameColumn();
+    void rowConstruction();
+    void lyricText();
+    void newTabTuning_data();
+    void newTabTuning();
+};
+
+void TestModel::itemFromText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<ColumnItemType>("expected");
+    QTest::newRow("empty") << QString() << ColumnItemType::blank();
+    QTest::newRow("em dash") << u"\u2014"_qs << ColumnItemType::blank();
+    QTest::newRow("12") << u"12"_qs << ColumnItemType::note(12);
+    QTest::newRow("plus mark") << u"+"_qs << ColumnItemType(Kind::plus);
+    QTest::newRow("+5") << u"+5"_qs << ColumnItemType::note(5);
+    QTest::newRow("-1") << u"-1"_qs << ColumnItemType::note(-1);
+    QTest::newRow("lone minus") << u"-"_qs << ColumnItemType::blank();
+    QTest::newRow("1a") << u"1a"_qs << ColumnItemType::blank();
+    QTest::newRow("overflow") << u"99999999999999999999"_qs << ColumnItemType::blank();
+    QTest::newRow("max") << u"9223372036854775807"_qs
+                         << ColumnItemType::note(std::numeric_limits<qint64>::max());
+    QTest::newRow("min") << u"-9223372036854775808"_qs
+                         << ColumnItemType::note(std::numeric_limits<qint64>::min());
+    QTest::newRow("just past max") << u"9223372036854775808"_qs << ColumnItemType::blank();
+    QTest::newRow("spaces") << u" 3"_qs << ColumnItemType::blank();
+    QTest::newRow("backslash") << u"\\"_qs << ColumnItemType(Kind::slideDown);
+    QTest::newRow("bar") << u"|"_qs << ColumnItemType::bar();
+    QTest::newRow("two marks") << u"hp"_qs << ColumnItemType::blank();
+}
+
+void TestModel::itemFromText()
+{
+    QFETCH(QString, text);
+    QFETCH(ColumnItemType, expected);
+    QCOMPARE(ColumnItemType::fromText(text), expected);
+}
+
+void TestModel::everyTextFormReadsBack()
+{
+    QSet<QString> texts;
+    for (int k = 1; k < ColumnItemType::kindCount; ++k) {
+        const ColumnItemType mark(static_cast<Kind>(k));
+        QCOMPARE(mark.text().size(), 1);
+        QCOMPARE(ColumnItemType::fromText(mark.text()), mark);
+        texts.insert(mark.text());
+    }
+    QCOMPARE(texts.size(), 15);
+    QCOMPARE(ColumnItemType::fromText(ColumnItemType::note(24).text()), ColumnItemType::note(24));
+    // A note never equals a mark, and notes compare by fret.
+    QVERIFY(ColumnItemType::note(0) != ColumnItemType::blank());
+    QVERIFY(ColumnItemType::note(3) != ColumnItemType::note(4));
+}
+
+void TestModel::barRule()
+{
+    TabColumnData bars(QList<ColumnItemType>(6, ColumnItemType::bar()));
+    bars.setColumnItem(2, ColumnItemType::bar());
+    QCOMPARE(bars.columnItems, QList<ColumnItemType>(6, ColumnItemType::bar()));
+
+    TabColumnData cleared = bars;
+    cleared.setColumnItem(0, ColumnItemType::blank());
+    QCOMPARE(cleared.columnItems, QList<ColumnItemType>(6, ColumnItemType::blank()));
+
+    TabColumnData withNote = bars;
+    withNote.setColumnItem(1, ColumnItemType::note(3));
+    QList<ColumnItemType> expected(6, ColumnItemType::blank());
+    expected[1] = ColumnItemType::note(3);
+    QCOMPARE(withNote.columnItems, expected);
+
+    TabColumnData notes(6);
+    notes.setColumnItem(0, ColumnItemType::note(5));
+    notes.setColumnItem(3, ColumnItemType::note(7));
+    notes.setColumnItem(5, ColumnItemType::bar());
+    QCOMPARE(notes.columnItems, QList<ColumnItemType>(6, ColumnItemType::bar()));
+}
+
+void TestModel::setStringCount()
+{
+    QList<ColumnItemType> items;
+    for (int fret = 0; fret < 6; ++fret)
+        items.append(ColumnItemType::note(fret));
+    TabColumnData column(items, u"Am"_qs);
+    column.setStringCount(4);
+    QCOMPARE(column.columnItems, items.mid(2));
+    QCOMPARE(column.chordName, std::optional(u"Am"_qs));
+
+    TabColumnData notes(items);
+    notes.setStringCount(7);
+    QCOMPARE(notes.columnItems.size(), 7);
+    QCOMPARE(notes.columnItems.last(), ColumnItemType::blank());
+
+    TabColumnData bars(QList<ColumnItemType>(6, ColumnItemType::bar()));
+    bars.setStringCount(7);
+    QCOMPARE(bars.columnItems, QList<ColumnItemType>(7, ColumnItemType::bar()));
+
+    TabColumnData empty{QList<ColumnItemType>()};
+    empty.setStringCount(2);
+    QCOMPARE(empty.columnItems, QList<ColumnItemType>(2, ColumnItemType::blank()));
+}
+
+void TestModel::sameColumn()
+{
+    TabColumnData a(6);
+    TabColumnData b(6);
+    QVERIFY(a.isSameColumn(b));
+    b.chordName = u""_qs;
+    QVERIFY(!a.isSameColumn(b));
+    a.chordName = u""_qs;
+    QVERIFY(a.isSameColumn(b));
+    QVERIFY(!a.isSameColumn(TabColumnData(5)));
+    TabColumnData copy = a.deepCopy();
+    copy.setColumnItem(0, ColumnItemType::note(1));
+    QVERIFY(!copy.isSameColumn(a));
+    QCOMPARE(a.columnItems[0], ColumnItemType::blank());
+}
+
+void TestModel::rowConstruction()
+{
+    QCOMPARE(TabRowData(QList<TabColumnData>(), {}).stringCount, 0);
+    const TabRowData row(32, 7);
+    QCOMPARE(row.colDatas.size(), 32);
+    QCOMPARE(row.stringCount, 7);
+    QVERIFY(row.colDatas.first().isAllBlank());
+    QCOMPARE(TabRowData({TabColumnData(5), TabColumnData(4)}, {}).stringCount, 5);
+}
+
+void TestModel::lyricText()
+{
+    TabRowData row(4, 6);
+    QCOMPARE(row.lyricText(), std::nullopt);
+    row.setLyricText(std::nullopt);
+    QVERIFY(row.lyricLines.isEmpty());
+    row.setLyricText(u""_qs);
+    QCOMPARE(row.lyricLines, QStringList{QString()});
+
+    row.lyricLines = {u"one"_qs, u"two"_qs};
+    row.selectedLyricLineIndex = 1;
+    QCOMPARE(row.lyricText(), u"two"_qs);
+    row.setLyricText(std::nullopt);
+    QCOMPARE(row.lyricLines, (QStringList{u"one"_qs, QString()}));
+
+    row.selectedLyricLineIndex = 5;
+    QCOMPARE(row.lyricText(), u"one"_qs);
+    row.setLyricText(u"ignored"_qs);
+    QCOMPARE(row.lyricLines.size(), 2);
+    row.selectedLyricLineIndex = -1;
+    row.setLyricText(u"ignored"_qs);
+    QCOMPARE(row.lyricLines, (QStringList{u"one"_qs, QString()}));
+}
+
+void TestModel::newTabTuning_data()
+{
+    QTest::addColumn<qint64>("defaultStringCount");
+    QTest::addColumn<QString>("tuning");
+    QTest::addColumn<qint64>("settingAfter");
+    QTest::newRow("0 means six") << qint64(0) << u"E A D G B E"_qs << qint64(6);
+    QTest::newRow("3") << qint64(3) << u"E A D G"_qs << qint64(3);
+    QTest::newRow("-2") << qint64(-2) << u"E A D G"_qs << qint64(-2);
+    QTest::newRow("4") << qint64(4) << u"E A D G"_qs << qint64(4);
+    QTest::newRow("5") << qint64(5) << u"B E A D G"_qs << qint64(5);
+    QTest::newRow("6") << qint64(6) << u"E A D G B E"_qs << qint64(6);
+    QTest::newRow("7") << qint64(7) << u"B E A D G B E"_qs << qint64(7);
+    QTest::newRow("12") << qint64(12) << u"F# B E A D G B E"_qs << qint64(12);
+}
+
+void TestModel::newTabTuning()
+{
+    QFETCH(qint64, defaultStringCount);
+    QFETCH(QString, tuning);
+    QFETCH(qint64, settingAfter);
+    SavedData::shared().defaultStringCount = defaultStringCount;
+    const TabData tab(u"New"_qs);
+    QCOMPARE(tab.stringNotes.join(u' '), tuning);
+    QCOMPARE(SavedData::shared().defaultStringCount, settingAfter);
+    QCOMPARE(tab.title, u"New"_qs);
+    QVERIFY(tab.tabRowDatas.isEmpty());
+    QCOMPARE(tab.tempo, 80);
+    QCOMPARE(tab.lyricSize, 100);
+    QCOMPARE(tab.capoFret, 0);
+}
+
+LUTEGRID_TEST_MAIN(TestModel)
+#include "tst_model.moc"
