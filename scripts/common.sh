@@ -9,7 +9,8 @@ LUTEGRID_PACKAGES=(
     qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-controls
     qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtqml-workerscript
     qml6-module-qttest libgl-dev
-    libplist-dev
+    libplist-dev libsoundtouch-dev libsndfile1-dev libpulse-dev libzip-dev
+    pulseaudio pulseaudio-utils
     unzip
 )
 
