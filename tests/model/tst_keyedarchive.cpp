@@ -1,0 +1,182 @@
+#include "model/keyedarchive.h"
+#include "testmain.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+
+namespace {
+
+QByteArray fixture(const char *name)
+{
+    QFile file(QStringLiteral(LUTEGRID_TEST_DATA "/") + QString::fromLatin1(name));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("missing fixture %s", name);
+    return file.readAll();
+}
+
+} // namespace
+
+class TestKeyedArchive : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void roundTripOfEveryValueType();
+    void writerSharesStringsAndClasses();
+    void readsForeignArchive();
+    void readsKeyedDirectlyTopLevel();
+    void readsNestedArchiveInData();
+    void hostileArchivesAreUnreadable_data();
+    void hostileArchivesAreUnreadable();
+    void rejectsWhatIsNoKeyedArchive_data();
+    void rejectsWhatIsNoKeyedArchive();
+};
+
+void TestKeyedArchive::roundTripOfEveryValueType()
+{
+    const ArchiveValue inner = ArchiveValue::object(u"Test.Inner"_qs, {{u"n"_qs, ArchiveValue::fromInteger(1)}});
+    const ArchiveValue root = ArchiveValue::object(
+        u"Test.Root"_qs,
+        {
+            {u"yes"_qs, ArchiveValue::fromBool(true)},
+            {u"no"_qs, ArchiveValue::fromBool(false)},
+            {u"big"_qs, ArchiveValue::fromInteger(std::numeric_limits<qint64>::max())},
+            {u"negative"_qs, ArchiveValue::fromInteger(-3)},
+            {u"min"_qs, ArchiveValue::fromInteger(std::numeric_limits<qint64>::min())},
+            {u"real"_qs, ArchiveValue::fromReal(-2.5)},
+            {u"text"_qs, ArchiveValue::fromString(u"G\u266f \u2014 \u00e9"_qs)},
+            {u"empty"_qs, ArchiveValue::fromString(QString())},
+            {u"data"_qs, ArchiveValue::fromData(QByteArray("\0\1\2", 3))},
+            {u"nothing"_qs, ArchiveValue()},
+            {u"list"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(7), ArchiveValue(),
+                                                  inner, ArchiveValue::fromString(u"x"_qs)})},
+            {u"map"_qs, ArchiveValue::fromDictionary({{u"k"_qs, inner}})},
+        });
+    const QByteArray bytes = KeyedArchiver::archivedData(root);
+    QString error;
+    const auto read = KeyedUnarchiver::unarchivedRootObject(bytes, &error);
+    QVERIFY2(read, qPrintable(error));
+    QCOMPARE(read->className(), u"Test.Root"_qs);
+    QCOMPARE(read->value(u"big").toInteger(), std::numeric_limits<qint64>::max());
+    QCOMPARE(read->value(u"negative").toInteger(), -3);
+    QCOMPARE(read->value(u"min").toInteger(), std::numeric_limits<qint64>::min());
+    QCOMPARE(read->value(u"real").toReal(), -2.5);
+    QVERIFY(read->value(u"nothing").isNull());
+    QVERIFY(read->contains(u"nothing"));
+    QVERIFY(!read->contains(u"absent"));
+    QVERIFY(*read == root);
+}
+
+void TestKeyedArchive::writerSharesStringsAndClasses()
+{
+    ArchiveArray columns;
+    for (int i = 0; i < 200; ++i) {
+        columns.push_back(ArchiveValue::object(
+            u"Lutegrid.TabColumnData"_qs,
+            {{u"colikey"_qs, ArchiveValue::fromStringList(QStringList(6, u"\u2014"_qs))}}));
+    }
+    const QByteArray bytes =
+        KeyedArchiver::archivedData(ArchiveValue::fromArray(std::move(columns)));
+    // One class description per class, and one "—" for all 1,200 cells: unshared, the
+    // strings would add some 7 KB to the 11 KB it takes.
+    QCOMPARE(bytes.count("Lutegrid.TabColumnData"), 1);
+    QVERIFY2(bytes.size() < 14000, qPrintable(QString::number(bytes.size())));
+    QCOMPARE(bytes.count("NSArray"), 1);
+}
+
+void TestKeyedArchive::readsForeignArchive()
+{
+    QString error;
+    const auto root = KeyedUnarchiver::unarchivedRootObject(fixture("platform_tab.lgrdi"), &error);
+    QVERIFY2(root, qPrintable(error));
+    QCOMPARE(root->className(), u"Lutegrid.TabData"_qs);
+    const ArchiveArray &rows = root->value(u"trk").toArray();
+    QCOMPARE(rows.size(), size_t(2));
+    // The same column object stands in both rows.
+    const ArchiveValue first = rows[0].value(u"cdkey").toArray()[0];
+    const ArchiveValue again = rows[1].value(u"cdkey").toArray()[1];
+    QVERIFY(first == again);
+    QCOMPARE(first.value(u"chnmkey").stringValue(), u"Am7"_qs);
+    QCOMPARE(first.value(u"colikey").stringListValue()->at(2), u"h"_qs);
+    QVERIFY(rows[0].value(u"cdkey").toArray()[1].value(u"chnmkey").isNull());
+    QCOMPARE(rows[0].value(u"lmkey").stringListValue(),
+             QStringList({u"first line"_qs, u"second line"_qs}));
+    QCOMPARE(root->value(u"tempokey").toInteger(), -7);
+}
+
+void TestKeyedArchive::readsKeyedDirectlyTopLevel()
+{
+    QString error;
+    const auto top = KeyedUnarchiver::unarchivedTopLevel(fixture("platform_settings.plist"), &error);
+    QVERIFY2(top, qPrintable(error));
+    QCOMPARE(top->value(u"tabcreatecountkey").toInteger(), 7);
+    QCOMPARE(top->value(u"lastrrtKey").toReal(), 1700000000.5);
+    const ArchiveArray &recents = top->value(u"rcsck").toArray();
+    QCOMPARE(recents.size(), size_t(2));
+    QCOMPARE(recents[1].value(u"customkey").toBool(), true);
+
+    const QByteArray ours = KeyedArchiver::archivedDataKeyedDirectly(top->fields());
+    const auto again = KeyedUnarchiver::unarchivedTopLevel(ours);
+    QVERIFY(again);
+    QVERIFY(*again == *top);
+}
+
+void TestKeyedArchive::readsNestedArchiveInData()
+{
+    const auto root = KeyedUnarchiver::unarchivedRootObject(fixture("nested_archive.plist"));
+    QVERIFY(root);
+    QCOMPARE(root->value(u"count").toInteger(), 3);
+    QVERIFY(root->value(u"nothing").isNull());
+    for (const char16_t *key : {u"plain", u"wrapped"}) {
+        const QByteArray inner = root->value(QStringView(key)).toData();
+        QVERIFY(!inner.isEmpty());
+        const auto chord = KeyedUnarchiver::unarchivedRootObject(inner);
+        QVERIFY(chord);
+        QCOMPARE(chord->value(u"nmkey").stringValue(), u"Inner"_qs);
+        QCOMPARE(chord->value(u"colikey").stringListValue()->size(), 4);
+    }
+}
+
+void TestKeyedArchive::hostileArchivesAreUnreadable_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("cycle") << u"hostile_cycle.plist"_qs << u"cycle"_qs;
+    QTest::newRow("past end") << u"hostile_past_end.plist"_qs << u"past the end"_qs;
+    QTest::newRow("10,000 deep") << u"hostile_deep.plist"_qs << u"too deep"_qs;
+}
+
+void TestKeyedArchive::hostileArchivesAreUnreadable()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, reason);
+    QElapsedTimer timer;
+    timer.start();
+    QString error;
+    QVERIFY(!KeyedUnarchiver::unarchivedRootObject(fixture(qPrintable(file)), &error));
+    QVERIFY2(error.contains(reason), qPrintable(error));
+}
+
+void TestKeyedArchive::rejectsWhatIsNoKeyedArchive_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("json") << QByteArray("{\"title\":\"x\"}");
+    QTest::newRow("magic only") << QByteArray("bplist00");
+    const QByteArray valid = KeyedArchiver::archivedData(ArchiveValue::fromString(u"x"_qs));
+    QTest::newRow("truncated") << valid.left(valid.size() - 3);
+    QByteArray noArchiver = valid;
+    noArchiver.replace("NSKeyedArchiver", "NSKeyedArchivez");
+    QTest::newRow("other archiver") << noArchiver;
+}
+
+void TestKeyedArchive::rejectsWhatIsNoKeyedArchive()
+{
+    QFETCH(QByteArray, bytes);
+    QString error;
+    QVERIFY(!KeyedUnarchiver::unarchivedRootObject(bytes, &error));
+    QVERIFY(!error.isEmpty());
+}
+
+LUTEGRID_TEST_MAIN(TestKeyedArchive)
+#include "tst_keyedarchive.moc"
