@@ -7,7 +7,9 @@
 
 // A small store of keys and values that the user's sync client carries between machines: a
 // binary property list in a folder. Values are property-list types as QVariant: QString,
-// QByteArray, qint64, double, bool, QVariantList and QVariantMap.
+// QByteArray, qint64, double, bool, QVariantList and QVariantMap. Every change is written at
+// once; changes by other processes and sync clients, and their conflict copies, are taken in
+// key by key as they appear.
 class CloudKeyValueStore : public QObject
 {
     Q_OBJECT
@@ -36,12 +38,17 @@ public:
     QVariant objectForKey(const QString &key) const;
     QVariantMap dictionaryForKey(const QString &key) const;
     QVariantList arrayForKey(const QString &key) const;
+    // Stores the value as it will read back (integers as qint64, lists as QVariantList); an
+    // invalid QVariant removes the key. A value that would pass the quota is not stored.
     void setObject(const QVariant &value, const QString &key);
     void removeObjectForKey(const QString &key);
     // Writes what changed and picks up outside changes; false if the file could not be written.
     bool synchronize();
 
 Q_SIGNALS:
+    // Always from the event loop. ServerChange: values changed outside (keys that differ,
+    // removed ones included). InitialSyncChange: a folder's existing file was loaded.
+    // QuotaViolationChange: the key whose value was refused.
     void didChangeExternally(int reason, const QStringList &changedKeys);
 
 private:

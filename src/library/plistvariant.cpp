@@ -1,0 +1,366 @@
+#include "plistvariant.h"
+
+#include <QDateTime>
+#include <QTimeZone>
+
+#include <plist/plist.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace PlistVariant {
+
+namespace {
+
+struct PlistFree {
+    void operator()(plist_t node) const { plist_free(node); }
+};
+using PlistPtr = std::unique_ptr<void, PlistFree>;
+
+// Property-list dates count seconds from the start of 2001, UTC.
+const QDateTime &referenceDate()
+{
+    static const QDateTime date(QDate(2001, 1, 1), QTime(0, 0), QTimeZone::utc());
+    return date;
+}
+
+// Limits on the tree that a binary file may expand into: a few thousand bytes of shared
+// references could otherwise describe billions of nodes.
+constexpr quint64 maximumExpandedNodes = 1'000'000;
+constexpr quint64 maximumExpandedPayload = 64 * 1024 * 1024;
+
+plist_t toNode(const QVariant &value, int depth)
+{
+    if (depth > maximumDepth)
+        return nullptr;
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return plist_new_bool(value.toBool());
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+        return plist_new_uint(static_cast<uint64_t>(value.toLongLong()));
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+        return plist_new_uint(value.toULongLong());
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return plist_new_real(value.toDouble());
+    case QMetaType::QString:
+        return plist_new_string(value.toString().toUtf8().constData());
+    case QMetaType::QByteArray: {
+        const QByteArray data = value.toByteArray();
+        return plist_new_data(data.constData(), uint64_t(data.size()));
+    }
+    case QMetaType::QDateTime: {
+        const QDateTime date = value.toDateTime();
+        if (!date.isValid())
+            return nullptr;
+        const qint64 ms = referenceDate().msecsTo(date);
+        const qint64 seconds = ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
+        if (seconds < INT32_MIN || seconds > INT32_MAX)
+            return nullptr;
+        return plist_new_date(int32_t(seconds), int32_t((ms - seconds * 1000) * 1000));
+    }
+    case QMetaType::QStringList:
+    case QMetaType::QVariantList: {
+        PlistPtr array(plist_new_array());
+        for (const QVariant &element : value.toList()) {
+            plist_t node = toNode(element, depth + 1);
+            if (!node)
+                return nullptr;
+            plist_array_append_item(array.get(), node);
+        }
+        return array.release();
+    }
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantHash: {
+        PlistPtr dict(plist_new_dict());
+        const QVariantMap map = value.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it) {
+            plist_t node = toNode(it.value(), depth + 1);
+            if (!node)
+                return nullptr;
+            plist_dict_set_item(dict.get(), it.key().toUtf8().constData(), node);
+        }
+        return dict.release();
+    }
+    default:
+        return nullptr;
+    }
+}
+
+QVariant fromNode(plist_t node, int depth)
+{
+    if (!node || depth > maximumDepth)
+        return {};
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        uint8_t flag = 0;
+        plist_get_bool_val(node, &flag);
+        return bool(flag);
+    }
+    case PLIST_UINT: {
+        uint64_t number = 0;
+        plist_get_uint_val(node, &number);
+        return static_cast<qint64>(number);
+    }
+    case PLIST_REAL: {
+        double number = 0;
+        plist_get_real_val(node, &number);
+        return number;
+    }
+    case PLIST_STRING: {
+        uint64_t length = 0;
+        const char *text = plist_get_string_ptr(node, &length);
+        return text ? QString::fromUtf8(text, qsizetype(length)) : QString();
+    }
+    case PLIST_DATA: {
+        uint64_t length = 0;
+        const char *bytes = plist_get_data_ptr(node, &length);
+        return bytes ? QByteArray(bytes, qsizetype(length)) : QByteArray("");
+    }
+    case PLIST_DATE: {
+        int32_t seconds = 0;
+        int32_t micro = 0;
+        plist_get_date_val(node, &seconds, &micro);
+        return referenceDate().addMSecs(qint64(seconds) * 1000 + micro / 1000);
+    }
+    case PLIST_ARRAY: {
+        QVariantList list;
+        const uint32_t count = plist_array_get_size(node);
+        list.reserve(count);
+        for (uint32_t i = 0; i < count; ++i) {
+            const QVariant element = fromNode(plist_array_get_item(node, i), depth + 1);
+            if (element.isValid())
+                list.append(element);
+        }
+        return list;
+    }
+    case PLIST_DICT: {
+        QVariantMap map;
+        plist_dict_iter iter = nullptr;
+        plist_dict_new_iter(node, &iter);
+        if (!iter)
+            return map;
+        for (;;) {
+            char *key = nullptr;
+            plist_t item = nullptr;
+            plist_dict_next_item(node, iter, &key, &item);
+            if (!item) {
+                std::free(key);
+                break;
+            }
+            const QVariant element = fromNode(item, depth + 1);
+            if (key && element.isValid())
+                map.insert(QString::fromUtf8(key), element);
+            std::free(key);
+        }
+        std::free(iter);
+        return map;
+    }
+    default:
+        return {};
+    }
+}
+
+// ---- The pre-parse check of a binary property list ------------------------------------------
+
+class BinaryGraph
+{
+public:
+    explicit BinaryGraph(QByteArrayView bytes)
+        : data(reinterpret_cast<const uchar *>(bytes.data())), size(quint64(bytes.size()))
+    {
+    }
+
+    bool check()
+    {
+        if (size < 8 + 32 || std::memcmp(data, "bplist00", 8) != 0)
+            return false;
+        const uchar *trailer = data + size - 32;
+        offsetSize = trailer[6];
+        refSize = trailer[7];
+        objectCount = readNumber(trailer + 8, 8);
+        const quint64 top = readNumber(trailer + 16, 8);
+        tableOffset = readNumber(trailer + 24, 8);
+        if (!validWidth(offsetSize) || !validWidth(refSize) || objectCount == 0
+            || top >= objectCount || tableOffset < 8 || tableOffset >= size - 32
+            || objectCount > (size - 32 - tableOffset) / offsetSize)
+            return false;
+        state.assign(objectCount, Unvisited);
+        nodes.assign(objectCount, 0);
+        payload.assign(objectCount, 0);
+        return walk(top);
+    }
+
+private:
+    enum State : quint8 { Unvisited, InProgress, Done };
+    struct Frame {
+        quint64 index;
+        std::vector<quint64> children;
+        size_t next = 0;
+    };
+
+    static bool validWidth(quint64 width) { return width >= 1 && width <= 8; }
+
+    static quint64 readNumber(const uchar *p, quint64 width)
+    {
+        quint64 value = 0;
+        for (quint64 i = 0; i < width; ++i)
+            value = (value << 8) | p[i];
+        return value;
+    }
+
+    // Reads an object's header: its children (for containers) and its payload length.
+    bool describe(quint64 index, std::vector<quint64> &children, quint64 &payloadBytes) const
+    {
+        const quint64 offset = readNumber(data + tableOffset + index * offsetSize, offsetSize);
+        if (offset < 8 || offset >= tableOffset)
+            return false;
+        quint64 pos = offset;
+        const uchar marker = data[pos++];
+        const int type = marker >> 4;
+        quint64 count = marker & 0x0F;
+        const bool counted = type == 0x4 || type == 0x5 || type == 0x6 || type == 0x7
+                             || type == 0xA || type == 0xB || type == 0xC || type == 0xD;
+        if (counted && count == 0x0F) {
+            if (pos >= tableOffset || (data[pos] >> 4) != 0x1)
+                return false;
+            const quint64 width = quint64(1) << (data[pos] & 0x0F);
+            ++pos;
+            if (width > 8 || width > tableOffset - pos)
+                return false;
+            count = readNumber(data + pos, width);
+            pos += width;
+        }
+        children.clear();
+        payloadBytes = 0;
+        if (type == 0xA || type == 0xB || type == 0xC || type == 0xD) {
+            const quint64 refs = type == 0xD ? 2 : 1;
+            if (count > (tableOffset - pos) / refSize / refs)
+                return false;
+            const quint64 total = count * refs;
+            children.reserve(total);
+            for (quint64 i = 0; i < total; ++i) {
+                const quint64 child = readNumber(data + pos + i * refSize, refSize);
+                if (child >= objectCount)
+                    return false;
+                children.push_back(child);
+            }
+        } else if (counted) {
+            payloadBytes = type == 0x6 ? count * 2 : count;
+            if (count > tableOffset || payloadBytes > tableOffset - pos)
+                return false;
+        }
+        return true;
+    }
+
+    // Depth-first over the graph with an explicit stack, so that no input can exhaust the
+    // call stack; each object's expanded size is worked out once.
+    bool walk(quint64 top)
+    {
+        std::vector<Frame> stack;
+        if (!enter(top, stack))
+            return false;
+        while (!stack.empty()) {
+            Frame &frame = stack.back();
+            if (frame.next < frame.children.size()) {
+                const quint64 child = frame.children[frame.next++];
+                if (state[child] == InProgress)
+                    return false;
+                if (state[child] == Unvisited && !enter(child, stack))
+                    return false;
+                continue;
+            }
+            quint64 totalNodes = 1;
+            quint64 totalPayload = payload[frame.index];
+            for (const quint64 child : frame.children) {
+                totalNodes += nodes[child];
+                totalPayload += payload[child];
+                if (totalNodes > maximumExpandedNodes || totalPayload > maximumExpandedPayload)
+                    return false;
+            }
+            nodes[frame.index] = totalNodes;
+            payload[frame.index] = totalPayload;
+            state[frame.index] = Done;
+            stack.pop_back();
+        }
+        return true;
+    }
+
+    bool enter(quint64 index, std::vector<Frame> &stack)
+    {
+        if (stack.size() > size_t(maximumDepth))
+            return false;
+        Frame frame{index, {}, 0};
+        quint64 bytes = 0;
+        if (!describe(index, frame.children, bytes))
+            return false;
+        payload[index] = bytes;
+        state[index] = InProgress;
+        stack.push_back(std::move(frame));
+        return true;
+    }
+
+    const uchar *data;
+    quint64 size;
+    quint64 offsetSize = 0;
+    quint64 refSize = 0;
+    quint64 objectCount = 0;
+    quint64 tableOffset = 0;
+    std::vector<State> state;
+    std::vector<quint64> nodes;
+    std::vector<quint64> payload;
+};
+
+} // namespace
+
+std::optional<QVariant> normalized(const QVariant &value)
+{
+    PlistPtr node(toNode(value, 0));
+    if (!node)
+        return std::nullopt;
+    return fromNode(node.get(), 0);
+}
+
+std::optional<QByteArray> binaryData(const QVariantMap &dictionary)
+{
+    PlistPtr root(toNode(dictionary, 0));
+    if (!root)
+        return std::nullopt;
+    char *bytes = nullptr;
+    uint32_t length = 0;
+    plist_to_bin(root.get(), &bytes, &length);
+    if (!bytes)
+        return std::nullopt;
+    QByteArray result(bytes, qsizetype(length));
+    plist_to_bin_free(bytes);
+    return result;
+}
+
+std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes)
+{
+    if (bytes.size() > maximumFileBytes || !isSafeBinaryPlist(bytes))
+        return std::nullopt;
+    plist_t parsed = nullptr;
+    plist_from_bin(bytes.data(), uint32_t(bytes.size()), &parsed);
+    PlistPtr root(parsed);
+    if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
+        return std::nullopt;
+    return fromNode(root.get(), 0).toMap();
+}
+
+bool isSafeBinaryPlist(QByteArrayView bytes)
+{
+    if (bytes.size() > maximumFileBytes)
+        return false;
+    return BinaryGraph(bytes).check();
+}
+
+} // namespace PlistVariant
