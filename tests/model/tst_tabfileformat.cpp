@@ -1,0 +1,402 @@
+#include "model/keyedarchive.h"
+#include "model/tabfileformat.h"
+#include "shell/saveddata.h"
+#include "testmain.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+TabColumnData column(const QList<ColumnItemType> &items, std::optional<QString> name = std::nullopt)
+{
+    return TabColumnData(items, std::move(name));
+}
+
+// A tab that uses every field the document form keeps.
+TabData richTab()
+{
+    const auto n = ColumnItemType::note;
+    TabRowData first(QList<TabColumnData>{column({n(3), ColumnItemType::blank(), ColumnItemType(ColumnItemType::Kind::hammer),
+                              n(12), n(0), n(-1)},
+                             u"Am7"_qs),
+                      column(QList<ColumnItemType>(6, ColumnItemType::bar())),
+                      column({n(1), n(2), n(3), n(4), n(5), n(99999)}, u""_qs)},
+                     QStringList{u"first"_qs, u"second"_qs});
+    first.selectedLyricLineIndex = 1;
+    TabRowData second(4, 6);
+    TabData tab(u"Song"_qs, {first, second}, {u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs},
+                3, u"Intro text"_qs);
+    tab.lyricSize = 90;
+    tab.tempo = 132;
+    tab.playbackOptions = ViewModePlaybackOptions{96, 2, true, 3, true};
+    return tab;
+}
+
+// Builds a document archive field by field, for files this program would not write.
+QByteArray archiveWithTabFields(ArchiveFields fields)
+{
+    return KeyedArchiver::archivedData(ArchiveValue::object(u"Lutegrid.TabData"_qs, std::move(fields)));
+}
+
+ArchiveValue rowValue(ArchiveFields extra)
+{
+    ArchiveFields fields{{u"cdkey"_qs, ArchiveValue::fromArray({})}};
+    for (auto &field : extra)
+        fields.push_back(std::move(field));
+    return ArchiveValue::object(u"Lutegrid.TabRowData"_qs, std::move(fields));
+}
+
+QByteArray fixture(const char *name)
+{
+    QFile file(QStringLiteral(LUTEGRID_TEST_DATA "/") + QString::fromLatin1(name));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("missing fixture %s", name);
+    return file.readAll();
+}
+
+} // namespace
+
+class TestTabFileFormat : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void documentRoundTrip();
+    void documentOfEmptyTab();
+    void documentLyricSizeClamp_data();
+    void documentLyricSizeClamp();
+    void documentTempoPresence();
+    void documentTuningCut();
+    void documentSingleLyricRule();
+    void documentDefaultsWhenKeysAbsent();
+    void documentBadPlaybackOptionsStillLoads();
+    void documentUnreadable_data();
+    void documentUnreadable();
+    void documentFromAnotherWriter();
+
+    void exchangeRoundTrip();
+    void exchangeIsCompactAndNamed();
+    void exchangeReadsColumnsAsTheyStand();
+    void exchangeOptionalMembers();
+    void exchangeErrors_data();
+    void exchangeErrors();
+};
+
+void TestTabFileFormat::documentRoundTrip()
+{
+    const TabData tab = richTab();
+    QString error;
+    auto read = tabDataFromDocumentData(documentData(tab), &error);
+    QVERIFY2(read, qPrintable(error));
+    QCOMPARE(read->title, u"?"_qs);
+    QCOMPARE(read->tabRowDatas[0].selectedLyricLineIndex, 0);
+    read->title = tab.title;
+    read->tabRowDatas[0].selectedLyricLineIndex = 1;
+    QVERIFY(*read == tab);
+}
+
+void TestTabFileFormat::documentOfEmptyTab()
+{
+    TabData tab(u"Empty"_qs, {}, standardStringNotes(6), std::nullopt, std::nullopt);
+    const QByteArray bytes = documentData(tab);
+    const auto root = KeyedUnarchiver::unarchivedRootObject(bytes);
+    QVERIFY(root);
+    QVERIFY(root->value(u"trk").isArray());
+    QVERIFY(root->value(u"trk").toArray().empty());
+    QVERIFY(root->contains(u"introkey"));
+    QVERIFY(!root->contains(u"plbkoptionskey"));
+    const auto read = tabDataFromDocumentData(bytes);
+    QVERIFY(read);
+    QVERIFY(read->tabRowDatas.isEmpty());
+    QVERIFY(!read->introText);
+    QVERIFY(!read->playbackOptions);
+}
+
+void TestTabFileFormat::documentLyricSizeClamp_data()
+{
+    QTest::addColumn<qint64>("stored");
+    QTest::addColumn<qint64>("read");
+    const qint64 pairs[][2] = {{0, 100}, {-5, 100}, {10, 25}, {25, 25}, {100, 100}, {120, 120}, {500, 120}};
+    for (const auto &pair : pairs)
+        QTest::addRow("%lld", pair[0]) << pair[0] << pair[1];
+}
+
+void TestTabFileFormat::documentLyricSizeClamp()
+{
+    QFETCH(qint64, stored);
+    QFETCH(qint64, read);
+    TabData tab = richTab();
+    tab.lyricSize = stored;
+    const QByteArray bytes = documentData(tab);
+    // The writer keeps the value as it stands; only the reader limits it.
+    QCOMPARE(KeyedUnarchiver::unarchivedRootObject(bytes)->value(u"lcszkey").toInteger(), stored);
+    QCOMPARE(tabDataFromDocumentData(bytes)->lyricSize, read);
+}
+
+void TestTabFileFormat::documentTempoPresence()
+{
+    const auto withoutTempo = tabDataFromDocumentData(
+        archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})}}));
+    QVERIFY(withoutTempo);
+    QCOMPARE(withoutTempo->tempo, 80);
+    const auto zeroTempo = tabDataFromDocumentData(archiveWithTabFields(
+        {{u"trk"_qs, ArchiveValue::fromArray({})}, {u"tempokey"_qs, ArchiveValue::fromInteger(0)}}));
+    QCOMPARE(zeroTempo->tempo, 0);
+}
+
+void TestTabFileFormat::documentTuningCut()
+{
+    const QStringList stored{u"Db2"_qs, u"E"_qs, u"F#3"_qs, u"G#"_qs, u"e\u0301x"_qs, u"\U0001F3B8ab"_qs};
+    const auto read = tabDataFromDocumentData(archiveWithTabFields(
+        {{u"trk"_qs, ArchiveValue::fromArray({})}, {u"snkey"_qs, ArchiveValue::fromStringList(stored)}}));
+    QVERIFY(read);
+    QCOMPARE(read->stringNotes, QStringList({u"Db"_qs, u"E"_qs, u"F#"_qs, u"G#"_qs, u"e\u0301x"_qs,
+                                             u"\U0001F3B8a"_qs}));
+
+    const auto notStrings = tabDataFromDocumentData(archiveWithTabFields(
+        {{u"trk"_qs, ArchiveValue::fromArray({})},
+         {u"snkey"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(4)})}}));
+    QCOMPARE(notStrings->stringNotes, standardStringNotes(6));
+}
+
+void TestTabFileFormat::documentSingleLyricRule()
+{
+    auto rowsOf = [](ArchiveFields rowFields) {
+        return tabDataFromDocumentData(archiveWithTabFields(
+                   {{u"trk"_qs, ArchiveValue::fromArray({rowValue(std::move(rowFields))})}}))
+            ->tabRowDatas.first();
+    };
+    QVERIFY(rowsOf({{u"lkey"_qs, ArchiveValue::fromString(u"  \t"_qs)}}).lyricLines.isEmpty());
+    QCOMPARE(rowsOf({{u"lkey"_qs, ArchiveValue::fromString(u" hi "_qs)}}).lyricLines,
+             QStringList{u" hi "_qs});
+    QCOMPARE(rowsOf({{u"lkey"_qs, ArchiveValue::fromString(u"old"_qs)},
+                     {u"lmkey"_qs, ArchiveValue::fromStringList({u"new"_qs})}})
+                 .lyricLines,
+             QStringList{u"new"_qs});
+    QCOMPARE(rowsOf({}).stringCount, 0);
+
+    // Writing keeps the first line a second time under "lkey".
+    TabRowData row(1, 6);
+    row.lyricLines = {u"one"_qs, u"two"_qs};
+    TabData tab(u"t"_qs, {row}, standardStringNotes(6), std::nullopt, std::nullopt);
+    const auto root = KeyedUnarchiver::unarchivedRootObject(documentData(tab));
+    const ArchiveValue stored = root->value(u"trk").toArray()[0];
+    QCOMPARE(stored.value(u"lkey").stringValue(), u"one"_qs);
+    QCOMPARE(stored.value(u"lmkey").stringListValue(), row.lyricLines);
+}
+
+void TestTabFileFormat::documentDefaultsWhenKeysAbsent()
+{
+    const auto read = tabDataFromDocumentData(archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})}}));
+    QVERIFY(read);
+    QCOMPARE(read->stringNotes, standardStringNotes(6));
+    QCOMPARE(read->capoFret, 0);
+    QCOMPARE(read->lyricSize, 100);
+    QVERIFY(!read->introText);
+}
+
+void TestTabFileFormat::documentBadPlaybackOptionsStillLoads()
+{
+    const char *broken[] = {"not json", "[]", "{\"playbackSpeed\":80}",
+                            "{\"playbackSpeed\":\"80\",\"playbackColumnsInBeat\":1,"
+                            "\"playbackByMeasure\":false,\"playbackBeatsPerMeasure\":4,"
+                            "\"loopPlayback\":false}",
+                            "{\"playbackSpeed\":80.5,\"playbackColumnsInBeat\":1,"
+                            "\"playbackByMeasure\":false,\"playbackBeatsPerMeasure\":4,"
+                            "\"loopPlayback\":false}"};
+    for (const char *json : broken) {
+        const auto read = tabDataFromDocumentData(archiveWithTabFields(
+            {{u"trk"_qs, ArchiveValue::fromArray({})},
+             {u"plbkoptionskey"_qs, ArchiveValue::fromString(QString::fromLatin1(json))}}));
+        QVERIFY2(read, json);
+        QVERIFY2(!read->playbackOptions, json);
+    }
+}
+
+void TestTabFileFormat::documentUnreadable_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("no trk") << archiveWithTabFields({{u"snkey"_qs, ArchiveValue::fromStringList({u"E"_qs})}});
+    QTest::newRow("row without cdkey") << archiveWithTabFields(
+        {{u"trk"_qs, ArchiveValue::fromArray({ArchiveValue::object(u"Lutegrid.TabRowData"_qs, {})})}});
+    QTest::newRow("column without colikey") << archiveWithTabFields(
+        {{u"trk"_qs,
+          ArchiveValue::fromArray({rowValue({}).value(u"cdkey").isArray()
+                                       ? ArchiveValue::object(
+                                             u"Lutegrid.TabRowData"_qs,
+                                             {{u"cdkey"_qs,
+                                               ArchiveValue::fromArray({ArchiveValue::object(
+                                                   u"Lutegrid.TabColumnData"_qs, {})})}})
+                                       : ArchiveValue()})}});
+    QTest::newRow("colikey of numbers") << archiveWithTabFields(
+        {{u"trk"_qs,
+          ArchiveValue::fromArray({ArchiveValue::object(
+              u"Lutegrid.TabRowData"_qs,
+              {{u"cdkey"_qs, ArchiveValue::fromArray({ArchiveValue::object(
+                                 u"Lutegrid.TabColumnData"_qs,
+                                 {{u"colikey"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(3)})}})})}})})}});
+    QTest::newRow("root of another class") << KeyedArchiver::archivedData(
+        ArchiveValue::object(u"Lutegrid.Other"_qs, {{u"trk"_qs, ArchiveValue::fromArray({})}}));
+    QTest::newRow("exchange form") << exchangeData(richTab()).value();
+}
+
+void TestTabFileFormat::documentUnreadable()
+{
+    QFETCH(QByteArray, bytes);
+    QString error;
+    QVERIFY(!tabDataFromDocumentData(bytes, &error));
+    QVERIFY(!error.isEmpty());
+}
+
+void TestTabFileFormat::documentFromAnotherWriter()
+{
+    QString error;
+    const auto tab = tabDataFromDocumentData(fixture("platform_tab.lgrdi"), &error);
+    QVERIFY2(tab, qPrintable(error));
+    QCOMPARE(tab->stringNotes, QStringList({u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E3"_qs.left(2)}));
+    QCOMPARE(tab->capoFret, 2);
+    QCOMPARE(tab->lyricSize, 120);
+    QCOMPARE(tab->tempo, -7);
+    QCOMPARE(tab->introText, u"Intro: let ring"_qs);
+    QCOMPARE(tab->playbackOptions, (ViewModePlaybackOptions{96, 2, true, 3, false}));
+    QCOMPARE(tab->tabRowDatas.size(), 2);
+    const TabRowData &first = tab->tabRowDatas[0];
+    QCOMPARE(first.lyricLines, QStringList({u"first line"_qs, u"second line"_qs}));
+    QCOMPARE(first.stringCount, 6);
+    QCOMPARE(first.colDatas[0].chordName, u"Am7"_qs);
+    QCOMPARE(first.colDatas[0].columnItems,
+             QList<ColumnItemType>({ColumnItemType::note(3), ColumnItemType::blank(),
+                                    ColumnItemType(ColumnItemType::Kind::hammer),
+                                    ColumnItemType::blank(), ColumnItemType::note(-2),
+                                    ColumnItemType::note(0)}));
+    QCOMPARE(first.colDatas[1].columnItems, QList<ColumnItemType>(6, ColumnItemType::bar()));
+    QVERIFY(!first.colDatas[1].chordName);
+    const TabRowData &second = tab->tabRowDatas[1];
+    QCOMPARE(second.lyricLines, QStringList{u" old lyric "_qs});
+    QCOMPARE(second.colDatas[0].columnItems[1], ColumnItemType::blank());
+    QCOMPARE(second.colDatas[0].columnItems[5], ColumnItemType::blank());
+    QVERIFY(second.colDatas[1].isSameColumn(first.colDatas[0]));
+}
+
+void TestTabFileFormat::exchangeRoundTrip()
+{
+    const TabData tab = richTab();
+    const auto json = exchangeData(tab);
+    QVERIFY(json);
+    ImportError error;
+    auto read = tabDataFromExchangeData(*json, &error);
+    QVERIFY2(read, qPrintable(error.message));
+    // The exchange form has no lyric size, playback options or selected line.
+    QCOMPARE(read->lyricSize, 100);
+    QVERIFY(!read->playbackOptions);
+    QCOMPARE(read->tabRowDatas[0].selectedLyricLineIndex, 0);
+    read->lyricSize = tab.lyricSize;
+    read->playbackOptions = tab.playbackOptions;
+    read->tabRowDatas[0].selectedLyricLineIndex = 1;
+    QVERIFY(*read == tab);
+    // Written again, the same bytes.
+    QCOMPARE(exchangeData(*read), json);
+}
+
+void TestTabFileFormat::exchangeIsCompactAndNamed()
+{
+    const QByteArray json = exchangeData(richTab()).value();
+    QVERIFY(!json.contains('\n'));
+    QVERIFY(!json.contains(": "));
+    const QJsonObject object = QJsonDocument::fromJson(json).object();
+    QCOMPARE(object.value(u"title").toString(), u"Song"_qs);
+    QCOMPARE(object.value(u"cFret").toInt(), 3);
+    QCOMPARE(object.value(u"tempo").toInt(), 132);
+    QCOMPARE(object.value(u"intro").toString(), u"Intro text"_qs);
+    const QJsonObject row = object.value(u"tabRows").toArray().at(0).toObject();
+    QCOMPARE(row.value(u"lyrics").toString(), u"first"_qs);
+    QCOMPARE(row.value(u"columns").toArray().at(0).toArray().at(1).toString(), u"\u2014"_qs);
+    QCOMPARE(row.value(u"columnHeaders").toArray().size(), 3);
+    QVERIFY(row.value(u"columnHeaders").toArray().at(1).isNull());
+    const QJsonObject emptyRow = object.value(u"tabRows").toArray().at(1).toObject();
+    QCOMPARE(emptyRow.value(u"lyrics").toString(), QString());
+    QVERIFY(emptyRow.value(u"lyricLines").toArray().isEmpty());
+
+    TabData noIntro = richTab();
+    noIntro.introText.reset();
+    QVERIFY(!QJsonDocument::fromJson(exchangeData(noIntro).value()).object().contains(u"intro"));
+}
+
+void TestTabFileFormat::exchangeReadsColumnsAsTheyStand()
+{
+    const QByteArray json = R"({"title":"t","tabRows":[{"columns":[["1","2","3","4","5"],["x","|","","h"]],
+        "columnHeaders":["C"]}]})";
+    const auto tab = tabDataFromExchangeData(json);
+    QVERIFY(tab);
+    const TabRowData &row = tab->tabRowDatas.first();
+    QCOMPARE(row.colDatas[0].columnItems.size(), 5);
+    QCOMPARE(row.colDatas[1].columnItems.size(), 4);
+    QCOMPARE(row.stringCount, 5);
+    QCOMPARE(row.colDatas[0].chordName, u"C"_qs);
+    QVERIFY(!row.colDatas[1].chordName);
+    QCOMPARE(row.colDatas[1].columnItems[2], ColumnItemType::blank());
+}
+
+void TestTabFileFormat::exchangeOptionalMembers()
+{
+    SavedData::shared().defaultStringCount = 4;
+    const auto bare = tabDataFromExchangeData(R"({"title":"t","tabRows":[]})");
+    QVERIFY(bare);
+    QCOMPARE(bare->stringNotes, standardStringNotes(4));
+    QCOMPARE(bare->tempo, 80);
+    SavedData::shared().defaultStringCount = 6;
+
+    const auto tab = tabDataFromExchangeData(
+        R"({"title":"t","tabRows":[{"columns":[],"lyrics":" x ","lyricLines":[1]}],
+            "stringNotes":["Db2","E"],"cFret":2.5,"tempo":90,"intro":" \n\t "})");
+    QVERIFY(tab);
+    QCOMPARE(tab->stringNotes, QStringList({u"Db2"_qs, u"E"_qs}));
+    QCOMPARE(tab->capoFret, 0);
+    QCOMPARE(tab->tempo, 90);
+    QVERIFY(!tab->introText);
+    QCOMPARE(tab->tabRowDatas[0].lyricLines, QStringList{u" x "_qs});
+
+    const auto trimmed = tabDataFromExchangeData(R"({"title":"t","tabRows":[],"intro":"\n Verse \n"})");
+    QCOMPARE(trimmed->introText, u"Verse"_qs);
+    const auto badHeaders = tabDataFromExchangeData(
+        R"({"title":"t","tabRows":[{"columns":[["1"]],"columnHeaders":["A",3]}]})");
+    QVERIFY(!badHeaders->tabRowDatas[0].colDatas[0].chordName);
+}
+
+void TestTabFileFormat::exchangeErrors_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("array") << QByteArray("[1,2]") << u"Unable to parse document JSON."_qs;
+    QTest::newRow("no title") << QByteArray(R"({"tabRows":[]})") << u"The tab has no title."_qs;
+    QTest::newRow("title not string") << QByteArray(R"({"title":5,"tabRows":[]})")
+                                      << u"The tab has no title."_qs;
+    QTest::newRow("no rows") << QByteArray(R"({"title":"t"})") << u"The tab has no rows."_qs;
+    QTest::newRow("row not object") << QByteArray(R"({"title":"t","tabRows":[1]})")
+                                    << u"Row 1 of the tab is damaged."_qs;
+    QTest::newRow("no columns") << QByteArray(R"({"title":"t","tabRows":[{},{"lyrics":"a"}]})")
+                                << u"Row 1 of the tab is damaged."_qs;
+    QTest::newRow("cell not string")
+        << QByteArray(R"({"title":"t","tabRows":[{"columns":[]},{"columns":[[1]]}]})")
+        << u"Row 2 of the tab is damaged."_qs;
+}
+
+void TestTabFileFormat::exchangeErrors()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(QString, message);
+    ImportError error;
+    QVERIFY(!tabDataFromExchangeData(json, &error));
+    QCOMPARE(error.message, message);
+
+    // Not JSON at all: the parser's own words.
+    ImportError parseError;
+    QVERIFY(!tabDataFromExchangeData(documentData(richTab()), &parseError));
+    QVERIFY(!parseError.message.isEmpty());
+}
+
+LUTEGRID_TEST_MAIN(TestTabFileFormat)
+#include "tst_tabfileformat.moc"
