@@ -112,6 +112,7 @@ void SavedData::load()
         freeScrollSetting = top->value(u"freescrollkey").toBool();
         appearanceSetting = top->value(u"appearancekey").toInteger();
         toolsMarkedSeen = top->value(u"toolsseenkey").toBool();
+        cloudFolder = top->value(u"cloudfolderkey").stringValue();
     }
 
     const QList<ChordShortcut> cloudChords = loadCloudCustomChords();
@@ -155,6 +156,8 @@ void SavedData::save()
     }
     if (lastReviewRequestDate)
         fields.emplace_back(u"lastrrtKey"_qs, ArchiveValue::fromReal(*lastReviewRequestDate));
+    if (cloudFolder)
+        fields.emplace_back(u"cloudfolderkey"_qs, ArchiveValue::fromString(*cloudFolder));
 
     AppPaths::ensureDirectory(QFileInfo(filePath).absolutePath());
     QSaveFile file(filePath);

@@ -80,6 +80,8 @@ public:
     bool toolsMarkedSeen = false;
     bool toolsMarkedSeenTemporary = false;
     bool tagMapLoaded = false;
+    // The folder that the user's sync client keeps in step across machines; absent: none.
+    std::optional<QString> cloudFolder;
 
     // Writes the whole file atomically. Failures are not reported.
     void save();
