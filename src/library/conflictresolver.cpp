@@ -1,0 +1,112 @@
+#include "conflictresolver.h"
+
+#include "librarylog.h"
+#include "shell/analytics.h"
+#include "shell/lutegriddocument.h"
+
+#include <QFileInfo>
+#include <QLocale>
+
+ConflictResolver::ConflictResolver(QList<FileVersion> fileVersions, LutegridDocument *document)
+    : fileVersions(std::move(fileVersions)), gDocument(document)
+{
+}
+
+QString ConflictResolver::dateText(const QDateTime &date)
+{
+    return QLocale().toString(date, QLocale::ShortFormat);
+}
+
+QString ConflictResolver::fileNameDateText(const QDateTime &date)
+{
+    QString text = dateText(date);
+    for (QChar &c : text) {
+        if (c == u'/' || c == u'\\')
+            c = u'-';
+        else if (c == u':')
+            c = u'.';
+    }
+    return text;
+}
+
+QStringList ConflictResolver::rowTitles() const
+{
+    QStringList titles{u"Current"_qs};
+    for (const FileVersion &version : fileVersions)
+        titles.append(version.modificationDate ? dateText(*version.modificationDate) : QString());
+    titles.append(u"All"_qs);
+    return titles;
+}
+
+void ConflictResolver::confirmSelection(int row)
+{
+    if (row <= 0)
+        keepCurrent();
+    else if (row <= fileVersions.size())
+        takeVersion(row - 1);
+    else
+        keepAll();
+}
+
+void ConflictResolver::resolveAll()
+{
+    for (FileVersion &version : fileVersions)
+        version.setResolved();
+    if (gDocument)
+        gDocument->checkFile();
+}
+
+void ConflictResolver::keepCurrent()
+{
+    if (!gDocument)
+        return;
+    if (!FileVersion::removeOtherVersionsOfItemAtUrl(gDocument->fileURL()))
+        Analytics::logEvent(u"Conflict res_current f"_qs);
+    resolveAll();
+    Analytics::logEvent(u"Conflict res_current"_qs);
+}
+
+void ConflictResolver::takeVersion(int index)
+{
+    if (!gDocument || index < 0 || index >= fileVersions.size())
+        return;
+    const QString fileURL = gDocument->fileURL();
+    QString error;
+    if (!fileVersions[index].replaceItemAtUrl(fileURL, &error)) {
+        qCWarning(lcLibrary) << "cannot replace by version" << fileURL << error;
+        Analytics::logEvent(u"Conflict res_diff f"_qs);
+    } else {
+        if (!FileVersion::removeOtherVersionsOfItemAtUrl(fileURL))
+            Analytics::logEvent(u"Conflict res_diff f"_qs);
+        gDocument->revertToContentsOfURL(fileURL);
+        Analytics::logEvent(u"Conflict res_diff"_qs);
+    }
+    resolveAll();
+}
+
+void ConflictResolver::keepAll()
+{
+    if (!gDocument)
+        return;
+    const QString fileURL = gDocument->fileURL();
+    const qsizetype cut = fileURL.indexOf(u".lgrd", QFileInfo(fileURL).absolutePath().size());
+    const QString base = cut < 0 ? fileURL : fileURL.left(cut);
+    for (FileVersion &version : fileVersions) {
+        if (!version.modificationDate)
+            continue;
+        const QString stem = base + u' ' + fileNameDateText(*version.modificationDate);
+        QString target = stem + u".lgrdi"_qs;
+        for (int counter = 2; QFileInfo::exists(target); ++counter)
+            target = stem + u' ' + QString::number(counter) + u".lgrdi"_qs;
+        QString error;
+        if (!version.replaceItemAtUrl(target, &error)) {
+            qCWarning(lcLibrary) << "cannot keep version as" << target << error;
+            Analytics::logEvent(u"Conflict res_all f"_qs);
+            continue;
+        }
+        version.setResolved();
+    }
+    if (gDocument)
+        gDocument->checkFile();
+    Analytics::logEvent(u"Conflict res_all"_qs);
+}

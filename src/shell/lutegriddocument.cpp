@@ -1,0 +1,491 @@
+#include "lutegriddocument.h"
+
+#include "analytics.h"
+#include "appmanager.h"
+#include "apppaths.h"
+#include "lgundomanager.h"
+#include "library/tabfilenames.h"
+#include "model/tabfileformat.h"
+#include "shelllog.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QLockFile>
+
+#include <algorithm>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
+Q_LOGGING_CATEGORY(lcShell, "lutegrid.shell")
+
+namespace {
+
+// How long a save waits for another process of ours that is saving the same file.
+constexpr int lockWait = 1000;
+
+QByteArray contentHash(const QByteArray &bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Md5);
+}
+
+// A stat of the file: a rewrite in place, a rename over it and a new file all change it.
+struct Stamp {
+    qint64 size = -1;
+    qint64 modified = 0;
+
+    static Stamp of(const QString &path)
+    {
+#ifdef Q_OS_UNIX
+        struct stat info;
+        if (::stat(QFile::encodeName(path).constData(), &info) != 0 || !S_ISREG(info.st_mode))
+            return {};
+        // Inode and change time fold into one number: equal stamps mean an untouched file.
+        const qint64 modified = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+        const qint64 changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
+        return {qint64(info.st_size), modified ^ (changed << 1) ^ (qint64(info.st_ino) << 20)};
+#else
+        const QFileInfo info(path);
+        if (!info.isFile())
+            return {};
+        return {info.size(), info.lastModified().toMSecsSinceEpoch()};
+#endif
+    }
+    bool exists() const { return size >= 0; }
+};
+
+std::optional<QByteArray> readAll(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+} // namespace
+
+LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData> tabData,
+                                   QObject *parent)
+    : QObject(parent), tabData(std::move(tabData)),
+      prevFileURL(QFileInfo(fileURL).absoluteFilePath()),
+      path(QFileInfo(fileURL).absoluteFilePath()), undo(new LgUndoManager(this))
+{
+    autosaveTimer.setSingleShot(true);
+    connect(&autosaveTimer, &QTimer::timeout, this, [this] { autosave(); });
+    connect(&pollTimer, &QTimer::timeout, this, &LutegridDocument::checkFile);
+    connect(this, &LutegridDocument::documentStateChanged, this,
+            &LutegridDocument::docStateChange);
+    connect(undo, &LgUndoManager::changed, this, [this](LgUndoManager::Change change) {
+        switch (change) {
+        case LgUndoManager::Change::Done:
+            updateChangeCount(ChangeKind::Done);
+            break;
+        case LgUndoManager::Change::Undone:
+            updateChangeCount(ChangeKind::Undone);
+            break;
+        case LgUndoManager::Change::Redone:
+            updateChangeCount(ChangeKind::Redone);
+            break;
+        }
+    });
+    if (QCoreApplication::instance()) {
+        connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
+                [this] { autosave(); });
+    }
+}
+
+LutegridDocument::~LutegridDocument()
+{
+    autosave();
+}
+
+QString LutegridDocument::localizedName() const
+{
+    return QFileInfo(path).completeBaseName();
+}
+
+void LutegridDocument::setState(DocumentState newState)
+{
+    if (newState == state)
+        return;
+    state = newState;
+    Q_EMIT documentStateChanged();
+}
+
+void LutegridDocument::docStateChange()
+{
+    if (state.testFlag(InConflict)) {
+        Analytics::logEvent(u"Conflict detected"_qs);
+        if (changeListener)
+            changeListener->documentConflictDetected(unresolvedConflictVersions());
+    }
+    if (state.testFlag(SavingError))
+        Analytics::logEvent(u"Gt saving error"_qs);
+}
+
+void LutegridDocument::updateChangeCount(ChangeKind kind)
+{
+    switch (kind) {
+    case ChangeKind::Done:
+    case ChangeKind::Redone:
+        ++changes;
+        break;
+    case ChangeKind::Undone:
+        --changes;
+        break;
+    case ChangeKind::Cleared:
+        changes = 0;
+        break;
+    }
+    if (changes == 0) {
+        autosaveTimer.stop();
+        firstUnsavedChange.invalidate();
+        return;
+    }
+    scheduleAutosave();
+}
+
+void LutegridDocument::scheduleAutosave()
+{
+    if (state.testFlag(Closed))
+        return;
+    if (!firstUnsavedChange.isValid())
+        firstUnsavedChange.start();
+    const qint64 left = autosaveMaximumDelay - firstUnsavedChange.elapsed();
+    autosaveTimer.start(int(std::clamp<qint64>(std::min<qint64>(autosaveDelay, left), 0,
+                                               autosaveMaximumDelay)));
+}
+
+bool LutegridDocument::autosave()
+{
+    autosaveTimer.stop();
+    if (changes == 0 || state.testFlag(Closed))
+        return true;
+    return saveToURL(path, SaveOperation::ForOverwriting);
+}
+
+std::optional<QByteArray> LutegridDocument::contentsForType() const
+{
+    if (!tabData)
+        return std::nullopt;
+    return documentData(*tabData);
+}
+
+QString LutegridDocument::lockFilePath() const
+{
+    const QByteArray key = QCryptographicHash::hash(path.toUtf8(), QCryptographicHash::Md5);
+    return QDir(AppPaths::temporaryDirectory())
+        .filePath(u"locks/"_qs + QString::fromLatin1(key.toHex()) + u".lock"_qs);
+}
+
+bool LutegridDocument::keepAsConflictVersion(const QByteArray &bytes, const QDateTime &modified)
+{
+    const QString copyPath = FileVersion::newConflictCopyPath(
+        path, modified.isValid() ? modified : QDateTime::currentDateTime());
+    QString error;
+    if (!writeFileAtomically(copyPath, bytes, &error)) {
+        qCWarning(lcShell) << "cannot keep the outside version of" << path << error;
+        return false;
+    }
+    if (modified.isValid()) {
+        QFile copy(copyPath);
+        if (copy.open(QIODevice::ReadWrite))
+            copy.setFileTime(modified, QFileDevice::FileModificationTime);
+    }
+    return true;
+}
+
+bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
+{
+    if (changeListener && tabData)
+        tabData->tabRowDatas = changeListener->tabRows();
+    const auto bytes = contentsForType();
+    const QString target = QFileInfo(url).absoluteFilePath();
+    bool saved = false;
+    if (!bytes) {
+        qCWarning(lcShell) << "save before the tab was loaded" << target;
+    } else {
+        AppPaths::ensureDirectory(QFileInfo(target).absolutePath());
+        AppPaths::ensureDirectory(QFileInfo(lockFilePath()).absolutePath());
+        QLockFile lock(lockFilePath());
+        if (!lock.tryLock(lockWait)) {
+            qCWarning(lcShell) << "file is being saved by another process" << target;
+        } else {
+            // What lies there now and is not what this document last saw is someone else's
+            // work: it stays as a conflict version rather than being overwritten.
+            const Stamp disk = Stamp::of(target);
+            const bool known = target == path && disk.size == knownSize
+                               && disk.modified == knownModified;
+            if (disk.exists() && !known) {
+                const auto current = readAll(target);
+                const QByteArray currentHash = current ? contentHash(*current) : QByteArray();
+                if (current && (target != path || currentHash != baseHash)
+                    && currentHash != contentHash(*bytes)) {
+                    keepAsConflictVersion(*current, QFileInfo(target).lastModified());
+                }
+            }
+            QString error;
+            saved = writeFileAtomically(target, *bytes, &error);
+            if (!saved)
+                qCWarning(lcShell) << "save failed" << target << error;
+        }
+    }
+
+    DocumentState next = state;
+    if (saved) {
+        if (target != path) {
+            path = target;
+            if (watcher)
+                startWatching();
+        }
+        baseHash = contentHash(*bytes);
+        const Stamp written = Stamp::of(path);
+        knownSize = written.size;
+        knownModified = written.modified;
+        changes = 0;
+        firstUnsavedChange.invalidate();
+        autosaveTimer.stop();
+        next &= ~DocumentState(SavingError);
+        if (operation == SaveOperation::ForCreating && state.testFlag(Closed)) {
+            next &= ~DocumentState(Closed);
+            startWatching();
+        }
+    } else {
+        next |= SavingError;
+        if (!state.testFlag(Closed) && changes != 0) {
+            // Try again later, as an autosave would.
+            firstUnsavedChange.start();
+            autosaveTimer.start(autosaveMaximumDelay);
+        }
+    }
+    setState(next);
+    if (saved)
+        checkForConflicts();
+    return saved;
+}
+
+void LutegridDocument::loadFromContents(const QByteArray &contents)
+{
+    followNameAndPlace();
+    QString error;
+    tabData = tabDataFromDocumentData(contents, &error);
+    if (!tabData)
+        qCWarning(lcShell) << "unreadable tab" << path << error;
+    if (tabName && tabData)
+        tabData->title = *tabName;
+    if (changeListener && tabData)
+        changeListener->documentReloaded(*tabData);
+}
+
+void LutegridDocument::followNameAndPlace()
+{
+    const QString name = localizedName();
+    if (!name.trimmed().isEmpty()) {
+        bool onlyBlanks = true;
+        for (QChar c : name) {
+            if (c != u' ' && c != u'\t')
+                onlyBlanks = false;
+        }
+        if (!onlyBlanks)
+            tabName = name;
+    }
+    if (prevFileURL != std::optional<QString>(path)) {
+        AppManager::shared().documentMoved(prevFileURL, path, this);
+        prevFileURL = path;
+    }
+}
+
+bool LutegridDocument::open()
+{
+    if (!state.testFlag(Closed))
+        return true;
+    const Stamp stamp = Stamp::of(path);
+    const auto bytes = readAll(path);
+    if (!bytes)
+        return false;
+    baseHash = contentHash(*bytes);
+    knownSize = stamp.size;
+    knownModified = stamp.modified;
+    changes = 0;
+    loadFromContents(*bytes);
+    startWatching();
+    DocumentState next = state & ~DocumentState(Closed);
+    if (!FileVersion::unresolvedConflictVersionsOfItemAtUrl(path).isEmpty())
+        next |= InConflict;
+    setState(next);
+    return true;
+}
+
+bool LutegridDocument::close()
+{
+    if (state.testFlag(Closed))
+        return true;
+    const bool saved = autosave();
+    stopWatching();
+    setState((state | Closed) & ~DocumentState(InConflict));
+    return saved;
+}
+
+bool LutegridDocument::revertToContentsOfURL(const QString &url)
+{
+    const QString target = QFileInfo(url).absoluteFilePath();
+    const Stamp stamp = Stamp::of(target);
+    const auto bytes = readAll(target);
+    if (!bytes)
+        return false;
+    if (target != path) {
+        path = target;
+        if (watcher)
+            startWatching();
+    }
+    baseHash = contentHash(*bytes);
+    knownSize = stamp.size;
+    knownModified = stamp.modified;
+    changes = 0;
+    autosaveTimer.stop();
+    firstUnsavedChange.invalidate();
+    loadFromContents(*bytes);
+    Q_EMIT documentReloaded();
+    checkForConflicts();
+    return true;
+}
+
+void LutegridDocument::startWatching()
+{
+    if (!watcher) {
+        watcher = new QFileSystemWatcher(this);
+        connect(watcher, &QFileSystemWatcher::fileChanged, this, &LutegridDocument::queueCheck);
+        connect(watcher, &QFileSystemWatcher::directoryChanged, this,
+                &LutegridDocument::queueCheck);
+    }
+    const QStringList watched = watcher->files() + watcher->directories();
+    if (!watched.isEmpty())
+        watcher->removePaths(watched);
+    watcher->addPath(QFileInfo(path).absolutePath());
+    if (QFileInfo::exists(path))
+        watcher->addPath(path);
+    pollTimer.start(pollInterval);
+}
+
+void LutegridDocument::stopWatching()
+{
+    pollTimer.stop();
+    delete watcher;
+    watcher = nullptr;
+}
+
+void LutegridDocument::queueCheck()
+{
+    if (checkQueued)
+        return;
+    checkQueued = true;
+    QTimer::singleShot(0, this, [this] {
+        checkQueued = false;
+        checkFile();
+    });
+}
+
+std::optional<QString> LutegridDocument::findMovedFile() const
+{
+    // A rename keeps the bytes: the file that now holds exactly what this document last saw.
+    const QDir dir = QFileInfo(path).absoluteDir();
+    const QStringList names = dir.entryList(QDir::Files | QDir::NoDotAndDotDot);
+    for (const QString &name : names) {
+        if (!TabFileNames::isTabEntryName(name))
+            continue;
+        const QString candidate = dir.filePath(name);
+        if (candidate == path || QFileInfo(candidate).size() != knownSize)
+            continue;
+        const auto bytes = readAll(candidate);
+        if (bytes && contentHash(*bytes) == baseHash)
+            return candidate;
+    }
+    return std::nullopt;
+}
+
+void LutegridDocument::checkFile()
+{
+    if (state.testFlag(Closed))
+        return;
+    const Stamp stamp = Stamp::of(path);
+    if (!stamp.exists()) {
+        // Gone: renamed, or deleted and perhaps about to come back. Until then the document
+        // keeps what it has, and a save writes it anew.
+        if (knownSize >= 0) {
+            if (const auto moved = findMovedFile())
+                followMove(*moved);
+        }
+    } else if (stamp.size != knownSize || stamp.modified != knownModified) {
+        const auto bytes = readAll(path);
+        if (bytes) {
+            knownSize = stamp.size;
+            knownModified = stamp.modified;
+            const QByteArray hash = contentHash(*bytes);
+            if (hash != baseHash)
+                takeOutsideChange(*bytes, hash);
+        }
+    }
+    if (watcher && QFileInfo::exists(path) && !watcher->files().contains(path))
+        watcher->addPath(path);
+    checkForConflicts();
+}
+
+void LutegridDocument::takeOutsideChange(const QByteArray &bytes, const QByteArray &hash)
+{
+    baseHash = hash;
+    if (hasUnsavedChanges()) {
+        // Unsaved work and a new outside version: keep both and let the user choose. The
+        // next save writes this document's version over the file.
+        keepAsConflictVersion(bytes, QFileInfo(path).lastModified());
+        checkForConflicts();
+        return;
+    }
+    const auto before = tabData;
+    loadFromContents(bytes);
+    if (!tabData) {
+        // Half-written or foreign bytes: the tab in hand is worth more than nothing.
+        tabData = before;
+        return;
+    }
+    Q_EMIT documentReloaded();
+}
+
+void LutegridDocument::followMove(const QString &newPath)
+{
+    const QString oldPath = path;
+    path = newPath;
+    const Stamp stamp = Stamp::of(path);
+    knownSize = stamp.size;
+    knownModified = stamp.modified;
+    if (watcher)
+        startWatching();
+    if (!hasUnsavedChanges()) {
+        if (const auto bytes = readAll(path))
+            loadFromContents(*bytes);
+    } else {
+        // The bytes on disk are older than the model: follow the name, keep the model.
+        followNameAndPlace();
+        if (tabName && tabData)
+            tabData->title = *tabName;
+    }
+    Q_EMIT documentMoved(oldPath, newPath);
+}
+
+void LutegridDocument::checkForConflicts()
+{
+    if (state.testFlag(Closed))
+        return;
+    const bool conflict = !unresolvedConflictVersions().isEmpty();
+    if (conflict != state.testFlag(InConflict))
+        setState(conflict ? (state | InConflict) : (state & ~DocumentState(InConflict)));
+}
+
+QList<FileVersion> LutegridDocument::unresolvedConflictVersions() const
+{
+    return FileVersion::unresolvedConflictVersionsOfItemAtUrl(path);
+}

@@ -1,0 +1,133 @@
+#pragma once
+
+#include "library/fileversion.h"
+#include "model/tabdata.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QFlags>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <optional>
+
+class LgUndoManager;
+class QFileSystemWatcher;
+
+// The editor that shows a document: it hands over the surface's rows before each save and
+// hears of reloads and conflicts.
+class DocumentChangeListener
+{
+public:
+    virtual ~DocumentChangeListener() = default;
+    // The rows being edited, which are newer than the model's while a tab is open.
+    virtual QList<TabRowData> tabRows() const = 0;
+    virtual void documentConflictDetected(const std::optional<QList<FileVersion>> &versions) = 0;
+    virtual void documentReloaded(const TabData &tabData) = 0;
+};
+
+// One tab file and its model. Saves are deferred after changes and written whole, by way of a
+// temporary file renamed into place. Changes to the file from outside (a sync client, another
+// process) are noticed while the document is open: a document with no unsaved changes takes
+// them in, one with unsaved changes keeps the outside version as a conflict version, so that
+// the user chooses and nothing is lost.
+class LutegridDocument : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum DocumentStateFlag {
+        Normal = 0,
+        Closed = 1,
+        InConflict = 2,
+        SavingError = 4,
+        EditingDisabled = 8,
+        ProgressAvailable = 16,
+    };
+    Q_DECLARE_FLAGS(DocumentState, DocumentStateFlag)
+    enum class SaveOperation { ForCreating, ForOverwriting };
+    enum class ChangeKind { Done, Undone, Redone, Cleared };
+
+    LutegridDocument(const QString &fileURL, std::optional<TabData> tabData,
+                     QObject *parent = nullptr);
+    ~LutegridDocument() override;
+
+    std::optional<TabData> tabData;
+    std::optional<QString> tabName;
+    std::optional<QString> prevFileURL;
+    DocumentChangeListener *changeListener = nullptr;
+
+    // Milliseconds: a save follows the last change after autosaveDelay, and the first unsaved
+    // change after autosaveMaximumDelay at the latest. The file is looked at every
+    // pollInterval besides the file system's own notices, which a rename can cut off.
+    int autosaveDelay = 2000;
+    int autosaveMaximumDelay = 10000;
+    int pollInterval = 1000;
+
+    QString fileURL() const { return path; }
+    // The file name without its extension.
+    QString localizedName() const;
+    DocumentState documentState() const { return state; }
+    LgUndoManager *undoManager() const { return undo; }
+    int changeCount() const { return changes; }
+    bool hasUnsavedChanges() const { return changes != 0; }
+    void updateChangeCount(ChangeKind kind);
+
+    // Reads the file. Success with tabData absent means the file could not be understood.
+    bool open();
+    bool saveToURL(const QString &url, SaveOperation operation);
+    // Saves now if anything is unsaved.
+    bool autosave();
+    // Saves what is unsaved, then stops watching the file.
+    bool close();
+    // Drops unsaved changes and loads the file at `url`.
+    bool revertToContentsOfURL(const QString &url);
+
+    // The bytes of the model, or nothing without one.
+    std::optional<QByteArray> contentsForType() const;
+    void loadFromContents(const QByteArray &contents);
+
+    // Looks at the file now instead of at the next notice.
+    void checkFile();
+    QList<FileVersion> unresolvedConflictVersions() const;
+
+Q_SIGNALS:
+    void documentStateChanged();
+    // New contents from outside have replaced the model.
+    void documentReloaded();
+    // The file was renamed from outside, and the document followed it.
+    void documentMoved(const QString &oldPath, const QString &newPath);
+
+private:
+    void docStateChange();
+    void setState(DocumentState newState);
+    void scheduleAutosave();
+    void startWatching();
+    void stopWatching();
+    void queueCheck();
+    void checkForConflicts();
+    void followNameAndPlace();
+    void takeOutsideChange(const QByteArray &bytes, const QByteArray &hash);
+    void followMove(const QString &newPath);
+    bool keepAsConflictVersion(const QByteArray &bytes, const QDateTime &modified);
+    std::optional<QString> findMovedFile() const;
+    QString lockFilePath() const;
+
+    QString path;
+    DocumentState state = Closed;
+    int changes = 0;
+    LgUndoManager *undo;
+    // What the file held when this document last read or wrote it.
+    QByteArray baseHash;
+    qint64 knownSize = -1;
+    qint64 knownModified = 0;
+    QFileSystemWatcher *watcher = nullptr;
+    QTimer autosaveTimer;
+    QTimer pollTimer;
+    QElapsedTimer firstUnsavedChange;
+    bool checkQueued = false;
+};
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(LutegridDocument::DocumentState)
