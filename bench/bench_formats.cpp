@@ -1,0 +1,50 @@
+// Prints the cost of the tab file forms on the 1,000-row benchmark tab, beside the floor that
+// the parsers underneath take alone.
+#include "benchtab.h"
+#include "benchutil.h"
+
+#include "export/documentmanager.h"
+#include "model/tabfileformat.h"
+
+#include <QJsonDocument>
+
+#include <plist/plist.h>
+
+int main(int argc, char *argv[])
+{
+    BenchEnvironment environment(argc, argv);
+    const TabData tab = makeBenchmarkTab();
+
+    QByteArray archive;
+    const double archiveWrite = bestOf([&] { archive = documentData(tab); });
+    const double archiveRead = bestOf([&] { tabDataFromDocumentData(archive).value(); });
+    const double plistParse = bestOf([&] {
+        plist_t root = nullptr;
+        plist_from_bin(archive.constData(), uint32_t(archive.size()), &root);
+        plist_free(root);
+    });
+
+    QByteArray json;
+    const double exchangeWrite = bestOf([&] { json = exchangeData(tab).value(); });
+    const double exchangeRead = bestOf([&] { tabDataFromExchangeData(json).value(); });
+    const double jsonParse = bestOf([&] { QJsonDocument::fromJson(json); });
+
+    TabExportConfiguration configuration{tab};
+    QByteArray text;
+    const double textExport = bestOf(
+        [&] { text = DocumentManager::asciiBytes(DocumentManager::tabText(configuration)); });
+
+    printFigure("archive write", archiveWrite, "ms");
+    printFigure("archive read", archiveRead, "ms");
+    printFigure("libplist parse alone", plistParse, "ms");
+    printFigure("archive read / plist parse", archiveRead / plistParse, "x");
+    printFigure("exchange write", exchangeWrite, "ms");
+    printFigure("exchange read", exchangeRead, "ms");
+    printFigure("QJsonDocument parse alone", jsonParse, "ms");
+    printFigure("exchange read / JSON parse", exchangeRead / jsonParse, "x");
+    printFigure("text export", textExport, "ms");
+    printFigure("document size", double(archive.size()), "bytes");
+    printFigure("exchange size", double(json.size()), "bytes");
+    printFigure("text size", double(text.size()), "bytes");
+    return 0;
+}
