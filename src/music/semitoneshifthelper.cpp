@@ -183,9 +183,11 @@ bool SemitoneShiftHelper::moveGroup(Block &columns, const NoteGroup &group, int 
             columns[column + k][target] = item;
         }
 
-        // Widening is always measured from the box as it came in.
-        box.itemIndexStart = std::min(boxStart, target);
-        box.itemIndexEnd = std::max(boxEnd, target);
+        // The box only grows. Measured from the call alone, a later, shorter move would shrink
+        // it again and strand what an earlier move pushed further: unshifted, and outside the
+        // strings the caller writes back.
+        box.itemIndexStart = std::min({boxStart, box.itemIndexStart, target});
+        box.itemIndexEnd = std::max({boxEnd, box.itemIndexEnd, target});
 
         if (allBlank(displaced))
             return true;

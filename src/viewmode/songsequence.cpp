@@ -37,10 +37,11 @@ std::optional<qint64> leastCommonMultiple(const QList<int> &lengths)
         const qint64 divisor = std::gcd(multiple, qint64(length));
         if (divisor == 0)
             return std::nullopt;
+        // Divided first, so only a multiple that is itself too large fails.
         qint64 product = 0;
-        if (__builtin_mul_overflow(multiple, qint64(length), &product))
+        if (__builtin_mul_overflow(multiple / divisor, qint64(length), &product))
             return std::nullopt;
-        multiple = std::abs(product) / divisor;
+        multiple = std::abs(product);
     }
     return multiple;
 }
