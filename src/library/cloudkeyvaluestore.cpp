@@ -1,7 +1,7 @@
 #include "cloudkeyvaluestore.h"
 
 #include "librarylog.h"
-#include "plistvariant.h"
+#include "model/plistvariant.h"
 #include "shell/apppaths.h"
 
 #include <QCryptographicHash>
@@ -63,8 +63,6 @@ FileRead readStoreFile(const QString &path)
     const QByteArray bytes = file.read(PlistVariant::maximumFileBytes + 1);
     result.hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
     result.values = PlistVariant::dictionaryFromData(bytes);
-    if (!result.values)
-        qCWarning(lcLibrary) << "key-value store is unreadable, taken as empty" << path;
     return result;
 }
 
@@ -185,8 +183,10 @@ struct CloudKeyValueStore::Private {
         if (!read.exists || read.hash.isEmpty() || read.hash == knownHash)
             return;
         knownHash = read.hash;
-        if (!read.values)
+        if (!read.values) {
+            qCWarning(lcLibrary) << "key-value store is unreadable, keeping what we hold" << file;
             return;
+        }
         QVariantMap merged = *read.values;
         for (const QString &key : std::as_const(pendingKeys)) {
             if (values.contains(key))
@@ -219,6 +219,7 @@ struct CloudKeyValueStore::Private {
                 continue;
             const FileRead read = readStoreFile(copyPath);
             if (!read.values) {
+                qCWarning(lcLibrary) << "conflict copy is unreadable, left in place" << copyPath;
                 skippedCopies.insert(copyPath, stamp);
                 continue;
             }
@@ -278,6 +279,8 @@ struct CloudKeyValueStore::Private {
                 announce(InitialSyncChange, keys);
                 if (carried)
                     pendingKeys = QSet<QString>(values.keyBegin(), values.keyEnd());
+            } else {
+                qCWarning(lcLibrary) << "key-value store is unreadable, taken as empty" << file;
             }
         } else if (!values.isEmpty()) {
             pendingKeys = QSet<QString>(values.keyBegin(), values.keyEnd());

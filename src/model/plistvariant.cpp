@@ -217,45 +217,86 @@ private:
         return value;
     }
 
-    // Reads an object's header: its children (for containers) and its payload length.
-    bool describe(quint64 index, std::vector<quint64> &children, quint64 &payloadBytes) const
+    struct Header {
+        int type = 0;
+        quint64 count = 0;
+        quint64 pos = 0; // where the object's body starts
+    };
+
+    // The marker of an object and its count, which may follow in an integer of its own.
+    bool header(quint64 index, Header &result) const
     {
         const quint64 offset = readNumber(data + tableOffset + index * offsetSize, offsetSize);
         if (offset < 8 || offset >= tableOffset)
             return false;
         quint64 pos = offset;
         const uchar marker = data[pos++];
-        const int type = marker >> 4;
-        quint64 count = marker & 0x0F;
-        const bool counted = type == 0x4 || type == 0x5 || type == 0x6 || type == 0x7
-                             || type == 0xA || type == 0xB || type == 0xC || type == 0xD;
-        if (counted && count == 0x0F) {
+        result.type = marker >> 4;
+        result.count = marker & 0x0F;
+        if (hasCount(result.type) && result.count == 0x0F) {
             if (pos >= tableOffset || (data[pos] >> 4) != 0x1)
                 return false;
             const quint64 width = quint64(1) << (data[pos] & 0x0F);
             ++pos;
             if (width > 8 || width > tableOffset - pos)
                 return false;
-            count = readNumber(data + pos, width);
+            result.count = readNumber(data + pos, width);
             pos += width;
         }
+        result.pos = pos;
+        return true;
+    }
+
+    static bool hasCount(int type)
+    {
+        return type == 0x4 || type == 0x5 || type == 0x6 || type == 0xA || type == 0xB
+               || type == 0xC || type == 0xD;
+    }
+    static bool isContainer(int type) { return type >= 0xA && type <= 0xD; }
+
+    // Dictionary keys must be strings without a NUL: the parser keeps keys as C strings and
+    // stops the program on one whose length disagrees with its text.
+    bool isCleanKey(quint64 index) const
+    {
+        Header key;
+        if (!header(index, key) || (key.type != 0x5 && key.type != 0x6))
+            return false;
+        const quint64 width = key.type == 0x6 ? 2 : 1;
+        if (key.count > (tableOffset - key.pos) / width)
+            return false;
+        for (quint64 i = 0; i < key.count; ++i) {
+            const uchar *unit = data + key.pos + i * width;
+            if (unit[0] == 0 && (width == 1 || unit[1] == 0))
+                return false;
+        }
+        return true;
+    }
+
+    // Reads an object's header: its children (for containers) and its payload length.
+    bool describe(quint64 index, std::vector<quint64> &children, quint64 &payloadBytes) const
+    {
+        Header object;
+        if (!header(index, object))
+            return false;
         children.clear();
         payloadBytes = 0;
-        if (type == 0xA || type == 0xB || type == 0xC || type == 0xD) {
-            const quint64 refs = type == 0xD ? 2 : 1;
-            if (count > (tableOffset - pos) / refSize / refs)
+        if (isContainer(object.type)) {
+            const quint64 refs = object.type == 0xD ? 2 : 1;
+            if (object.count > (tableOffset - object.pos) / refSize / refs)
                 return false;
-            const quint64 total = count * refs;
+            const quint64 total = object.count * refs;
             children.reserve(total);
             for (quint64 i = 0; i < total; ++i) {
-                const quint64 child = readNumber(data + pos + i * refSize, refSize);
+                const quint64 child = readNumber(data + object.pos + i * refSize, refSize);
                 if (child >= objectCount)
+                    return false;
+                if (object.type == 0xD && i < object.count && !isCleanKey(child))
                     return false;
                 children.push_back(child);
             }
-        } else if (counted) {
-            payloadBytes = type == 0x6 ? count * 2 : count;
-            if (count > tableOffset || payloadBytes > tableOffset - pos)
+        } else if (hasCount(object.type)) {
+            payloadBytes = object.type == 0x6 ? object.count * 2 : object.count;
+            if (object.count > tableOffset || payloadBytes > tableOffset - object.pos)
                 return false;
         }
         return true;
