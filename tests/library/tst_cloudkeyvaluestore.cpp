@@ -1,0 +1,512 @@
+#include "library/cloudkeyvaluestore.h"
+#include "model/plistvariant.h"
+
+#include "testmain.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QSaveFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTimeZone>
+
+namespace {
+
+// A binary property list assembled by hand, to make shapes that no writer would produce.
+// Objects are given as their encoded bytes; references and offsets are four bytes wide.
+class HandMadePlist
+{
+public:
+    int add(const QByteArray &object)
+    {
+        objects.append(object);
+        return int(objects.size() - 1);
+    }
+    static QByteArray ref(int index)
+    {
+        QByteArray bytes(4, '\0');
+        for (int i = 0; i < 4; ++i)
+            bytes[3 - i] = char((quint32(index) >> (8 * i)) & 0xFF);
+        return bytes;
+    }
+    static QByteArray array(const QList<int> &elements)
+    {
+        QByteArray bytes(1, char(0xA0 | elements.size()));
+        for (int element : elements)
+            bytes += ref(element);
+        return bytes;
+    }
+    static QByteArray dict(const QList<int> &keys, const QList<int> &values)
+    {
+        QByteArray bytes(1, char(0xD0 | keys.size()));
+        for (int key : keys)
+            bytes += ref(key);
+        for (int value : values)
+            bytes += ref(value);
+        return bytes;
+    }
+    static QByteArray ascii(const QByteArray &text)
+    {
+        return QByteArray(1, char(0x50 | text.size())) + text;
+    }
+
+    QByteArray data(int top) const
+    {
+        QByteArray bytes("bplist00");
+        QList<quint32> offsets;
+        for (const QByteArray &object : objects) {
+            offsets.append(quint32(bytes.size()));
+            bytes += object;
+        }
+        const quint32 tableOffset = quint32(bytes.size());
+        for (quint32 offset : offsets)
+            bytes += ref(int(offset));
+        QByteArray trailer(32, '\0');
+        trailer[6] = 4;
+        trailer[7] = 4;
+        trailer.replace(12, 4, ref(int(objects.size())));
+        trailer.replace(20, 4, ref(top));
+        trailer.replace(28, 4, ref(int(tableOffset)));
+        return bytes + trailer;
+    }
+
+private:
+    QList<QByteArray> objects;
+};
+
+QVariantMap sampleValues()
+{
+    return {
+        {u"text"_qs, u"Grüße, 歌"_qs},
+        {u"empty text"_qs, QString()},
+        {u"Schlüssel ✓"_qs, u"unicode key"_qs},
+        {u"data"_qs, QByteArray("\x00\x01\xFFplist", 8)},
+        {u"int"_qs, 42},
+        {u"negative"_qs, qint64(-7)},
+        {u"smallest"_qs, std::numeric_limits<qint64>::min()},
+        {u"largest"_qs, std::numeric_limits<qint64>::max()},
+        {u"real"_qs, 0.1},
+        {u"true"_qs, true},
+        {u"false"_qs, false},
+        {u"date"_qs, QDateTime(QDate(2026, 11, 21), QTime(10, 15, 30), QTimeZone::utc())},
+        {u"list"_qs, QVariantList{1, u"two"_qs, QVariantList{3.5}, QVariantMap{{u"k"_qs, false}}}},
+        {u"strings"_qs, QStringList{u"a"_qs, u"b"_qs}},
+        {u"map"_qs, QVariantMap{{u"inner"_qs, QVariantMap{{u"deep"_qs, QByteArray("x")}}}}},
+    };
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    // Atomically, as a sync client or another process would.
+    QSaveFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    QVERIFY(file.commit());
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll();
+}
+
+QByteArray plistOf(const QVariantMap &values)
+{
+    return PlistVariant::binaryData(values).value_or(QByteArray());
+}
+
+// Every folder of the test lies in the test's own LUTEGRID_HOME.
+std::unique_ptr<QTemporaryDir> homeFolder()
+{
+    return std::make_unique<QTemporaryDir>(
+        QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"storeXXXXXX"_qs));
+}
+
+QStringList sorted(QStringList keys)
+{
+    keys.sort();
+    return keys;
+}
+
+} // namespace
+
+class TestCloudKeyValueStore : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        folder = homeFolder();
+        QVERIFY(folder->isValid());
+    }
+
+    void everyValueTypeSurvivesAReload()
+    {
+        const QVariantMap values = sampleValues();
+        {
+            CloudKeyValueStore store(folder->path());
+            for (auto it = values.cbegin(); it != values.cend(); ++it)
+                store.setObject(it.value(), it.key());
+            // What the store hands out is already what a reload gives.
+            QCOMPARE(store.objectForKey(u"strings"_qs).typeId(), QMetaType::QVariantList);
+            QCOMPARE(store.objectForKey(u"int"_qs).typeId(), QMetaType::LongLong);
+        }
+        QVERIFY(readFile(storePath()).startsWith("bplist00"));
+
+        // Lists of any kind read back as QVariantList.
+        QVariantMap expected = values;
+        expected.insert(u"strings"_qs, QVariantList{u"a"_qs, u"b"_qs});
+        CloudKeyValueStore reloaded(folder->path());
+        for (auto it = expected.cbegin(); it != expected.cend(); ++it) {
+            const QVariant value = reloaded.objectForKey(it.key());
+            QVERIFY2(value == it.value(), qPrintable(it.key()));
+        }
+        QCOMPARE(reloaded.objectForKey(u"negative"_qs).typeId(), QMetaType::LongLong);
+        QCOMPARE(reloaded.arrayForKey(u"strings"_qs), (QVariantList{u"a"_qs, u"b"_qs}));
+        QCOMPARE(reloaded.dictionaryForKey(u"map"_qs).value(u"inner"_qs).toMap().size(), 1);
+        // The typed reads give nothing for a value of another type.
+        QVERIFY(reloaded.arrayForKey(u"map"_qs).isEmpty());
+        QVERIFY(reloaded.dictionaryForKey(u"list"_qs).isEmpty());
+    }
+
+    void removingAndRefusingValues()
+    {
+        {
+            CloudKeyValueStore store(folder->path());
+            store.setObject(u"a"_qs, u"keep"_qs);
+            store.setObject(u"b"_qs, u"gone"_qs);
+            store.removeObjectForKey(u"gone"_qs);
+            store.setObject(1, u"cleared"_qs);
+            store.setObject(QVariant(), u"cleared"_qs);
+            // No property-list form: not stored, nothing else disturbed.
+            store.setObject(QVariant::fromValue(QTimeZone::utc()), u"zone"_qs);
+            QVERIFY(!store.objectForKey(u"zone"_qs).isValid());
+            QVERIFY(store.synchronize());
+        }
+        CloudKeyValueStore reloaded(folder->path());
+        QCOMPARE(reloaded.objectForKey(u"keep"_qs), QVariant(u"a"_qs));
+        QVERIFY(!reloaded.objectForKey(u"gone"_qs).isValid());
+        QVERIFY(!reloaded.objectForKey(u"cleared"_qs).isValid());
+        QVERIFY(!reloaded.objectForKey(u"zone"_qs).isValid());
+    }
+
+    void aValuePassingTheByteQuotaIsRefused()
+    {
+        CloudKeyValueStore store(folder->path());
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        store.setObject(QByteArray(900 * 1024, 'a'), u"big"_qs);
+        QVERIFY(store.objectForKey(u"big"_qs).isValid());
+        const QByteArray before = readFile(storePath());
+
+        store.setObject(QByteArray(200 * 1024, 'b'), u"more"_qs);
+        QVERIFY(!store.objectForKey(u"more"_qs).isValid());
+        QTRY_COMPARE(spy.size(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), int(CloudKeyValueStore::QuotaViolationChange));
+        QCOMPARE(spy.at(0).at(1).toStringList(), QStringList{u"more"_qs});
+        QCOMPARE(readFile(storePath()), before);
+
+        // Replacing the big value with a smaller one is still allowed.
+        store.setObject(QByteArray(100, 'c'), u"big"_qs);
+        store.setObject(QByteArray(200 * 1024, 'b'), u"more"_qs);
+        QVERIFY(store.objectForKey(u"more"_qs).isValid());
+    }
+
+    void theKeyAfterTheLastIsRefused()
+    {
+        QVariantMap full;
+        for (int i = 0; i < CloudKeyValueStore::maximumKeys; ++i)
+            full.insert(u"key%1"_qs.arg(i), i);
+        writeFile(storePath(), plistOf(full));
+
+        CloudKeyValueStore store(folder->path());
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        QTRY_COMPARE(spy.size(), 1); // the initial load
+        store.setObject(1, u"one too many"_qs);
+        QTRY_COMPARE(spy.size(), 2);
+        QCOMPARE(spy.at(1).at(0).toInt(), int(CloudKeyValueStore::QuotaViolationChange));
+        QVERIFY(!store.objectForKey(u"one too many"_qs).isValid());
+
+        // Changing a key that exists adds none.
+        store.setObject(-1, u"key0"_qs);
+        QCOMPARE(store.objectForKey(u"key0"_qs), QVariant(qint64(-1)));
+        QCOMPARE(spy.size(), 2);
+    }
+
+    void theInitialLoadIsAnnouncedOnce()
+    {
+        writeFile(storePath(), plistOf({{u"a"_qs, 1}, {u"b"_qs, u"x"_qs}}));
+        CloudKeyValueStore store(folder->path());
+        // Connected after construction, as the program's listeners are.
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        QCOMPARE(store.objectForKey(u"a"_qs), QVariant(qint64(1)));
+        QTRY_COMPARE(spy.size(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), int(CloudKeyValueStore::InitialSyncChange));
+        QCOMPARE(sorted(spy.at(0).at(1).toStringList()), (QStringList{u"a"_qs, u"b"_qs}));
+        QTest::qWait(300);
+        QCOMPARE(spy.size(), 1);
+
+        // A folder without a file has nothing to announce.
+        const auto empty = homeFolder();
+        CloudKeyValueStore fresh(empty->path());
+        QSignalSpy freshSpy(&fresh, &CloudKeyValueStore::didChangeExternally);
+        QTest::qWait(100);
+        QCOMPARE(freshSpy.size(), 0);
+    }
+
+    void movingToAnotherFolder()
+    {
+        const auto synced = homeFolder();
+        writeFile(QDir(synced->path()).filePath(CloudKeyValueStore::fileName),
+                  plistOf({{u"shared"_qs, u"from sync"_qs}, {u"both"_qs, u"sync wins"_qs}}));
+        CloudKeyValueStore store(folder->path());
+        store.setObject(u"mine"_qs, u"local"_qs);
+        store.setObject(u"local loses"_qs, u"both"_qs);
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+
+        store.setFolder(synced->path());
+        QTRY_COMPARE(spy.size(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), int(CloudKeyValueStore::InitialSyncChange));
+        QCOMPARE(sorted(spy.at(0).at(1).toStringList()), (QStringList{u"both"_qs, u"shared"_qs}));
+        QCOMPARE(store.objectForKey(u"both"_qs), QVariant(u"sync wins"_qs));
+
+        // What only we held is carried into the new folder's file.
+        CloudKeyValueStore other(synced->path());
+        QCOMPARE(other.objectForKey(u"local"_qs), QVariant(u"mine"_qs));
+        QCOMPARE(other.objectForKey(u"shared"_qs), QVariant(u"from sync"_qs));
+    }
+
+    void outsideChangesArriveKeyByKey_data()
+    {
+        QTest::addColumn<bool>("bySecondStore");
+        QTest::newRow("file replaced") << false;
+        QTest::newRow("second store") << true;
+    }
+
+    void outsideChangesArriveKeyByKey()
+    {
+        QFETCH(bool, bySecondStore);
+        CloudKeyValueStore store(folder->path());
+        store.setObject(1, u"same"_qs);
+        store.setObject(2, u"changed"_qs);
+        store.setObject(3, u"removed"_qs);
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+
+        if (bySecondStore) {
+            CloudKeyValueStore other(folder->path());
+            other.setObject(20, u"changed"_qs);
+            other.removeObjectForKey(u"removed"_qs);
+            other.setObject(u"new"_qs, u"added"_qs);
+        } else {
+            writeFile(storePath(), plistOf({{u"same"_qs, 1},
+                                            {u"changed"_qs, 20},
+                                            {u"added"_qs, u"new"_qs}}));
+        }
+        // Changes may come in more than one notice; together they name each key once.
+        QStringList keys;
+        QElapsedTimer clock;
+        clock.start();
+        while (keys.size() < 3 && clock.elapsed() < 2000) {
+            if (spy.isEmpty() && !spy.wait(int(2000 - clock.elapsed())))
+                break;
+            while (!spy.isEmpty()) {
+                const QList<QVariant> notice = spy.takeFirst();
+                QCOMPARE(notice.at(0).toInt(), int(CloudKeyValueStore::ServerChange));
+                keys += notice.at(1).toStringList();
+            }
+        }
+        QCOMPARE(sorted(keys), (QStringList{u"added"_qs, u"changed"_qs, u"removed"_qs}));
+        QCOMPARE(store.objectForKey(u"changed"_qs), QVariant(qint64(20)));
+        QVERIFY(!store.objectForKey(u"removed"_qs).isValid());
+        QCOMPARE(store.objectForKey(u"added"_qs), QVariant(u"new"_qs));
+
+        // The watch follows the new file: a second outside change arrives as well.
+        writeFile(storePath(), plistOf({{u"same"_qs, 1}, {u"changed"_qs, 30}}));
+        QVERIFY(spy.wait(2000));
+        QCOMPARE(sorted(spy.last().at(1).toStringList()),
+                 (QStringList{u"added"_qs, u"changed"_qs}));
+        QCOMPARE(store.objectForKey(u"changed"_qs), QVariant(qint64(30)));
+    }
+
+    void ourOwnWritesAreNotOutsideChanges()
+    {
+        CloudKeyValueStore store(folder->path());
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        for (int i = 0; i < 5; ++i)
+            store.setObject(i, u"counter"_qs);
+        store.removeObjectForKey(u"counter"_qs);
+        store.setObject(u"x"_qs, u"last"_qs);
+        QVERIFY(store.synchronize());
+        // Longer than one poll, so both the watcher and the poll have had their turn.
+        QTest::qWait(1300);
+        QCOMPARE(spy.size(), 0);
+    }
+
+    void conflictCopiesAreMergedAndRemoved_data()
+    {
+        QTest::addColumn<QString>("copyName");
+        QTest::addColumn<bool>("beforeStart");
+        const QStringList names{
+            u"lutegrid-keyvalues.sync-conflict-20261121-101530-ABCDEFG.plist"_qs,
+            u"lutegrid-keyvalues (conflicted copy 2026-11-21 101530).plist"_qs,
+            u"lutegrid-keyvalues (Name's conflicted copy 2026-11-21).plist"_qs,
+        };
+        for (const QString &name : names) {
+            QTest::newRow(qPrintable(name + u" while running"_qs)) << name << false;
+            QTest::newRow(qPrintable(name + u" at start"_qs)) << name << true;
+        }
+    }
+
+    void conflictCopiesAreMergedAndRemoved()
+    {
+        QFETCH(QString, copyName);
+        QFETCH(bool, beforeStart);
+        const QString copyPath = QDir(folder->path()).filePath(copyName);
+        const QByteArray copy = plistOf({{u"kept"_qs, u"copy"_qs}, {u"fromCopy"_qs, 7}});
+        writeFile(storePath(), plistOf({{u"kept"_qs, u"main"_qs}}));
+        if (beforeStart)
+            writeFile(copyPath, copy);
+
+        CloudKeyValueStore store(folder->path());
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        if (!beforeStart) {
+            QTRY_COMPARE(spy.size(), 1);
+            writeFile(copyPath, copy);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(copyPath), 2000);
+        QTRY_COMPARE(spy.size(), 2);
+        QCOMPARE(spy.last().at(0).toInt(), int(CloudKeyValueStore::ServerChange));
+        QCOMPARE(spy.last().at(1).toStringList(), QStringList{u"fromCopy"_qs});
+        QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(u"main"_qs));
+        QCOMPARE(store.objectForKey(u"fromCopy"_qs), QVariant(qint64(7)));
+
+        const auto onDisk = PlistVariant::dictionaryFromData(readFile(storePath()));
+        QVERIFY(onDisk);
+        QCOMPARE(onDisk->value(u"fromCopy"_qs), QVariant(qint64(7)));
+        QCOMPARE(onDisk->value(u"kept"_qs), QVariant(u"main"_qs));
+    }
+
+    void otherFilesBesideTheStoreAreLeftAlone()
+    {
+        const QString other = QDir(folder->path()).filePath(u"lutegrid-keyvalues.plist.bak"_qs);
+        writeFile(other, plistOf({{u"x"_qs, 1}}));
+        CloudKeyValueStore store(folder->path());
+        QVERIFY(store.synchronize());
+        QVERIFY(QFile::exists(other));
+        QVERIFY(!store.objectForKey(u"x"_qs).isValid());
+    }
+
+    void unreadableFilesAreSurvived_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const QByteArray valid = plistOf(sampleValues());
+
+        QByteArray noise(4096, '\0');
+        QRandomGenerator random(7);
+        random.fillRange(reinterpret_cast<quint32 *>(noise.data()), noise.size() / 4);
+        QTest::newRow("noise") << noise;
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("magic only") << QByteArray("bplist00");
+        QTest::newRow("truncated") << valid.left(valid.size() / 2);
+        QTest::newRow("xml") << QByteArray("<?xml version=\"1.0\"?><plist><dict/></plist>");
+        QTest::newRow("array root") << PlistVariant::binaryData({}).value().replace(8, 1, "\xA0");
+
+        HandMadePlist cycle;
+        cycle.add(HandMadePlist::dict({1}, {0}));
+        cycle.add(HandMadePlist::ascii("k"));
+        QTest::newRow("cycle") << cycle.data(0);
+
+        // A hundred thousand nested arrays: deep enough to exhaust a recursive reader's stack.
+        HandMadePlist deep;
+        deep.add(HandMadePlist::dict({1}, {2}));
+        deep.add(HandMadePlist::ascii("k"));
+        const int levels = 100000;
+        for (int i = 0; i < levels; ++i)
+            deep.add(HandMadePlist::array({3 + i}));
+        deep.add(QByteArray(1, char(0x09)));
+        QTest::newRow("deep") << deep.data(0);
+
+        // Forty levels of arrays each naming the next twice: 2^40 nodes from a few hundred bytes.
+        HandMadePlist bomb;
+        bomb.add(HandMadePlist::dict({1}, {2}));
+        bomb.add(HandMadePlist::ascii("k"));
+        for (int i = 0; i < 40; ++i)
+            bomb.add(HandMadePlist::array({3 + i, 3 + i}));
+        bomb.add(QByteArray(1, char(0x09)));
+        QTest::newRow("expansion") << bomb.data(0);
+
+        QByteArray badTrailer = valid;
+        badTrailer[badTrailer.size() - 1] = char(0xFF); // offset table past the end
+        QTest::newRow("bad trailer") << badTrailer;
+    }
+
+    void unreadableFilesAreSurvived()
+    {
+        QFETCH(QByteArray, bytes);
+        writeFile(storePath(), bytes);
+        QElapsedTimer clock;
+        clock.start();
+        CloudKeyValueStore store(folder->path());
+        QVERIFY2(clock.elapsed() < 1000, "reading an unreadable file must not take long");
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        QVERIFY(!store.objectForKey(u"k"_qs).isValid());
+        QVERIFY(store.synchronize());
+        QTest::qWait(50);
+        QCOMPARE(spy.size(), 0);
+        // Not overwritten until a value is set; then the file is a proper store again.
+        QCOMPARE(readFile(storePath()), bytes);
+        store.setObject(1, u"fresh"_qs);
+        const auto onDisk = PlistVariant::dictionaryFromData(readFile(storePath()));
+        QVERIFY(onDisk);
+        QCOMPARE(*onDisk, (QVariantMap{{u"fresh"_qs, qint64(1)}}));
+    }
+
+    void anUnreadableRewriteKeepsWhatWeHold()
+    {
+        CloudKeyValueStore store(folder->path());
+        store.setObject(u"v"_qs, u"kept"_qs);
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        writeFile(storePath(), QByteArray("bplist00 half written"));
+        QTest::qWait(1200);
+        QCOMPARE(spy.size(), 0);
+        QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(u"v"_qs));
+        // Once the file is whole again its changes come through.
+        writeFile(storePath(), plistOf({{u"kept"_qs, u"w"_qs}}));
+        QVERIFY(spy.wait(2000));
+        QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(u"w"_qs));
+    }
+
+    void damagedFilesNeverCrashTheReader()
+    {
+        const QByteArray valid = plistOf(sampleValues());
+        QVERIFY(PlistVariant::dictionaryFromData(valid));
+        QRandomGenerator random(11);
+        int readable = 0;
+        for (int round = 0; round < 3000; ++round) {
+            QByteArray damaged = valid;
+            const int changes = 1 + int(random.bounded(4));
+            for (int i = 0; i < changes; ++i)
+                damaged[int(random.bounded(quint32(damaged.size())))] = char(random.bounded(256));
+            if (round % 10 == 0)
+                damaged.truncate(int(random.bounded(quint32(damaged.size()))));
+            readable += PlistVariant::dictionaryFromData(damaged) ? 1 : 0;
+        }
+        qDebug() << readable << "of 3000 damaged files were still readable";
+    }
+
+private:
+    QString storePath() const
+    {
+        return QDir(folder->path()).filePath(CloudKeyValueStore::fileName);
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+};
+
+LUTEGRID_TEST_MAIN(TestCloudKeyValueStore)
+#include "tst_cloudkeyvaluestore.moc"

@@ -1,0 +1,375 @@
+#include "library/cloudkeyvaluestore.h"
+#include "model/keyedarchive.h"
+#include "shell/saveddata.h"
+
+#include "testmain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QSaveFile>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace {
+
+const QString cloudKey = u"custchords"_qs;
+
+ChordShortcut custom(const QString &name, qint64 fret = 0)
+{
+    return ChordShortcut{name, QList<ColumnItemType>(6, ColumnItemType::note(fret)), true};
+}
+
+QStringList namesOf(const QList<ChordShortcut> &chords)
+{
+    QStringList names;
+    for (const ChordShortcut &chord : chords)
+        names.append(chord.name);
+    return names;
+}
+
+QStringList namesOf(const QList<RecentChord> &chords)
+{
+    QStringList names;
+    for (const RecentChord &chord : chords)
+        names.append(chord.name);
+    return names;
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    QVERIFY(file.commit());
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll();
+}
+
+} // namespace
+
+class TestSettings : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        folder = std::make_unique<QTemporaryDir>(
+            QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"settingsXXXXXX"_qs));
+        QVERIFY(folder->isValid());
+        cloud = std::make_unique<CloudKeyValueStore>(folder->filePath(u"cloud"_qs));
+    }
+
+    void cleanup()
+    {
+        cloud.reset();
+        folder.reset();
+    }
+
+    void anAbsentFileGivesTheStartValues()
+    {
+        const SavedData settings(dataPath(), cloud.get());
+        QCOMPARE(settings.defaultStringCount, 6);
+        QVERIFY(settings.saveCustomChordsLocally);
+        QCOMPARE(settings.customChordLimit, 50);
+        QVERIFY(!settings.recentChords);
+        QVERIFY(!settings.customChordShortcuts);
+        QVERIFY(!settings.lastReviewRequestDate);
+        QVERIFY(!settings.hideColHeaders);
+        QCOMPARE(settings.lastFretCount, 0);
+        QCOMPARE(settings.tabTagFileURL, folder->filePath(u"tabtag.plist"_qs));
+        QVERIFY(!QFile::exists(dataPath()));
+    }
+
+    void aFileFromBeforeAKeyExistedReadsZero()
+    {
+        writeFile(dataPath(), KeyedArchiver::archivedDataKeyedDirectly(
+                                  {{u"firsttabkey"_qs, ArchiveValue::fromBool(true)},
+                                   {u"lastrrtKey"_qs, ArchiveValue::fromReal(0.0)}}));
+        const SavedData settings(dataPath(), cloud.get());
+        QVERIFY(settings.createdFirstTab);
+        QCOMPARE(settings.defaultStringCount, 0);
+        // A stored 0 is no date.
+        QVERIFY(!settings.lastReviewRequestDate);
+        QVERIFY(settings.saveCustomChordsLocally);
+    }
+
+    void everyFieldSurvivesSaveAndLoad()
+    {
+        {
+            SavedData settings(dataPath(), cloud.get());
+            settings.createdFirstTab = true;
+            settings.tabCreateCount = 17;
+            settings.icloudOff = true;
+            settings.notesOnTab = true;
+            settings.hasTurnedICloudOff = true;
+            settings.recentChords = QList<RecentChord>{{u"Am"_qs, false}, {u"Mine"_qs, true}};
+            settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Mine"_qs, 3)};
+            settings.lastReviewRequestDate = 1'790'000'000.5;
+            settings.lastFretCount = 24;
+            settings.autoCursorAmount = 2;
+            settings.playSounds = true;
+            settings.defaultStringCount = 7;
+            settings.disableFlashNavArrows = true;
+            settings.hideColHeaders = true;
+            settings.freeScrollSetting = true;
+            settings.appearanceSetting = 2;
+            settings.toolsMarkedSeen = true;
+            // Run-only fields are not stored.
+            settings.toolsMarkedSeenTemporary = true;
+            settings.tagMapLoaded = true;
+            settings.save();
+        }
+        const SavedData loaded(dataPath(), cloud.get());
+        QVERIFY(loaded.createdFirstTab);
+        QCOMPARE(loaded.tabCreateCount, 17);
+        QVERIFY(loaded.icloudOff);
+        QVERIFY(loaded.notesOnTab);
+        QVERIFY(loaded.hasTurnedICloudOff);
+        QCOMPARE(loaded.recentChords,
+                 (QList<RecentChord>{{u"Am"_qs, false}, {u"Mine"_qs, true}}));
+        QVERIFY(loaded.customChordShortcuts);
+        QCOMPARE(loaded.customChordShortcuts->size(), 1);
+        QCOMPARE(loaded.customChordShortcuts->first().name, u"Mine"_qs);
+        QCOMPARE(loaded.customChordShortcuts->first().colItems, custom(u"Mine"_qs, 3).colItems);
+        QVERIFY(loaded.customChordShortcuts->first().isCustom);
+        QCOMPARE(loaded.lastReviewRequestDate, std::optional<double>(1'790'000'000.5));
+        QCOMPARE(loaded.lastFretCount, 24);
+        QCOMPARE(loaded.autoCursorAmount, 2);
+        QVERIFY(loaded.playSounds);
+        QCOMPARE(loaded.defaultStringCount, 7);
+        QVERIFY(loaded.disableFlashNavArrows);
+        QVERIFY(loaded.hideColHeaders);
+        QVERIFY(loaded.freeScrollSetting);
+        QCOMPARE(loaded.appearanceSetting, 2);
+        QVERIFY(loaded.toolsMarkedSeen);
+        QVERIFY(!loaded.toolsMarkedSeenTemporary);
+        QVERIFY(!loaded.tagMapLoaded);
+        // The local chords were the only copy, so this start pushed them to the cloud.
+        QVERIFY(loaded.saveCustomChordsLocally);
+        QCOMPARE(namesOf(loaded.loadCloudCustomChords()), QStringList{u"Mine"_qs});
+    }
+
+    void theFileUsesTheKeysOfTheSettingsTable()
+    {
+        SavedData settings(dataPath(), cloud.get());
+        settings.hideColHeaders = true;
+        settings.defaultStringCount = 5;
+        settings.save();
+        const auto top = KeyedUnarchiver::unarchivedTopLevel(readFile(dataPath()));
+        QVERIFY(top);
+        // The key says the opposite of the field: stored true means hidden.
+        QCOMPARE(top->value(u"showcolheaderskey").type(), ArchiveValue::Type::Bool);
+        QVERIFY(top->value(u"showcolheaderskey").toBool());
+        QCOMPARE(top->value(u"defaultstringcountkey").toInteger(), 5);
+        // Empty and absent lists and dates are not written at all.
+        QVERIFY(!top->contains(u"rcsck"));
+        QVERIFY(!top->contains(u"ccsck"));
+        QVERIFY(!top->contains(u"lastrrtKey"));
+        const QStringList keys{u"firsttabkey"_qs,      u"tabcreatecountkey"_qs, u"icloudakey"_qs,
+                               u"notk"_qs,             u"hasturnedicloudoff"_qs,
+                               u"lastfretcountkey"_qs, u"autocursoramntkey"_qs,
+                               u"playsoundskey"_qs,    u"flashnavkey"_qs,
+                               u"freescrollkey"_qs,    u"appearancekey"_qs,
+                               u"toolsseenkey"_qs};
+        for (const QString &key : keys)
+            QVERIFY2(top->contains(key), qPrintable(key));
+
+        writeFile(dataPath(), KeyedArchiver::archivedDataKeyedDirectly(
+                                  {{u"showcolheaderskey"_qs, ArchiveValue::fromBool(true)}}));
+        QVERIFY(SavedData(dataPath(), cloud.get()).hideColHeaders);
+    }
+
+    void recentChordsMoveToTheFront()
+    {
+        SavedData settings(dataPath(), cloud.get());
+        for (int i = 1; i <= 10; ++i)
+            QVERIFY(settings.addRecentChord(ChordShortcut{u"C%1"_qs.arg(i), {}, false}));
+        QCOMPARE(settings.recentChords->size(), 10);
+        QCOMPARE(settings.recentChords->first().name, u"C10"_qs);
+
+        // A new chord: still ten, the oldest gone.
+        QVERIFY(settings.addRecentChord(ChordShortcut{u"New"_qs, {}, false}));
+        QCOMPARE(settings.recentChords->size(), 10);
+        QCOMPARE(settings.recentChords->first().name, u"New"_qs);
+        QVERIFY(!namesOf(*settings.recentChords).contains(u"C1"_qs));
+
+        // Already first: no change.
+        const QList<RecentChord> before = *settings.recentChords;
+        QVERIFY(!settings.addRecentChord(ChordShortcut{u"New"_qs, {}, false}));
+        QCOMPARE(*settings.recentChords, before);
+
+        // From place 5 to the front, the length unchanged.
+        const QString fifth = settings.recentChords->at(4).name;
+        QVERIFY(settings.addRecentChord(ChordShortcut{fifth, {}, false}));
+        QCOMPARE(settings.recentChords->size(), 10);
+        QCOMPARE(settings.recentChords->first().name, fifth);
+        QCOMPARE(namesOf(*settings.recentChords).count(fifth), 1);
+        QCOMPARE(settings.recentChords->mid(1, 4), before.mid(0, 4));
+        QCOMPARE(settings.recentChords->mid(5), before.mid(5));
+
+        // The user's chord of the same name is another chord.
+        QVERIFY(settings.addRecentChord(ChordShortcut{fifth, {}, true}));
+        QCOMPARE(namesOf(*settings.recentChords).count(fifth), 2);
+        // Adding never writes by itself.
+        QVERIFY(!QFile::exists(dataPath()));
+    }
+
+    void customChordsKeepFifty()
+    {
+        SavedData settings(dataPath(), cloud.get());
+        for (int i = 1; i <= 50; ++i)
+            settings.saveCustomChord(custom(u"Chord%1"_qs.arg(i)));
+        QCOMPARE(settings.customChordShortcuts->size(), 50);
+        settings.addRecentChord(custom(u"Chord1"_qs));
+        settings.addRecentChord(ChordShortcut{u"Chord1"_qs, {}, false});
+        settings.save();
+
+        settings.saveCustomChord(custom(u"Chord51"_qs));
+        QCOMPARE(settings.customChordShortcuts->size(), 50);
+        QCOMPARE(settings.customChordShortcuts->first().name, u"Chord51"_qs);
+        QVERIFY(!namesOf(*settings.customChordShortcuts).contains(u"Chord1"_qs));
+        // The dropped chord leaves the recent list; the library chord of that name stays.
+        QCOMPARE(*settings.recentChords, (QList<RecentChord>{{u"Chord1"_qs, false}}));
+
+        // Both lists were stored: the file and the cloud.
+        const SavedData reloaded(dataPath(), nullptr);
+        QCOMPARE(*reloaded.recentChords, (QList<RecentChord>{{u"Chord1"_qs, false}}));
+        QCOMPARE(reloaded.customChordShortcuts->size(), 50);
+        QCOMPARE(settings.loadCloudCustomChords().size(), 50);
+        QCOMPARE(settings.loadCloudCustomChords().first().name, u"Chord51"_qs);
+    }
+
+    void editingTheNewestChordReplacesIt()
+    {
+        SavedData settings(dataPath(), cloud.get());
+        settings.saveCustomChord(custom(u"Old"_qs));
+        settings.saveCustomChord(custom(u"Mine"_qs, 2));
+        settings.saveCustomChord(custom(u"Mine"_qs, 5));
+        QCOMPARE(namesOf(*settings.customChordShortcuts), (QStringList{u"Mine"_qs, u"Old"_qs}));
+        QCOMPARE(settings.customChordShortcuts->first().colItems.first(), ColumnItemType::note(5));
+        QCOMPARE(settings.loadCloudCustomChords().first().colItems.first(),
+                 ColumnItemType::note(5));
+
+        settings.addRecentChord(custom(u"Old"_qs));
+        settings.deleteCustomChord(custom(u"Old"_qs));
+        QCOMPARE(namesOf(*settings.customChordShortcuts), QStringList{u"Mine"_qs});
+        QVERIFY(settings.recentChords->isEmpty());
+        QCOMPARE(namesOf(settings.loadCloudCustomChords()), QStringList{u"Mine"_qs});
+    }
+
+    void theCloudCopyWins()
+    {
+        {
+            SavedData settings(dataPath(), nullptr);
+            settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Local"_qs)};
+            settings.save();
+        }
+        cloud->setObject(QVariantList{custom(u"Cloud"_qs, 4).archivedData()}, cloudKey);
+
+        SavedData settings(dataPath(), cloud.get());
+        QCOMPARE(namesOf(*settings.customChordShortcuts), QStringList{u"Cloud"_qs});
+        QVERIFY(settings.customChordShortcuts->first().isCustom);
+        QVERIFY(!settings.saveCustomChordsLocally);
+
+        // Local chords are not written any more, not even after a change.
+        settings.saveCustomChord(custom(u"Another"_qs));
+        settings.save();
+        const auto top = KeyedUnarchiver::unarchivedTopLevel(readFile(dataPath()));
+        QVERIFY(top);
+        QVERIFY(!top->contains(u"ccsck"));
+        QCOMPARE(namesOf(settings.loadCloudCustomChords()),
+                 (QStringList{u"Another"_qs, u"Cloud"_qs}));
+    }
+
+    void aCloudEntryThatDoesNotDecodeEmptiesTheCloudList_data()
+    {
+        QTest::addColumn<QVariant>("badEntry");
+        QTest::newRow("garbage data") << QVariant(QByteArray("not an archive"));
+        QTest::newRow("no data") << QVariant(u"Cloud"_qs);
+        QTest::newRow("archive of another kind")
+            << QVariant(KeyedArchiver::archivedData(RecentChord{u"X"_qs, true}.toArchiveValue()));
+    }
+
+    void aCloudEntryThatDoesNotDecodeEmptiesTheCloudList()
+    {
+        QFETCH(QVariant, badEntry);
+        {
+            SavedData settings(dataPath(), nullptr);
+            settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Local"_qs)};
+            settings.save();
+        }
+        cloud->setObject(QVariantList{custom(u"Cloud"_qs).archivedData(), badEntry}, cloudKey);
+
+        const SavedData settings(dataPath(), cloud.get());
+        QCOMPARE(namesOf(*settings.customChordShortcuts), QStringList{u"Local"_qs});
+        QVERIFY(settings.saveCustomChordsLocally);
+        // The local list went to the cloud in place of the broken one.
+        QCOMPARE(namesOf(settings.loadCloudCustomChords()), QStringList{u"Local"_qs});
+    }
+
+    void theCloudChordsReachAnotherStart()
+    {
+        // What one start stores in the cloud, the next start takes from the file on disk.
+        {
+            SavedData settings(dataPath(), cloud.get());
+            settings.saveCustomChord(custom(u"Synced"_qs));
+        }
+        cloud.reset();
+        cloud = std::make_unique<CloudKeyValueStore>(folder->filePath(u"cloud"_qs));
+        QFile::remove(dataPath());
+        const SavedData settings(dataPath(), cloud.get());
+        QCOMPARE(namesOf(*settings.customChordShortcuts), QStringList{u"Synced"_qs});
+        QVERIFY(!settings.saveCustomChordsLocally);
+    }
+
+    void anUnreadableFileStartsOver_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<qint64>("stringCount");
+        QByteArray noise(2048, '\0');
+        QRandomGenerator random(3);
+        random.fillRange(reinterpret_cast<quint32 *>(noise.data()), noise.size() / 4);
+        QTest::newRow("noise") << noise << qint64(6);
+        QTest::newRow("empty") << QByteArray() << qint64(6);
+        QTest::newRow("text") << QByteArray("defaultstringcountkey = 8") << qint64(6);
+        const QByteArray archive = KeyedArchiver::archivedDataKeyedDirectly(
+            {{u"defaultstringcountkey"_qs, ArchiveValue::fromInteger(8)}});
+        QTest::newRow("truncated archive") << archive.left(archive.size() - 10) << qint64(6);
+        // An archive, but with none of the keys: every one reads as 0.
+        QTest::newRow("archive of an object")
+            << KeyedArchiver::archivedData(RecentChord{u"X"_qs, true}.toArchiveValue())
+            << qint64(0);
+    }
+
+    void anUnreadableFileStartsOver()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(qint64, stringCount);
+        writeFile(dataPath(), bytes);
+        SavedData settings(dataPath(), cloud.get());
+        QVERIFY(!settings.createdFirstTab);
+        QCOMPARE(settings.defaultStringCount, stringCount);
+        QVERIFY(!settings.recentChords);
+        settings.defaultStringCount = 8;
+        settings.save();
+        QCOMPARE(SavedData(dataPath(), cloud.get()).defaultStringCount, 8);
+    }
+
+private:
+    QString dataPath() const { return folder->filePath(u"data.plist"_qs); }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<CloudKeyValueStore> cloud;
+};
+
+LUTEGRID_TEST_MAIN(TestSettings)
+#include "tst_settings.moc"

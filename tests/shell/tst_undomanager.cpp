@@ -1,0 +1,176 @@
+#include "shell/lgundomanager.h"
+#include "shell/lutegriddocument.h"
+#include "testmain.h"
+
+#include <QDir>
+#include <QSignalSpy>
+
+// A tiny model edited the way the surface edits: each change registers its inverse, which
+// goes through the same operation and so registers the redo.
+struct Counter {
+    LgUndoManager *manager;
+    QList<int> values;
+
+    void set(int index, int value)
+    {
+        const int old = values[index];
+        values[index] = value;
+        manager->registerUndo([this, index, old] { set(index, old); });
+    }
+};
+
+class TestUndoManager : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void oneTurnIsOneStep();
+    void undoRedoRoundTrip();
+    void limitOfFiftyLevels();
+    void newEditClearsRedo();
+    void explicitGroupSpansTurns();
+    void groupingOffMakesEachRegistrationAStep();
+    void documentChangeCountFollows();
+};
+
+void TestUndoManager::oneTurnIsOneStep()
+{
+    LgUndoManager manager;
+    Counter model{&manager, {0, 0, 0}};
+    model.set(0, 1);
+    model.set(1, 2);
+    model.set(2, 3);
+    // The open group already counts: an undo in the same turn closes and undoes it.
+    QVERIFY(manager.canUndo());
+    QCoreApplication::processEvents();
+    model.set(0, 9);
+    QCoreApplication::processEvents();
+
+    manager.undo();
+    QCOMPARE(model.values, QList<int>({1, 2, 3}));
+    manager.undo();
+    QCOMPARE(model.values, QList<int>({0, 0, 0}));
+    QVERIFY(!manager.canUndo());
+    QVERIFY(manager.canRedo());
+}
+
+void TestUndoManager::undoRedoRoundTrip()
+{
+    LgUndoManager manager;
+    Counter model{&manager, {0, 0}};
+    model.set(0, 5);
+    model.set(1, 6);
+    manager.undo(); // in the same turn: the group is closed first
+    QCOMPARE(model.values, QList<int>({0, 0}));
+    QVERIFY(manager.canRedo());
+    manager.redo();
+    QCOMPARE(model.values, QList<int>({5, 6}));
+    QVERIFY(!manager.canRedo());
+    manager.undo();
+    manager.redo();
+    manager.undo();
+    QCOMPARE(model.values, QList<int>({0, 0}));
+    QVERIFY(!manager.canUndo());
+}
+
+void TestUndoManager::limitOfFiftyLevels()
+{
+    LgUndoManager manager;
+    Counter model{&manager, {0}};
+    for (int i = 1; i <= 51; ++i) {
+        model.set(0, i);
+        QCoreApplication::processEvents();
+    }
+    for (int i = 0; i < 50; ++i)
+        manager.undo();
+    // The first edit fell away: its value stays.
+    QCOMPARE(model.values[0], 1);
+    QVERIFY(!manager.canUndo());
+    for (int i = 0; i < 50; ++i)
+        manager.redo();
+    QCOMPARE(model.values[0], 51);
+    QVERIFY(!manager.canRedo());
+}
+
+void TestUndoManager::newEditClearsRedo()
+{
+    LgUndoManager manager;
+    Counter model{&manager, {0}};
+    model.set(0, 1);
+    QCoreApplication::processEvents();
+    manager.undo();
+    QVERIFY(manager.canRedo());
+    model.set(0, 2);
+    QVERIFY(!manager.canRedo());
+    QCoreApplication::processEvents();
+    manager.undo();
+    QCOMPARE(model.values[0], 0);
+}
+
+void TestUndoManager::explicitGroupSpansTurns()
+{
+    LgUndoManager manager;
+    Counter model{&manager, {0, 0}};
+    {
+        UndoGroupGuard guard(&manager);
+        model.set(0, 1);
+        QCoreApplication::processEvents(); // still open: the guard holds it
+        model.set(1, 1);
+    }
+    QCoreApplication::processEvents();
+    QCOMPARE(manager.groupingLevel(), 0);
+    manager.undo();
+    QCOMPARE(model.values, QList<int>({0, 0}));
+    QVERIFY(!manager.canUndo());
+}
+
+void TestUndoManager::groupingOffMakesEachRegistrationAStep()
+{
+    LgUndoManager manager;
+    manager.groupsByEvent = false;
+    Counter model{&manager, {0}};
+    model.set(0, 1);
+    model.set(0, 2);
+    manager.undo();
+    QCOMPARE(model.values[0], 1);
+    {
+        UndoGroupGuard guard(&manager);
+        model.set(0, 3);
+        model.set(0, 4);
+    }
+    manager.undo();
+    QCOMPARE(model.values[0], 1);
+}
+
+void TestUndoManager::documentChangeCountFollows()
+{
+    const QString path = QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"Count.lgrdi"_qs);
+    LutegridDocument document(path, TabData(u"Count"_qs));
+    QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
+    QCOMPARE(document.changeCount(), 0);
+    Counter model{document.undoManager(), {0, 0}};
+
+    model.set(0, 1);
+    model.set(1, 1);
+    QCOMPARE(document.changeCount(), 0); // the group is not complete yet
+    QCoreApplication::processEvents();
+    QCOMPARE(document.changeCount(), 1);
+    document.undoManager()->undo();
+    QCOMPARE(document.changeCount(), 0);
+    QVERIFY(!document.hasUnsavedChanges());
+    document.undoManager()->redo();
+    QCOMPARE(document.changeCount(), 1);
+
+    // Saved, then undone past the saved state: unsaved again, in the other direction.
+    QVERIFY(document.autosave());
+    QCOMPARE(document.changeCount(), 0);
+    document.undoManager()->undo();
+    QCOMPARE(document.changeCount(), -1);
+    QVERIFY(document.hasUnsavedChanges());
+    document.updateChangeCount(LutegridDocument::ChangeKind::Done); // the tempo, no undo step
+    QCOMPARE(document.changeCount(), 0);
+    QVERIFY(document.close());
+}
+
+LUTEGRID_TEST_MAIN(TestUndoManager)
+#include "tst_undomanager.moc"
