@@ -198,3 +198,19 @@ bool writeFileAtomically(const QString &path, const QByteArray &bytes, QString *
     }
     return true;
 }
+
+void removeStaleSaveTemporaries(const QString &path, int minimumAgeSeconds)
+{
+    const QFileInfo info(path);
+    const QDir dir = info.absoluteDir();
+    const QString prefix = TabFileNames::saveTempPrefix + info.fileName() + u'.';
+    const QDateTime limit = QDateTime::currentDateTime().addSecs(-minimumAgeSeconds);
+    const QStringList names = dir.entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QString &name : names) {
+        if (!name.startsWith(prefix) || !name.endsWith(TabFileNames::saveTempSuffix))
+            continue;
+        const QString tempPath = dir.filePath(name);
+        if (QFileInfo(tempPath).lastModified() < limit)
+            QFile::remove(tempPath);
+    }
+}

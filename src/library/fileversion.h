@@ -45,3 +45,6 @@ public:
 // Writes bytes to a file by way of a hidden temporary file in the same folder that is renamed
 // over it, so the file holds the old bytes or the new ones, whatever happens to the process.
 bool writeFileAtomically(const QString &path, const QByteArray &bytes, QString *error = nullptr);
+// Removes what writes to `path` left behind when their process died, once older than
+// `minimumAgeSeconds` (younger ones may belong to a save in progress elsewhere).
+void removeStaleSaveTemporaries(const QString &path, int minimumAgeSeconds = 60);

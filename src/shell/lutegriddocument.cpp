@@ -313,6 +313,7 @@ bool LutegridDocument::open()
     knownModified = stamp.modified;
     changes = 0;
     loadFromContents(*bytes);
+    removeStaleSaveTemporaries(path);
     startWatching();
     DocumentState next = state & ~DocumentState(Closed);
     if (!FileVersion::unresolvedConflictVersionsOfItemAtUrl(path).isEmpty())

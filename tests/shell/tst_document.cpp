@@ -447,6 +447,21 @@ void TestDocument::killedWhileSavingLeavesReadableTab()
         QCOMPARE(listed[0].tabPath, u"Loop.lgrdi"_qs);
     }
     qInfo() << "kills that left a temporary file:" << killedMidWrite;
+
+    // What the killed saves left is cleared away once it is old enough to be nobody's.
+    const QDateTime old = QDateTime::currentDateTime().addSecs(-120);
+    for (const QString &name : QDir(folder).entryList(QDir::Files | QDir::Hidden)) {
+        QFile file(QDir(folder).filePath(name));
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        file.setFileTime(old, QFileDevice::FileModificationTime);
+    }
+    const QString fresh = QDir(folder).filePath(u".~lg.Loop.lgrdi.young.tmp"_qs);
+    QVERIFY(writeFile(fresh, "in progress"));
+    LutegridDocument document(path, std::nullopt);
+    QVERIFY(document.open());
+    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
+             QStringList({u".~lg.Loop.lgrdi.young.tmp"_qs, u"Loop.lgrdi"_qs}));
+    document.close();
 }
 
 LUTEGRID_TEST_MAIN(TestDocument)
