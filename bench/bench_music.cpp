@@ -43,11 +43,13 @@ void benchChords()
     }
     const ChordShortcutLibrary &library = ChordShortcutLibrary::shared();
     qsizetype chordCount = 0;
-    const double all = bestOf([&] {
-        chordCount = 0;
-        for (const QStringList &tuning : tunings)
-            chordCount += library.chordsFor(tuning).size();
-    }, 20);
+    const double all = bestOf(
+        [&] {
+            chordCount = 0;
+            for (const QStringList &tuning : tunings)
+                chordCount += library.chordsFor(tuning).size();
+        },
+        20);
     double slowest = 0;
     for (const QStringList &tuning : tunings) {
         slowest = std::max(slowest, bestOf([&] { library.chordsFor(tuning); }, 20));
@@ -65,10 +67,12 @@ void benchShift(const TabData &tab)
 
     for (const int semitones : {1, -1, 7, -7}) {
         bool shifted = false;
-        const double time = bestOf([&] {
-            SelectionBox box(0, int(block.size()), 0, 6, 0);
-            shifted = helper.shiftSemitones(semitones, block, box).has_value();
-        }, 50);
+        const double time = bestOf(
+            [&] {
+                SelectionBox box(0, int(block.size()), 0, 6, 0);
+                shifted = helper.shiftSemitones(semitones, block, box).has_value();
+            },
+            50);
         char label[64];
         std::snprintf(label, sizeof label, "shiftSemitones %+d, 64x6%s", semitones,
                       shifted ? "" : " (refused)");
@@ -80,10 +84,12 @@ void benchShift(const TabData &tab)
     for (qsizetype c = 0; c < moving.size(); ++c)
         moving[c][c % 3] = ColumnItemType::note(c % 2);
     bool shifted = false;
-    const double time = bestOf([&] {
-        SelectionBox box(0, 64, 0, 3, 0);
-        shifted = helper.shiftSemitones(-2, moving, box).has_value();
-    }, 50);
+    const double time = bestOf(
+        [&] {
+            SelectionBox box(0, 64, 0, 3, 0);
+            shifted = helper.shiftSemitones(-2, moving, box).has_value();
+        },
+        50);
     printFigure(shifted ? "shiftSemitones -2, all moving" : "shiftSemitones -2 (refused)", time,
                 "ms");
 }
@@ -92,12 +98,14 @@ void benchSequence(const TabData &tab)
 {
     qsizetype events = 0;
     qsizetype evened = 0;
-    const double time = bestOf([&] {
-        SongSequence sequence(tab, QPointF(10, 500));
-        sequence.buildSongSequence(true);
-        events = sequence.songArray.size();
-        evened = sequence.songArrayWithEvenMeasures.size();
-    }, 10);
+    const double time = bestOf(
+        [&] {
+            SongSequence sequence(tab, QPointF(10, 500));
+            sequence.buildSongSequence(true);
+            events = sequence.songArray.size();
+            evened = sequence.songArrayWithEvenMeasures.size();
+        },
+        10);
     std::printf("buildSongSequence: %lld rows, %lld events, %lld evened\n",
                 static_cast<long long>(tab.tabRowDatas.size()), static_cast<long long>(events),
                 static_cast<long long>(evened));
@@ -108,11 +116,13 @@ void benchSequence(const TabData &tab)
     TabData uneven = tab;
     for (qsizetype r = 0; r < uneven.tabRowDatas.size(); r += 2)
         uneven.tabRowDatas[r].colDatas.remove(3, 3);
-    const double unevenTime = bestOf([&] {
-        SongSequence sequence(uneven, QPointF(10, 500));
-        sequence.buildSongSequence(true);
-        evened = sequence.songArrayWithEvenMeasures.size();
-    }, 10);
+    const double unevenTime = bestOf(
+        [&] {
+            SongSequence sequence(uneven, QPointF(10, 500));
+            sequence.buildSongSequence(true);
+            evened = sequence.songArrayWithEvenMeasures.size();
+        },
+        10);
     std::printf("uneven measures: %lld evened events\n", static_cast<long long>(evened));
     printFigure("buildSongSequence, uneven", unevenTime, "ms");
 }

@@ -19,7 +19,8 @@ ChordShortcut chord(const char16_t *name, QStringView items)
     return result;
 }
 
-QList<ChordShortcut> chords(std::initializer_list<std::pair<const char16_t *, const char16_t *>> rows)
+QList<ChordShortcut>
+chords(std::initializer_list<std::pair<const char16_t *, const char16_t *>> rows)
 {
     QList<ChordShortcut> list;
     list.reserve(qsizetype(rows.size()));
@@ -65,6 +66,7 @@ const ChordShortcutLibrary &ChordShortcutLibrary::shared()
 
 ChordShortcutLibrary::ChordShortcutLibrary() : allNotes(MusicNotes::allTexts())
 {
+    // clang-format off
     defaultChords = chords({
         {u"G", u"3 0 0 0 2 3"},       {u"C", u"0 1 0 2 3 -"},       {u"D", u"2 3 2 0 - -"},
         {u"A", u"0 2 2 2 0 -"},       {u"E", u"0 0 1 2 2 0"},       {u"B", u"2 4 4 4 2 -"},
@@ -103,12 +105,13 @@ ChordShortcutLibrary::ChordShortcutLibrary() : allNotes(MusicNotes::allTexts())
         {u"C#5", u"- - - 2 2 2"}, {u"D#5", u"- - - 4 4 4"}, {u"E5", u"- - - 5 5 5"},
         {u"A5", u"- - 5 5 3 -"},
     });
+    // clang-format on
 
     // Open A: the five upper strings barred over an unplayed bass, then all six with the bass
     // named. The names are the ones users know, slips at "G/C#" and "G#/D" included.
     static const char16_t *const slashNames[12] = {
-        u"A/E", u"A#/F", u"B/F#", u"C/G",  u"C#/G#", u"D/A",
-        u"D#/A#", u"E/B", u"F/C", u"G/C#", u"G#/D", u"G#/D#",
+        u"A/E",   u"A#/F", u"B/F#", u"C/G",  u"C#/G#", u"D/A",
+        u"D#/A#", u"E/B",  u"F/C",  u"G/C#", u"G#/D",  u"G#/D#",
     };
     for (int k = 0; k < 12; ++k) {
         ChordShortcut entry;
@@ -140,11 +143,11 @@ ChordShortcutLibrary::ChordShortcutLibrary() : allNotes(MusicNotes::allTexts())
     openGChords = barreTable(allNotes, root(u"G"));
 
     searchOrder = {
-        {&defaultChords, tuning(u"E A D G B E")},  {&ukuleleChords, tuning(u"G C E A")},
-        {&dropCChords, tuning(u"C G C F A D")},    {&dropBChords, tuning(u"B F# B E G# C#")},
-        {&openAChords, tuning(u"E A C# E A C#")},  {&openBChords, tuning(u"B F# B F# B D#")},
-        {&openCChords, tuning(u"C G C G C E")},    {&openDChords, tuning(u"D A D F# A D")},
-        {&openEChords, tuning(u"E B E G# B E")},   {&openFChords, tuning(u"F A C F C F")},
+        {&defaultChords, tuning(u"E A D G B E")}, {&ukuleleChords, tuning(u"G C E A")},
+        {&dropCChords, tuning(u"C G C F A D")},   {&dropBChords, tuning(u"B F# B E G# C#")},
+        {&openAChords, tuning(u"E A C# E A C#")}, {&openBChords, tuning(u"B F# B F# B D#")},
+        {&openCChords, tuning(u"C G C G C E")},   {&openDChords, tuning(u"D A D F# A D")},
+        {&openEChords, tuning(u"E B E G# B E")},  {&openFChords, tuning(u"F A C F C F")},
         {&openGChords, tuning(u"D G D G B D")},
     };
 }

@@ -19,8 +19,7 @@ struct ChordAlignment {
 // The built-in chord tables, each written for one reference tuning, and their re-fitting to the
 // tuning of a tab. No chord theory here: a tab gets the first table that shares four strings
 // with it, adapted string by string, followed by the user's own chords.
-class ChordShortcutLibrary
-{
+class ChordShortcutLibrary {
 public:
     static const ChordShortcutLibrary &shared();
 
@@ -55,8 +54,7 @@ public:
     ChordAlignment bestAlignment(const QStringList &stringNotes,
                                  const QStringList &reference) const;
     ChordShortcut fittedChord(const ChordShortcut &chord, const QStringList &stringNotes,
-                              const ChordAlignment &alignment,
-                              const QStringList &reference) const;
+                              const ChordAlignment &alignment, const QStringList &reference) const;
     ChordShortcut fittedCustomChord(const ChordShortcut &chord,
                                     const QStringList &stringNotes) const;
 

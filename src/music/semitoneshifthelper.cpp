@@ -103,8 +103,7 @@ SemitoneShiftHelper::shiftSemitones(int semitones, Block columns, SelectionBox &
     const int step = semitones < 0 ? 1 : -1;
     bool changed = false;
 
-    for (int i = semitones < 0 ? 0 : lastWalkedString; i >= 0 && i <= lastWalkedString;
-         i += step) {
+    for (int i = semitones < 0 ? 0 : lastWalkedString; i >= 0 && i <= lastWalkedString; i += step) {
         if (i < box.itemIndexStart || i > box.itemIndexEnd)
             continue;
         if (i >= stringCount) {
@@ -137,8 +136,8 @@ SemitoneShiftHelper::shiftSemitones(int semitones, Block columns, SelectionBox &
     return columns;
 }
 
-bool SemitoneShiftHelper::moveGroup(Block &columns, const NoteGroup &group, int string,
-                                    int column, int semitones, int boxStart, int boxEnd,
+bool SemitoneShiftHelper::moveGroup(Block &columns, const NoteGroup &group, int string, int column,
+                                    int semitones, int boxStart, int boxEnd,
                                     SelectionBox &box) const
 {
     const qsizetype n = group.notes.size();

@@ -19,8 +19,7 @@ struct NoteGroup {
 // Raises or lowers a block of columns by semitones. A note that runs out of frets moves to the
 // neighbouring string at the fret of the same pitch and pushes whatever stood there on, so the
 // phrase stays playable. Made for one operation; the block is worked on as a copy.
-class SemitoneShiftHelper
-{
+class SemitoneShiftHelper {
 public:
     // Each column is a list of items in top-to-bottom order, one per string.
     using Block = QList<QList<ColumnItemType>>;

@@ -1,11 +1,8 @@
 #include "selectionbox.h"
 
 SelectionBox::SelectionBox(int column, int columnCount, int item, int itemCount, int row)
-    : colIndexStart(column),
-      colIndexEnd(column + columnCount - 1),
-      itemIndexStart(item),
-      itemIndexEnd(item + itemCount - 1),
-      tabRowIndex(row)
+    : colIndexStart(column), colIndexEnd(column + columnCount - 1), itemIndexStart(item),
+      itemIndexEnd(item + itemCount - 1), tabRowIndex(row)
 {
 }
 

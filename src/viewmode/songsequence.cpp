@@ -160,9 +160,8 @@ void SongSequence::syncSongIndex(bool playbackByMeasure)
         return;
     }
     const SongSequenceEvent &previous = songArray[next - 1];
-    const qsizetype evened =
-        findEvent(songArrayWithEvenMeasures, previous.trIndex.value_or(-1),
-                  previous.colIndex.value_or(-1));
+    const qsizetype evened = findEvent(songArrayWithEvenMeasures, previous.trIndex.value_or(-1),
+                                       previous.colIndex.value_or(-1));
     if (evened >= 0)
         lastSongIndex = int(evened);
 }
@@ -179,8 +178,8 @@ std::optional<double> SongSequence::measureTickLength(qint64 playbackSpeed,
     return beat / double(ticksPerBeat);
 }
 
-double SongSequence::tickLength(const ViewModePlaybackOptions &options,
-                                bool evenMeasuresSuccessful, qint64 evenMeasureLength)
+double SongSequence::tickLength(const ViewModePlaybackOptions &options, bool evenMeasuresSuccessful,
+                                qint64 evenMeasureLength)
 {
     if (options.playbackByMeasure && evenMeasuresSuccessful) {
         if (const auto tick = measureTickLength(options.playbackSpeed, evenMeasureLength,
@@ -188,8 +187,7 @@ double SongSequence::tickLength(const ViewModePlaybackOptions &options,
             return *tick;
     }
     const double beat = 1.0 / (double(options.playbackSpeed) / 60.0);
-    return options.playbackColumnsInBeat >= 2 ? beat / double(options.playbackColumnsInBeat)
-                                              : beat;
+    return options.playbackColumnsInBeat >= 2 ? beat / double(options.playbackColumnsInBeat) : beat;
 }
 
 double SongSequence::tickLength(const ViewModePlaybackOptions &options) const

@@ -26,8 +26,7 @@ struct SongSequenceEvent {
 
 // The flat lists that playback walks, one event per tick, and the position in them. The tab
 // has no note lengths: timing comes only from where columns stand between bar lines.
-class SongSequence
-{
+class SongSequence {
 public:
     explicit SongSequence(TabData tabData,
                           std::optional<QPointF> lastHighlightIndex = std::nullopt);
@@ -62,13 +61,12 @@ public:
 
     // Seconds between two ticks when playing by measure: beat / (L / B), with L / B in whole
     // numbers. Nothing when B is 0 or below or L is smaller than B, which would divide by zero.
-    static std::optional<double> measureTickLength(qint64 playbackSpeed,
-                                                   qint64 evenMeasureLength,
+    static std::optional<double> measureTickLength(qint64 playbackSpeed, qint64 evenMeasureLength,
                                                    qint64 beatsPerMeasure);
     // Seconds between two ticks: by measure where that gives a value, else the columns in a
     // beat share it.
-    static double tickLength(const ViewModePlaybackOptions &options,
-                             bool evenMeasuresSuccessful, qint64 evenMeasureLength);
+    static double tickLength(const ViewModePlaybackOptions &options, bool evenMeasuresSuccessful,
+                             qint64 evenMeasureLength);
     double tickLength(const ViewModePlaybackOptions &options) const;
 
 private:

@@ -45,8 +45,7 @@ ChordShortcut custom(const QString &name, const char16_t *items)
 
 } // namespace
 
-class TestChordShortcutLibrary : public QObject
-{
+class TestChordShortcutLibrary : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -72,8 +71,7 @@ void TestChordShortcutLibrary::tablesAsWritten_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("items");
 
-    const auto row = [](const char *table, int index, const char16_t *name,
-                        const char16_t *items) {
+    const auto row = [](const char *table, int index, const char16_t *name, const char16_t *items) {
         QTest::addRow("%s %d", table, index)
             << QString::fromLatin1(table) << index << QString::fromUtf16(name)
             << QString::fromUtf16(items);
@@ -195,21 +193,21 @@ void TestChordShortcutLibrary::fitting_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("items");
 
-    QTest::newRow("drop D G rises on the bass") << notes(u"D A D G B E") << u"G"_qs
-                                                << u"3 0 0 0 2 5"_qs;
-    QTest::newRow("drop D A keeps its blank") << notes(u"D A D G B E") << u"A"_qs
-                                              << u"0 2 2 2 0 -"_qs;
+    QTest::newRow("drop D G rises on the bass")
+        << notes(u"D A D G B E") << u"G"_qs << u"3 0 0 0 2 5"_qs;
+    QTest::newRow("drop D A keeps its blank")
+        << notes(u"D A D G B E") << u"A"_qs << u"0 2 2 2 0 -"_qs;
     QTest::newRow("drop D Fm") << notes(u"D A D G B E") << u"Fm"_qs << u"1 1 1 3 3 3"_qs;
-    QTest::newRow("four strings keep the lowest four") << notes(u"E A D G") << u"G"_qs
-                                                       << u"0 0 2 3"_qs;
-    QTest::newRow("five strings lose the top strings") << notes(u"B E A D G") << u"C"_qs
-                                                       << u"0 2 3 - -"_qs;
-    QTest::newRow("seven strings blank the bass") << notes(u"B E A D G B E") << u"E"_qs
-                                                  << u"0 0 1 2 2 0 -"_qs;
-    QTest::newRow("eight strings blank two") << notes(u"F# B E A D G B E") << u"Gm"_qs
-                                             << u"3 3 3 5 5 3 - -"_qs;
-    QTest::newRow("unknown bass name is blank") << notes(u"Eb A D G B E") << u"G"_qs
-                                                << u"3 0 0 0 2 -"_qs;
+    QTest::newRow("four strings keep the lowest four")
+        << notes(u"E A D G") << u"G"_qs << u"0 0 2 3"_qs;
+    QTest::newRow("five strings lose the top strings")
+        << notes(u"B E A D G") << u"C"_qs << u"0 2 3 - -"_qs;
+    QTest::newRow("seven strings blank the bass")
+        << notes(u"B E A D G B E") << u"E"_qs << u"0 0 1 2 2 0 -"_qs;
+    QTest::newRow("eight strings blank two")
+        << notes(u"F# B E A D G B E") << u"Gm"_qs << u"3 3 3 5 5 3 - -"_qs;
+    QTest::newRow("unknown bass name is blank")
+        << notes(u"Eb A D G B E") << u"G"_qs << u"3 0 0 0 2 -"_qs;
     QTest::newRow("bass a tone too high for an open note")
         << notes(u"F# A D G B E") << u"E"_qs << u"0 0 1 2 2 -"_qs;
     QTest::newRow("bass a tone too high lowers a fretted note")
@@ -277,9 +275,9 @@ void TestChordShortcutLibrary::oneItemPerStringForEveryPreset()
     CloudKeyValueStore store(folder.path());
     SavedData saved(QDir(folder.path()).filePath(u"data.plist"_qs), &store);
     // Custom chords of every length are fitted too.
-    saved.customChordShortcuts = QList<ChordShortcut>{
-        custom(u"four"_qs, u"1 2 3 4"), custom(u"six"_qs, u"1 2 3 4 5 6"),
-        custom(u"eight"_qs, u"1 2 3 4 5 6 7 8")};
+    saved.customChordShortcuts =
+        QList<ChordShortcut>{custom(u"four"_qs, u"1 2 3 4"), custom(u"six"_qs, u"1 2 3 4 5 6"),
+                             custom(u"eight"_qs, u"1 2 3 4 5 6 7 8")};
 
     const ChordShortcutLibrary &library = ChordShortcutLibrary::shared();
     for (int strings = 4; strings <= 8; ++strings) {
@@ -311,8 +309,7 @@ void TestChordShortcutLibrary::customChordsFitByPosition()
     const ChordShortcut onEight = library.fittedCustomChord(six, notes(u"F# B E A D G B E"));
     QCOMPARE(itemsText(onEight), u"1 2 3 4 5 6 - -"_qs);
 
-    QCOMPARE(itemsText(library.fittedCustomChord(six, notes(u"E A D G B E"))),
-             u"1 2 3 4 5 6"_qs);
+    QCOMPARE(itemsText(library.fittedCustomChord(six, notes(u"E A D G B E"))), u"1 2 3 4 5 6"_qs);
 }
 
 void TestChordShortcutLibrary::savedCustomChordsComeLast()

@@ -13,11 +13,12 @@ namespace {
 
 const QStringList standardTuning = {u"E"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
 
-// A block written as the tab reads: one line per string, top line first, one token a column.
+// A block written as the tab reads: strings top first, separated by "/", one token a column.
 // "-" is a blank.
-Block blockFromLines(const QStringList &lines)
+Block blockOf(const QString &text)
 {
     Block columns;
+    const QStringList lines = text.split(u'/');
     const qsizetype columnCount = lines.first().split(u' ', Qt::SkipEmptyParts).size();
     columns.resize(columnCount);
     for (const QString &line : lines) {
@@ -28,18 +29,16 @@ Block blockFromLines(const QStringList &lines)
     return columns;
 }
 
-QStringList linesFromBlock(const Block &columns)
+QString textOf(const Block &columns)
 {
     QStringList lines;
-    if (columns.isEmpty())
-        return lines;
-    for (qsizetype s = 0; s < columns.first().size(); ++s) {
+    for (qsizetype s = 0; !columns.isEmpty() && s < columns.first().size(); ++s) {
         QStringList tokens;
         for (const auto &column : columns)
             tokens.append(column[s].isBlank() ? u"-"_qs : column[s].text());
         lines.append(tokens.join(u' '));
     }
-    return lines;
+    return lines.join(u" / ");
 }
 
 SelectionBox stringsBox(int first, int last)
@@ -50,8 +49,8 @@ SelectionBox stringsBox(int first, int last)
 // Sounding pitch as a semitone number: open strings of the tuning in their octaves.
 QList<int> openPitches(const QStringList &tuning)
 {
-    static const QStringList names = {u"C"_qs, u"C#"_qs, u"D"_qs, u"D#"_qs, u"E"_qs, u"F"_qs,
-                                      u"F#"_qs, u"G"_qs, u"G#"_qs, u"A"_qs, u"A#"_qs, u"B"_qs};
+    static const QStringList names = {u"C"_qs,  u"C#"_qs, u"D"_qs,  u"D#"_qs, u"E"_qs,  u"F"_qs,
+                                      u"F#"_qs, u"G"_qs,  u"G#"_qs, u"A"_qs,  u"A#"_qs, u"B"_qs};
     QList<int> pitches;
     int previous = -1;
     for (const QString &note : tuning) {
@@ -93,7 +92,7 @@ QList<QList<qint64>> pitchesByColumn(const Block &columns, const QStringList &tu
 ColumnItemType randomItem(QRandomGenerator &random)
 {
     static const Kind marks[] = {Kind::hammer, Kind::pull, Kind::slideUp, Kind::vibrato,
-                                 Kind::muted, Kind::bend, Kind::release};
+                                 Kind::muted,  Kind::bend, Kind::release};
     const int roll = int(random.bounded(100));
     if (roll < 45)
         return ColumnItemType::blank();
@@ -118,8 +117,7 @@ Block randomBlock(QRandomGenerator &random, int stringCount)
 
 } // namespace
 
-class TestSemitoneShift : public QObject
-{
+class TestSemitoneShift : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -138,132 +136,97 @@ private Q_SLOTS:
 
 void TestSemitoneShift::workedExample()
 {
-    Block block = blockFromLines({u"-"_qs, u"0"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs});
     SelectionBox box = stringsBox(1, 1);
-    const auto result = SemitoneShiftHelper(standardTuning).shiftSemitones(-1, block, box);
+    const auto result = SemitoneShiftHelper(standardTuning)
+                            .shiftSemitones(-1, blockOf(u"- / 0 / - / - / - / -"_qs), box);
     QVERIFY(result);
-    QCOMPARE(linesFromBlock(*result),
-             QStringList({u"-"_qs, u"-"_qs, u"3"_qs, u"-"_qs, u"-"_qs, u"-"_qs}));
+    QCOMPARE(textOf(*result), u"- / - / 3 / - / - / -"_qs);
     QCOMPARE(box.itemIndexStart, 1);
     QCOMPARE(box.itemIndexEnd, 2);
 }
 
 void TestSemitoneShift::shifts_data()
 {
-    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QString>("before");
     QTest::addColumn<int>("semitones");
     QTest::addColumn<int>("first");
     QTest::addColumn<int>("last");
-    QTest::addColumn<QStringList>("after");
+    QTest::addColumn<QString>("after");
 
-    const auto six = [](QString a, QString b, QString c, QString d, QString e, QString f) {
-        return QStringList{a, b, c, d, e, f};
+    const auto row = [](const char *name, const char16_t *before, int semitones, int first,
+                        int last, const char16_t *after) {
+        QTest::newRow(name) << QString::fromUtf16(before) << semitones << first << last
+                            << QString::fromUtf16(after);
     };
-
-    QTest::newRow("frets fall in place")
-        << six(u"- - -"_qs, u"1 5 12"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs) << -1
-        << 1 << 1
-        << six(u"- - -"_qs, u"0 4 11"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs);
-    QTest::newRow("fret 25 climbs a string")
-        << six(u"-"_qs, u"25"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs) << 1 << 1 << 1
-        << six(u"21"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs);
-    QTest::newRow("hammer-on moves whole although 7 fits")
-        << six(u"- - -"_qs, u"5 h 7"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs)
-        << -6 << 1 << 1
-        << six(u"- - -"_qs, u"- - -"_qs, u"3 h 5"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs);
-    QTest::newRow("adjacent notes are two groups")
-        << six(u"- -"_qs, u"5 7"_qs, u"- -"_qs, u"- -"_qs, u"- -"_qs, u"- -"_qs) << -6 << 1 << 1
-        << six(u"- -"_qs, u"- 1"_qs, u"3 -"_qs, u"- -"_qs, u"- -"_qs, u"- -"_qs);
-    QTest::newRow("vibrato closes its group")
-        << six(u"- - -"_qs, u"5 ~ 7"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs)
-        << -6 << 1 << 1
-        << six(u"- - -"_qs, u"- - 1"_qs, u"3 ~ -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs);
-    QTest::newRow("bend and release run as one group")
-        << six(u"- - - - -"_qs, u"7 b 9 r 7"_qs, u"- - - - -"_qs, u"- - - - -"_qs,
-               u"- - - - -"_qs, u"- - - - -"_qs)
-        << -8 << 1 << 1
-        << six(u"- - - - -"_qs, u"- - - - -"_qs, u"3 b 5 r 3"_qs, u"- - - - -"_qs,
-               u"- - - - -"_qs, u"- - - - -"_qs);
-    QTest::newRow("bar column splits and stays")
-        << six(u"- | -"_qs, u"5 | 9"_qs, u"- | -"_qs, u"- | -"_qs, u"- | -"_qs, u"- | -"_qs)
-        << -6 << 1 << 1
-        << six(u"- | -"_qs, u"- | 3"_qs, u"3 | -"_qs, u"- | -"_qs, u"- | -"_qs, u"- | -"_qs);
-    QTest::newRow("notes in the way are pushed on at their pitch")
-        << six(u"-"_qs, u"0"_qs, u"2"_qs, u"-"_qs, u"-"_qs, u"-"_qs) << -1 << 1 << 2
-        << six(u"-"_qs, u"-"_qs, u"3"_qs, u"6"_qs, u"-"_qs, u"-"_qs);
-    QTest::newRow("push chain runs down several strings")
-        << six(u"0"_qs, u"0"_qs, u"0"_qs, u"0"_qs, u"-"_qs, u"-"_qs) << -1 << 0 << 3
-        << six(u"-"_qs, u"4"_qs, u"3"_qs, u"4"_qs, u"4"_qs, u"-"_qs);
-    QTest::newRow("only the box's strings move")
-        << six(u"3"_qs, u"3"_qs, u"3"_qs, u"3"_qs, u"3"_qs, u"3"_qs) << 2 << 2 << 3
-        << six(u"3"_qs, u"3"_qs, u"5"_qs, u"5"_qs, u"3"_qs, u"3"_qs);
-    QTest::newRow("a leading mark takes the next note along")
-        << six(u"- - -"_qs, u"h 4 -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs) << 1
-        << 1 << 1
-        << six(u"- - -"_qs, u"h 5 -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs, u"- - -"_qs);
+    row("frets fall in place", u"- - - / 1 5 12 / - - - / - - - / - - - / - - -", -1, 1, 1,
+        u"- - - / 0 4 11 / - - - / - - - / - - - / - - -");
+    row("fret 25 climbs a string", u"- / 25 / - / - / - / -", 1, 1, 1, u"21 / - / - / - / - / -");
+    row("hammer-on moves whole although 7 fits", u"- - - / 5 h 7 / - - - / - - - / - - - / - - -",
+        -6, 1, 1, u"- - - / - - - / 3 h 5 / - - - / - - - / - - -");
+    row("adjacent notes are two groups", u"- - / 5 7 / - - / - - / - - / - -", -6, 1, 1,
+        u"- - / - 1 / 3 - / - - / - - / - -");
+    row("vibrato closes its group", u"- - - / 5 ~ 7 / - - - / - - - / - - - / - - -", -6, 1, 1,
+        u"- - - / - - 1 / 3 ~ - / - - - / - - - / - - -");
+    row("bend and release run as one group",
+        u"- - - - - / 7 b 9 r 7 / - - - - - / - - - - - / - - - - - / - - - - -", -8, 1, 1,
+        u"- - - - - / - - - - - / 3 b 5 r 3 / - - - - - / - - - - - / - - - - -");
+    row("bar column splits and stays", u"- | - / 5 | 9 / - | - / - | - / - | - / - | -", -6, 1, 1,
+        u"- | - / - | 3 / 3 | - / - | - / - | - / - | -");
+    row("notes in the way are pushed on at their pitch", u"- / 0 / 2 / - / - / -", -1, 1, 2,
+        u"- / - / 3 / 6 / - / -");
+    row("push chain runs down several strings", u"0 / 0 / 0 / 0 / - / -", -1, 0, 3,
+        u"- / 4 / 3 / 4 / 4 / -");
+    row("only the box's strings move", u"3 / 3 / 3 / 3 / 3 / 3", 2, 2, 3, u"3 / 3 / 5 / 5 / 3 / 3");
+    row("a leading mark takes the next note along",
+        u"- - - / h 4 - / - - - / - - - / - - - / - - -", 1, 1, 1,
+        u"- - - / h 5 - / - - - / - - - / - - - / - - -");
 }
 
 void TestSemitoneShift::shifts()
 {
-    QFETCH(QStringList, before);
+    QFETCH(QString, before);
     QFETCH(int, semitones);
     QFETCH(int, first);
     QFETCH(int, last);
-    QFETCH(QStringList, after);
+    QFETCH(QString, after);
 
     SelectionBox box = stringsBox(first, last);
     const auto result =
-        SemitoneShiftHelper(standardTuning).shiftSemitones(semitones, blockFromLines(before), box);
+        SemitoneShiftHelper(standardTuning).shiftSemitones(semitones, blockOf(before), box);
     QVERIFY(result);
-    QCOMPARE(linesFromBlock(*result), after);
+    QCOMPARE(textOf(*result), after);
 }
 
 void TestSemitoneShift::refusals_data()
 {
-    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QString>("before");
     QTest::addColumn<int>("semitones");
     QTest::addColumn<int>("first");
     QTest::addColumn<int>("last");
 
-    const QStringList empty = {u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs};
-    QStringList top25 = empty;
-    top25[0] = u"25"_qs;
-    QStringList low0 = empty;
-    low0[5] = u"0"_qs;
-    QStringList blocked = empty;
-    blocked[1] = u"0"_qs;
-    blocked[2] = u"x"_qs;
-    QStringList marksOnly = empty;
-    marksOnly[3] = u"h"_qs;
-    QStringList ontoEdge = empty;
-    ontoEdge[4] = u"0"_qs;
-    ontoEdge[5] = u"7"_qs;
-
-    QTest::newRow("no higher string") << top25 << 1 << 0 << 0;
-    QTest::newRow("no lower string") << low0 << -1 << 5 << 5;
-    QTest::newRow("a mark outside the box blocks") << blocked << -1 << 1 << 1;
-    QTest::newRow("nothing but marks") << marksOnly << 1 << 0 << 5;
-    QTest::newRow("nothing selected") << low0 << 1 << 0 << 4;
-    QTest::newRow("edge string must be free") << ontoEdge << -1 << 4 << 5;
+    QTest::newRow("no higher string") << u"25 / - / - / - / - / -"_qs << 1 << 0 << 0;
+    QTest::newRow("no lower string") << u"- / - / - / - / - / 0"_qs << -1 << 5 << 5;
+    QTest::newRow("a mark outside the box blocks") << u"- / 0 / x / - / - / -"_qs << -1 << 1 << 1;
+    QTest::newRow("nothing but marks") << u"- / - / - / h / - / -"_qs << 1 << 0 << 5;
+    QTest::newRow("nothing selected") << u"- / - / - / - / - / 0"_qs << 1 << 0 << 4;
+    QTest::newRow("edge string must be free") << u"- / - / - / - / 0 / 7"_qs << -1 << 4 << 5;
 }
 
 void TestSemitoneShift::refusals()
 {
-    QFETCH(QStringList, before);
+    QFETCH(QString, before);
     QFETCH(int, semitones);
     QFETCH(int, first);
     QFETCH(int, last);
 
     SelectionBox box = stringsBox(first, last);
-    QVERIFY(!SemitoneShiftHelper(standardTuning)
-                 .shiftSemitones(semitones, blockFromLines(before), box));
+    QVERIFY(!SemitoneShiftHelper(standardTuning).shiftSemitones(semitones, blockOf(before), box));
 
     // Malformed blocks are refused the same way.
     SelectionBox all = stringsBox(0, 5);
     const SemitoneShiftHelper helper(standardTuning);
     QVERIFY(!helper.shiftSemitones(1, Block(), all));
-    Block ragged = blockFromLines({u"1 1"_qs, u"1 1"_qs, u"1 1"_qs, u"1 1"_qs, u"1 1"_qs,
-                                   u"1 1"_qs});
+    Block ragged = blockOf(u"1 1 / 1 1 / 1 1 / 1 1 / 1 1 / 1 1"_qs);
     ragged[1].removeLast();
     QVERIFY(!helper.shiftSemitones(1, ragged, all));
 }
@@ -273,22 +236,19 @@ void TestSemitoneShift::boxWidensOnlyTowardsTheMove()
     const SemitoneShiftHelper helper(standardTuning);
 
     SelectionBox down = stringsBox(2, 3);
-    QVERIFY(helper.shiftSemitones(
-        -1, blockFromLines({u"-"_qs, u"-"_qs, u"5"_qs, u"0"_qs, u"-"_qs, u"-"_qs}), down));
+    QVERIFY(helper.shiftSemitones(-1, blockOf(u"- / - / 5 / 0 / - / -"_qs), down));
     QCOMPARE(down.itemIndexStart, 2);
     QCOMPARE(down.itemIndexEnd, 4);
 
     SelectionBox up = stringsBox(2, 3);
-    QVERIFY(helper.shiftSemitones(
-        3, blockFromLines({u"-"_qs, u"-"_qs, u"24"_qs, u"1"_qs, u"-"_qs, u"-"_qs}), up));
+    QVERIFY(helper.shiftSemitones(3, blockOf(u"- / - / 24 / 1 / - / -"_qs), up));
     QCOMPARE(up.itemIndexStart, 1);
     QCOMPARE(up.itemIndexEnd, 3);
 
     // Columns and headers are no business of the shift.
     up.colHeaderStart = 0;
     SelectionBox untouched = up;
-    QVERIFY(helper.shiftSemitones(
-        1, blockFromLines({u"-"_qs, u"-"_qs, u"2"_qs, u"-"_qs, u"-"_qs, u"-"_qs}), up));
+    QVERIFY(helper.shiftSemitones(1, blockOf(u"- / - / 2 / - / - / -"_qs), up));
     QCOMPARE(up, untouched);
 }
 
@@ -298,24 +258,21 @@ void TestSemitoneShift::shortTabsNeverReadPastTheirStrings()
     const SemitoneShiftHelper helper(bass);
 
     SelectionBox box(0, 2, 0, 4, 0);
-    const auto shifted =
-        helper.shiftSemitones(1, blockFromLines({u"1 -"_qs, u"- 2"_qs, u"3 -"_qs, u"- 4"_qs}), box);
+    const auto shifted = helper.shiftSemitones(1, blockOf(u"1 - / - 2 / 3 - / - 4"_qs), box);
     QVERIFY(shifted);
-    QCOMPARE(linesFromBlock(*shifted), QStringList({u"2 -"_qs, u"- 3"_qs, u"4 -"_qs, u"- 5"_qs}));
+    QCOMPARE(textOf(*shifted), u"2 - / - 3 / 4 - / - 5"_qs);
 
     // The lowest real string has no string below it.
     SelectionBox low(0, 1, 3, 1, 0);
-    QVERIFY(!helper.shiftSemitones(-1, blockFromLines({u"-"_qs, u"-"_qs, u"-"_qs, u"0"_qs}), low));
+    QVERIFY(!helper.shiftSemitones(-1, blockOf(u"- / - / - / 0"_qs), low));
 
     const SemitoneShiftHelper five({u"B"_qs, u"E"_qs, u"A"_qs, u"D"_qs, u"G"_qs});
     SelectionBox lowFive(0, 1, 4, 1, 0);
-    QVERIFY(!five.shiftSemitones(
-        -2, blockFromLines({u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"1"_qs}), lowFive));
+    QVERIFY(!five.shiftSemitones(-2, blockOf(u"- / - / - / - / 1"_qs), lowFive));
 
     // A box that names strings the tab lacks is refused, not read.
     SelectionBox tooTall(0, 1, 0, 6, 0);
-    QVERIFY(!helper.shiftSemitones(1, blockFromLines({u"-"_qs, u"-"_qs, u"-"_qs, u"1"_qs}),
-                                   tooTall));
+    QVERIFY(!helper.shiftSemitones(1, blockOf(u"- / - / - / 1"_qs), tooTall));
 }
 
 void TestSemitoneShift::unknownOpenNoteGivesMinusOne()
@@ -323,8 +280,8 @@ void TestSemitoneShift::unknownOpenNoteGivesMinusOne()
     // Top string tuned to a name that is no note: a note moved there has no fret of its own.
     const QStringList tuning = {u"E"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"Eb"_qs};
     SelectionBox box = stringsBox(1, 1);
-    const auto result = SemitoneShiftHelper(tuning).shiftSemitones(
-        1, blockFromLines({u"-"_qs, u"25"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs}), box);
+    const auto result =
+        SemitoneShiftHelper(tuning).shiftSemitones(1, blockOf(u"- / 25 / - / - / - / -"_qs), box);
     QVERIFY(result);
     // -1 there, then the walk reaches string 0 and adds the semitone.
     QCOMPARE(result->first().first(), ColumnItemType::note(0));
@@ -375,7 +332,7 @@ void TestSemitoneShift::pitchesSurviveEveryShift()
                                     .arg(semitones)
                                     .arg(first)
                                     .arg(last)
-                                    .arg(linesFromBlock(before).join(u'\n'));
+                                    .arg(textOf(before));
         const QByteArray where = context.toUtf8();
 
         QVERIFY2(box.itemIndexStart <= first && box.itemIndexEnd >= last, where.constData());
@@ -407,21 +364,16 @@ void TestSemitoneShift::lowStringsOfLongTabsStay()
     const QStringList eight = {u"F#"_qs, u"B"_qs, u"E"_qs, u"A"_qs,
                                u"D"_qs,  u"G"_qs, u"B"_qs, u"E"_qs};
     const SemitoneShiftHelper helper(eight);
-    const Block before = blockFromLines(
-        {u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"4"_qs, u"2"_qs, u"3"_qs, u"5"_qs});
+    const Block before = blockOf(u"- / - / - / - / 4 / 2 / 3 / 5"_qs);
 
     SelectionBox all = stringsBox(0, 7);
     const auto up = helper.shiftSemitones(1, before, all);
     QVERIFY(up);
-    QCOMPARE(linesFromBlock(*up), QStringList({u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"5"_qs,
-                                               u"3"_qs, u"3"_qs, u"5"_qs}));
+    QCOMPARE(textOf(*up), u"- / - / - / - / 5 / 3 / 3 / 5"_qs);
 
     // String 6 exists, yet it lies beyond the strings a note may move to.
     SelectionBox lowest = stringsBox(5, 5);
-    QVERIFY(!helper.shiftSemitones(
-        -1, blockFromLines({u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"-"_qs, u"0"_qs, u"-"_qs,
-                            u"-"_qs}),
-        lowest));
+    QVERIFY(!helper.shiftSemitones(-1, blockOf(u"- / - / - / - / - / 0 / - / -"_qs), lowest));
 }
 
 LUTEGRID_TEST_MAIN(TestSemitoneShift)

@@ -1,15 +1,13 @@
 #include "surface/selectionbox.h"
 #include "testmain.h"
 
-class TestSelectionBox : public QObject
-{
+class TestSelectionBox : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void counts_data();
     void counts();
     void cellFrame();
-    void equalityCoversEveryField();
 };
 
 void TestSelectionBox::counts_data()
@@ -67,22 +65,6 @@ void TestSelectionBox::cellFrame()
     // Widened by the caller's origin; the row itself plays no part.
     QCOMPARE(box.cellFrame(28.0, 20.0, 10.0, 50.0), QRectF(94.0, 70.0, 112.0, 40.0));
     QCOMPARE(box.cellFrame(28.0, 20.0, 0.0, 0.0), QRectF(84.0, 20.0, 112.0, 40.0));
-}
-
-void TestSelectionBox::equalityCoversEveryField()
-{
-    const SelectionBox base(1, 2, 3, 2, 4);
-    QCOMPARE(base, SelectionBox(1, 2, 3, 2, 4));
-    int SelectionBox::*fields[] = {
-        &SelectionBox::colIndexStart,  &SelectionBox::colIndexEnd,  &SelectionBox::itemIndexStart,
-        &SelectionBox::itemIndexEnd,   &SelectionBox::tabRowIndex,  &SelectionBox::colHeaderStart,
-        &SelectionBox::colHeaderEnd,
-    };
-    for (int SelectionBox::*field : fields) {
-        SelectionBox other = base;
-        ++(other.*field);
-        QVERIFY(!(other == base));
-    }
 }
 
 LUTEGRID_TEST_MAIN(TestSelectionBox)

@@ -60,8 +60,7 @@ SongSequence built(const TabData &tab, std::optional<QPointF> highlight = std::n
 
 } // namespace
 
-class TestSongSequence : public QObject
-{
+class TestSongSequence : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -124,8 +123,8 @@ void TestSongSequence::evening_data()
     QTest::newRow("3, 4 and 5") << QList<int>{3, 4, 5} << qint64(60) << true;
     QTest::newRow("6, 8 and 12") << QList<int>{6, 8, 12} << qint64(24) << true;
     QTest::newRow("one measure") << QList<int>{7} << qint64(0) << false;
-    QTest::newRow("99 over 40 measures") << QList<int>(20, 9) + QList<int>(20, 11) << qint64(99)
-                                         << true;
+    QTest::newRow("99 over 40 measures")
+        << QList<int>(20, 9) + QList<int>(20, 11) << qint64(99) << true;
 }
 
 void TestSongSequence::evening()
@@ -265,15 +264,14 @@ void TestSongSequence::syncSongIndex_data()
     QTest::newRow("no highlight") << tab << std::optional<QPointF>() << std::optional(3) << none;
     QTest::newRow("on a column") << tab << at(2, 0) << none << std::optional(1);
     QTest::newRow("before the first column") << tab << at(-1, 1) << none << std::optional(2);
-    QTest::newRow("on the opening bar") << tab << at(0, 0) << std::optional(4)
-                                        << std::optional(-1);
+    QTest::newRow("on the opening bar") << tab << at(0, 0) << std::optional(4) << std::optional(-1);
     QTest::newRow("on a middle bar") << tab << at(3, 0) << none << std::optional(1);
     QTest::newRow("on the closing bar keeps the old place")
         << tab << at(2, 1) << std::optional(2) << std::optional(2);
     QTest::newRow("past the row keeps the old place")
         << tab << at(9, 1) << std::optional(1) << std::optional(1);
-    QTest::newRow("nowhere at all") << tab << at(qQNaN(), 0) << std::optional(0)
-                                    << std::optional(0);
+    QTest::newRow("nowhere at all")
+        << tab << at(qQNaN(), 0) << std::optional(0) << std::optional(0);
 }
 
 void TestSongSequence::syncSongIndex()
@@ -322,24 +320,24 @@ void TestSongSequence::tickLength_data()
     QTest::addColumn<qint64>("measureLength");
     QTest::addColumn<double>("seconds");
 
-    QTest::newRow("60, one column a beat") << qint64(60) << qint64(1) << false << qint64(4)
-                                           << false << qint64(0) << 1.0;
-    QTest::newRow("120, two columns") << qint64(120) << qint64(2) << false << qint64(4) << false
-                                      << qint64(0) << 0.25;
-    QTest::newRow("80, four columns") << qint64(80) << qint64(4) << false << qint64(4) << false
-                                      << qint64(0) << 0.1875;
-    QTest::newRow("80, zero columns count as one") << qint64(80) << qint64(0) << false
-                                                   << qint64(4) << false << qint64(0) << 0.75;
-    QTest::newRow("by measure, 8 over 4") << qint64(60) << qint64(3) << true << qint64(4) << true
-                                          << qint64(8) << 0.5;
-    QTest::newRow("by measure, 12 over 4") << qint64(60) << qint64(1) << true << qint64(4)
-                                           << true << qint64(12) << 1.0 / 3.0;
+    QTest::newRow("60, one column a beat")
+        << qint64(60) << qint64(1) << false << qint64(4) << false << qint64(0) << 1.0;
+    QTest::newRow("120, two columns")
+        << qint64(120) << qint64(2) << false << qint64(4) << false << qint64(0) << 0.25;
+    QTest::newRow("80, four columns")
+        << qint64(80) << qint64(4) << false << qint64(4) << false << qint64(0) << 0.1875;
+    QTest::newRow("80, zero columns count as one")
+        << qint64(80) << qint64(0) << false << qint64(4) << false << qint64(0) << 0.75;
+    QTest::newRow("by measure, 8 over 4")
+        << qint64(60) << qint64(3) << true << qint64(4) << true << qint64(8) << 0.5;
+    QTest::newRow("by measure, 12 over 4")
+        << qint64(60) << qint64(1) << true << qint64(4) << true << qint64(12) << 1.0 / 3.0;
     QTest::newRow("by measure, 6 over 4 is whole ticks")
         << qint64(60) << qint64(1) << true << qint64(4) << true << qint64(6) << 1.0;
-    QTest::newRow("by measure, evening failed") << qint64(60) << qint64(2) << true << qint64(4)
-                                                << false << qint64(8) << 0.5;
-    QTest::newRow("by measure, no beats falls back") << qint64(60) << qint64(4) << true
-                                                     << qint64(0) << true << qint64(8) << 0.25;
+    QTest::newRow("by measure, evening failed")
+        << qint64(60) << qint64(2) << true << qint64(4) << false << qint64(8) << 0.5;
+    QTest::newRow("by measure, no beats falls back")
+        << qint64(60) << qint64(4) << true << qint64(0) << true << qint64(8) << 0.25;
     QTest::newRow("by measure, negative beats falls back")
         << qint64(60) << qint64(1) << true << qint64(-2) << true << qint64(8) << 1.0;
     QTest::newRow("by measure, fewer ticks than beats falls back")
