@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
 #include <QRandomGenerator>
 #include <QSaveFile>
 #include <QSignalSpy>
@@ -132,6 +133,28 @@ QStringList sorted(QStringList keys)
     keys.sort();
     return keys;
 }
+
+// Gathers the keys of outside-change notices until `count` keys came or two seconds passed.
+QStringList keysWithin2s(QSignalSpy &spy, qsizetype count)
+{
+    QStringList keys;
+    QElapsedTimer clock;
+    clock.start();
+    while (keys.size() < count && clock.elapsed() < 2000) {
+        if (spy.isEmpty() && !spy.wait(int(2000 - clock.elapsed())))
+            break;
+        while (!spy.isEmpty()) {
+            const QList<QVariant> notice = spy.takeFirst();
+            if (notice.at(0).toInt() != CloudKeyValueStore::ServerChange)
+                return {u"unexpected reason %1"_qs.arg(notice.at(0).toInt())};
+            keys += notice.at(1).toStringList();
+        }
+    }
+    keys.sort();
+    return keys;
+}
+
+const char childFolderVariable[] = "LUTEGRID_KV_CHILD_FOLDER";
 
 } // namespace
 
@@ -308,19 +331,7 @@ private Q_SLOTS:
                                             {u"added"_qs, u"new"_qs}}));
         }
         // Changes may come in more than one notice; together they name each key once.
-        QStringList keys;
-        QElapsedTimer clock;
-        clock.start();
-        while (keys.size() < 3 && clock.elapsed() < 2000) {
-            if (spy.isEmpty() && !spy.wait(int(2000 - clock.elapsed())))
-                break;
-            while (!spy.isEmpty()) {
-                const QList<QVariant> notice = spy.takeFirst();
-                QCOMPARE(notice.at(0).toInt(), int(CloudKeyValueStore::ServerChange));
-                keys += notice.at(1).toStringList();
-            }
-        }
-        QCOMPARE(sorted(keys), (QStringList{u"added"_qs, u"changed"_qs, u"removed"_qs}));
+        QCOMPARE(keysWithin2s(spy, 3), (QStringList{u"added"_qs, u"changed"_qs, u"removed"_qs}));
         QCOMPARE(store.objectForKey(u"changed"_qs), QVariant(qint64(20)));
         QVERIFY(!store.objectForKey(u"removed"_qs).isValid());
         QCOMPARE(store.objectForKey(u"added"_qs), QVariant(u"new"_qs));
@@ -331,6 +342,39 @@ private Q_SLOTS:
         QCOMPARE(sorted(spy.last().at(1).toStringList()),
                  (QStringList{u"added"_qs, u"changed"_qs}));
         QCOMPARE(store.objectForKey(u"changed"_qs), QVariant(qint64(30)));
+    }
+
+    void anotherProcessChangesTheStore()
+    {
+        CloudKeyValueStore store(folder->path());
+        store.setObject(1, u"removed"_qs);
+        store.setObject(2, u"kept"_qs);
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QString::fromLatin1(childFolderVariable), folder->path());
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(), {u"childProcessWrites"_qs});
+        QVERIFY(child.waitForFinished(20000));
+        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(child.exitCode(), 0);
+
+        QCOMPARE(keysWithin2s(spy, 2), (QStringList{u"child"_qs, u"removed"_qs}));
+        QCOMPARE(store.objectForKey(u"child"_qs), QVariant(u"written"_qs));
+        QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(qint64(2)));
+    }
+
+    // The second process of anotherProcessChangesTheStore.
+    void childProcessWrites()
+    {
+        const QString childFolder = qEnvironmentVariable(childFolderVariable);
+        if (childFolder.isEmpty())
+            QSKIP("runs only as the child of anotherProcessChangesTheStore");
+        CloudKeyValueStore store(childFolder);
+        QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(qint64(2)));
+        store.setObject(u"written"_qs, u"child"_qs);
+        store.removeObjectForKey(u"removed"_qs);
     }
 
     void ourOwnWritesAreNotOutsideChanges()
