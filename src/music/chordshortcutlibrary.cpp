@@ -196,37 +196,38 @@ QList<ChordShortcut> ChordShortcutLibrary::chordsFor(const QStringList &stringNo
 ChordAlignment ChordShortcutLibrary::bestAlignment(const QStringList &stringNotes,
                                                    const QStringList &reference) const
 {
+    // Each list competes with the best answer of the list one string shorter at the bottom, so
+    // the answers are built from the top string down. A tuning read from a file may be long:
+    // this stays linear in its length.
     const qsizetype n = stringNotes.size();
     if (n < 4)
         return {};
 
-    // The best answer that starts one string further up competes with this list's own.
-    ChordAlignment higher = bestAlignment(stringNotes.mid(1), reference);
+    // For each string, the first string at or above it whose name occurs in the reference.
+    QList<qsizetype> firstKnown(n + 1, n);
+    for (qsizetype k = n - 1; k >= 0; --k)
+        firstKnown[k] = reference.contains(stringNotes[k]) ? k : firstKnown[k + 1];
 
-    ChordAlignment own;
-    qsizetype r = -1;
-    for (qsizetype k = 0; k < n; ++k) {
-        if (r < 0) {
-            const qsizetype found = reference.indexOf(stringNotes[k]);
-            if (found < 0)
-                continue;
-            r = found;
-            own = {1, int(k), int(found)};
-            continue;
+    ChordAlignment best;
+    for (qsizetype start = n - 4; start >= 0; --start) {
+        ChordAlignment own;
+        const qsizetype k0 = firstKnown[start];
+        if (k0 < n) {
+            qsizetype r = reference.indexOf(stringNotes[k0]);
+            own = {1, int(k0 - start), int(r)};
+            // A mismatch costs only the count; the stretch goes on to the reference's end.
+            for (qsizetype k = k0 + 1; k < n && ++r < reference.size(); ++k) {
+                if (stringNotes[k] == reference[r])
+                    ++own.matchCount;
+            }
         }
-        ++r;
-        if (r >= reference.size())
-            break;
-        // A mismatch costs only the count; the stretch goes on.
-        if (stringNotes[k] == reference[r])
-            ++own.matchCount;
+        // The longer list, the one starting lower, wins ties.
+        if (own.matchCount < best.matchCount)
+            ++best.tabStart;
+        else
+            best = own;
     }
-
-    if (own.matchCount < higher.matchCount) {
-        ++higher.tabStart;
-        return higher;
-    }
-    return own;
+    return best;
 }
 
 ChordShortcut ChordShortcutLibrary::fittedChord(const ChordShortcut &chord,

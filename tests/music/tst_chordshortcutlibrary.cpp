@@ -173,6 +173,8 @@ void TestChordShortcutLibrary::alignment_data()
         << notes(u"E A C G B E") << standard << 5 << 0 << 0;
     QTest::newRow("unknown name matches nothing")
         << notes(u"Eb A D G B E") << standard << 5 << 1 << 1;
+    QTest::newRow("a tuning as long as a file may hold")
+        << QStringList(20000, u"X"_qs) + standard << standard << 6 << 20000 << 0;
     QTest::newRow("ukulele against guitar") << notes(u"G C E A") << standard << 2 << 0 << 3;
 }
 
