@@ -1,5 +1,6 @@
 #include "keyedarchive.h"
 
+#include "binaryplistwriter.h"
 #include "modellog.h"
 
 #include <QHash>
@@ -12,6 +13,7 @@
 namespace {
 
 const QString nsObjectsKey = u"NS.objects"_qs;
+const QString classKey = u"$class"_qs;
 
 struct PlistFree {
     void operator()(plist_t node) const { plist_free(node); }
@@ -35,42 +37,41 @@ bool isKeyedArchiveDictionary(const QString &className)
 class Writer
 {
 public:
-    Writer() : objects(plist_new_array())
-    {
-        plist_array_append_item(objects, plist_new_string("$null"));
-    }
-    ~Writer() { plist_free(objects); }
+    Writer() { objects.push_back(plist.string(u"$null"_qs)); }
 
-    QByteArray finish(plist_t top)
+    QByteArray finish(BinaryPlistWriter::Ref top)
     {
-        plist_t root = plist_new_dict();
-        plist_dict_set_item(root, "$version", plist_new_uint(100000));
-        plist_dict_set_item(root, "$archiver", plist_new_string("NSKeyedArchiver"));
-        plist_dict_set_item(root, "$top", top);
-        plist_dict_set_item(root, "$objects", objects);
-        objects = nullptr;
-        char *bytes = nullptr;
-        uint32_t length = 0;
-        plist_to_bin(root, &bytes, &length);
-        QByteArray result(bytes, qsizetype(length));
-        plist_to_bin_free(bytes);
-        plist_free(root);
-        return result;
+        const auto root = plist.dictionary({
+            {plist.string(u"$version"_qs), plist.integer(100000)},
+            {plist.string(u"$archiver"_qs), plist.string(u"NSKeyedArchiver"_qs)},
+            {plist.string(u"$top"_qs), top},
+            {plist.string(u"$objects"_qs), plist.array(objects)},
+        });
+        return plist.finish(root);
     }
 
     // A value as it stands in an object's fields: numbers and booleans inline, the rest by UID.
-    plist_t fieldNode(const ArchiveValue &value)
+    BinaryPlistWriter::Ref fieldNode(const ArchiveValue &value)
     {
         switch (value.type()) {
         case ArchiveValue::Type::Bool:
-            return plist_new_bool(value.toBool());
+            return plist.boolean(value.toBool());
         case ArchiveValue::Type::Integer:
-            return integerNode(value.toInteger());
+            return plist.integer(value.toInteger());
         case ArchiveValue::Type::Real:
-            return plist_new_real(value.toReal());
+            return plist.real(value.toReal());
         default:
-            return plist_new_uid(reference(value));
+            return plist.uid(reference(value));
         }
+    }
+
+    BinaryPlistWriter::Ref fieldsNode(const ArchiveFields &fields)
+    {
+        std::vector<std::pair<BinaryPlistWriter::Ref, BinaryPlistWriter::Ref>> entries;
+        entries.reserve(fields.size());
+        for (const auto &[key, field] : fields)
+            entries.emplace_back(plist.string(key), fieldNode(field));
+        return plist.dictionary(entries);
     }
 
     quint64 reference(const ArchiveValue &value)
@@ -81,104 +82,93 @@ public:
         case ArchiveValue::Type::String: {
             // Equal strings share one object: a tab repeats "—" thousands of times.
             const QString text = value.toString();
-            auto found = strings.constFind(text);
+            const auto found = strings.constFind(text);
             if (found != strings.constEnd())
                 return *found;
-            const quint64 uid = append(plist_new_string(text.toUtf8().constData()));
+            const quint64 uid = append(plist.string(text));
             strings.insert(text, uid);
             return uid;
         }
         case ArchiveValue::Type::Bool:
-            return append(plist_new_bool(value.toBool()));
+            return append(plist.boolean(value.toBool()));
         case ArchiveValue::Type::Integer:
-            return append(integerNode(value.toInteger()));
+            return append(plist.integer(value.toInteger()));
         case ArchiveValue::Type::Real:
-            return append(plist_new_real(value.toReal()));
-        case ArchiveValue::Type::Data: {
-            const QByteArray data = value.toData();
-            return append(plist_new_data(data.constData(), quint64(data.size())));
-        }
+            return append(plist.real(value.toReal()));
+        case ArchiveValue::Type::Data:
+            return append(plist.data(value.toData()));
         case ArchiveValue::Type::Array: {
-            plist_t dict = plist_new_dict();
-            const quint64 uid = append(dict);
-            plist_t elements = plist_new_array();
+            // The archive numbers a container before its contents, as the platform's does.
+            const quint64 uid = reserve();
+            std::vector<BinaryPlistWriter::Ref> elements;
+            elements.reserve(value.toArray().size());
             for (const ArchiveValue &element : value.toArray())
-                plist_array_append_item(elements, plist_new_uid(reference(element)));
-            plist_dict_set_item(dict, "NS.objects", elements);
-            plist_dict_set_item(dict, "$class",
-                                plist_new_uid(classReference({u"NSArray"_qs, u"NSObject"_qs})));
+                elements.push_back(plist.uid(reference(element)));
+            objects[uid] = plist.dictionary(
+                {{plist.string(nsObjectsKey), plist.array(elements)},
+                 {plist.string(classKey), classReference({u"NSArray"_qs, u"NSObject"_qs})}});
             return uid;
         }
         case ArchiveValue::Type::Dictionary: {
-            plist_t dict = plist_new_dict();
-            const quint64 uid = append(dict);
-            plist_t keys = plist_new_array();
-            plist_t objectsOfDict = plist_new_array();
+            const quint64 uid = reserve();
+            std::vector<BinaryPlistWriter::Ref> keys;
+            std::vector<BinaryPlistWriter::Ref> values;
             for (const auto &[key, element] : value.fields()) {
-                plist_array_append_item(keys,
-                                        plist_new_uid(reference(ArchiveValue::fromString(key))));
-                plist_array_append_item(objectsOfDict, plist_new_uid(reference(element)));
+                keys.push_back(plist.uid(reference(ArchiveValue::fromString(key))));
+                values.push_back(plist.uid(reference(element)));
             }
-            plist_dict_set_item(dict, "NS.keys", keys);
-            plist_dict_set_item(dict, "NS.objects", objectsOfDict);
-            plist_dict_set_item(
-                dict, "$class",
-                plist_new_uid(classReference({u"NSDictionary"_qs, u"NSObject"_qs})));
+            objects[uid] = plist.dictionary(
+                {{plist.string(u"NS.keys"_qs), plist.array(keys)},
+                 {plist.string(nsObjectsKey), plist.array(values)},
+                 {plist.string(classKey), classReference({u"NSDictionary"_qs, u"NSObject"_qs})}});
             return uid;
         }
         case ArchiveValue::Type::Object: {
-            plist_t dict = plist_new_dict();
-            const quint64 uid = append(dict);
+            const quint64 uid = reserve();
+            std::vector<std::pair<BinaryPlistWriter::Ref, BinaryPlistWriter::Ref>> entries;
+            entries.reserve(value.fields().size() + 1);
             for (const auto &[key, field] : value.fields())
-                plist_dict_set_item(dict, key.toUtf8().constData(), fieldNode(field));
-            plist_dict_set_item(dict, "$class", plist_new_uid(classReference(value.classes())));
+                entries.emplace_back(plist.string(key), fieldNode(field));
+            entries.emplace_back(plist.string(classKey), classReference(value.classes()));
+            objects[uid] = plist.dictionary(entries);
             return uid;
         }
         }
         return 0;
     }
 
-    plist_t fieldsNode(const ArchiveFields &fields)
+    BinaryPlistWriter::Ref rootTop(quint64 root)
     {
-        plist_t dict = plist_new_dict();
-        for (const auto &[key, field] : fields)
-            plist_dict_set_item(dict, key.toUtf8().constData(), fieldNode(field));
-        return dict;
+        return plist.dictionary({{plist.string(u"root"_qs), plist.uid(root)}});
     }
 
 private:
-    static plist_t integerNode(qint64 value)
+    quint64 append(BinaryPlistWriter::Ref ref)
     {
-        // Binary property lists keep negative integers as eight-byte two's complement,
-        // which is what libplist writes for the same bits.
-        return plist_new_uint(static_cast<uint64_t>(value));
+        objects.push_back(ref);
+        return objects.size() - 1;
     }
 
-    quint64 append(plist_t node)
-    {
-        plist_array_append_item(objects, node);
-        return count++;
-    }
+    quint64 reserve() { return append(0); }
 
     // One class description per class, however many objects use it.
-    quint64 classReference(const QStringList &chain)
+    BinaryPlistWriter::Ref classReference(const QStringList &chain)
     {
         auto found = classes.constFind(chain.first());
         if (found != classes.constEnd())
-            return *found;
-        plist_t dict = plist_new_dict();
-        plist_t names = plist_new_array();
+            return plist.uid(*found);
+        std::vector<BinaryPlistWriter::Ref> names;
         for (const QString &name : chain)
-            plist_array_append_item(names, plist_new_string(name.toUtf8().constData()));
-        plist_dict_set_item(dict, "$classes", names);
-        plist_dict_set_item(dict, "$classname", plist_new_string(chain.first().toUtf8().constData()));
-        const quint64 uid = append(dict);
+            names.push_back(plist.string(name));
+        const quint64 uid = append(plist.dictionary(
+            {{plist.string(u"$classes"_qs), plist.array(names)},
+             {plist.string(u"$classname"_qs), plist.string(chain.first())}}));
         classes.insert(chain.first(), uid);
-        return uid;
+        return plist.uid(uid);
     }
 
-    plist_t objects;
-    quint64 count = 1;
+    BinaryPlistWriter plist;
+    std::vector<BinaryPlistWriter::Ref> objects;
     QHash<QString, quint64> strings;
     QHash<QString, quint64> classes;
 };
@@ -326,6 +316,19 @@ private:
         }
     }
 
+    // An archive uses a handful of keys over and over: each becomes one shared QString.
+    QString keyString(const char *key)
+    {
+        for (const auto &[bytes, text] : keyStrings) {
+            if (bytes == key)
+                return text;
+        }
+        QString text = QString::fromUtf8(key);
+        if (keyStrings.size() < 64)
+            keyStrings.emplace_back(key, text);
+        return text;
+    }
+
     ArchiveFields fieldsOf(plist_t dict, int depth)
     {
         ArchiveFields fields;
@@ -341,7 +344,7 @@ private:
                 break;
             }
             if (std::strcmp(key, "$class") != 0 && !failed)
-                fields.emplace_back(QString::fromUtf8(key), inlineValue(value, depth));
+                fields.emplace_back(keyString(key), inlineValue(value, depth));
             free(key);
         }
         free(iter);
@@ -498,6 +501,7 @@ private:
     std::vector<ArchiveValue> resolved;
     std::vector<State> state;
     QHash<uint64_t, std::pair<QString, QStringList>> classCache;
+    std::vector<std::pair<std::string, QString>> keyStrings;
     bool failed = false;
 };
 
@@ -506,16 +510,14 @@ private:
 QByteArray KeyedArchiver::archivedData(const ArchiveValue &rootObject)
 {
     Writer writer;
-    plist_t top = plist_new_dict();
-    plist_dict_set_item(top, "root", plist_new_uid(writer.reference(rootObject)));
-    return writer.finish(top);
+    const quint64 root = writer.reference(rootObject);
+    return writer.finish(writer.rootTop(root));
 }
 
 QByteArray KeyedArchiver::archivedDataKeyedDirectly(const ArchiveFields &topLevel)
 {
     Writer writer;
-    plist_t top = writer.fieldsNode(topLevel);
-    return writer.finish(top);
+    return writer.finish(writer.fieldsNode(topLevel));
 }
 
 std::optional<ArchiveValue> KeyedUnarchiver::unarchivedRootObject(QByteArrayView bytes,

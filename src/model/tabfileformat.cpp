@@ -8,6 +8,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 Q_LOGGING_CATEGORY(lcModel, "lutegrid.model")
@@ -90,7 +91,31 @@ ArchiveValue encodeRow(const TabRowData &row)
                                  {u"lmkey"_qs, ArchiveValue::fromStringList(row.lyricLines)}});
 }
 
-std::optional<TabColumnData> decodeColumn(const ArchiveValue &value)
+// Equal cell texts are one shared string in a decoded archive, so the item read from a string's
+// data serves every cell that points at the same data. The decoded archive outlives the cache,
+// so no address it remembers is freed and reused meanwhile.
+class ItemCache
+{
+public:
+    ColumnItemType item(const QString &text)
+    {
+        Slot &slot = slots[(quintptr(text.constData()) >> 4) % slots.size()];
+        if (slot.data != text.constData() || slot.size != text.size()) {
+            slot = {text.constData(), text.size(), ColumnItemType::fromText(text)};
+        }
+        return slot.item;
+    }
+
+private:
+    struct Slot {
+        const QChar *data = nullptr;
+        qsizetype size = 0;
+        ColumnItemType item;
+    };
+    std::array<Slot, 64> slots;
+};
+
+std::optional<TabColumnData> decodeColumn(const ArchiveValue &value, ItemCache &cache)
 {
     if (!value.isObject())
         return std::nullopt;
@@ -102,13 +127,13 @@ std::optional<TabColumnData> decodeColumn(const ArchiveValue &value)
     for (const ArchiveValue &text : texts.toArray()) {
         if (!text.isString())
             return std::nullopt;
-        column.columnItems.append(ColumnItemType::fromText(text.toString()));
+        column.columnItems.append(cache.item(text.toString()));
     }
     column.chordName = value.value(u"chnmkey").stringValue();
     return column;
 }
 
-std::optional<TabRowData> decodeRow(const ArchiveValue &value)
+std::optional<TabRowData> decodeRow(const ArchiveValue &value, ItemCache &cache)
 {
     if (!value.isObject())
         return std::nullopt;
@@ -118,7 +143,7 @@ std::optional<TabRowData> decodeRow(const ArchiveValue &value)
     QList<TabColumnData> columns;
     columns.reserve(qsizetype(columnValues.toArray().size()));
     for (const ArchiveValue &columnValue : columnValues.toArray()) {
-        auto column = decodeColumn(columnValue);
+        auto column = decodeColumn(columnValue, cache);
         if (!column)
             return std::nullopt;
         columns.append(std::move(*column));
@@ -188,8 +213,9 @@ std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *er
         return fail(u"the tab has no rows"_qs);
     QList<TabRowData> rows;
     rows.reserve(qsizetype(rowValues.toArray().size()));
+    ItemCache cache;
     for (const ArchiveValue &rowValue : rowValues.toArray()) {
-        auto row = decodeRow(rowValue);
+        auto row = decodeRow(rowValue, cache);
         if (!row)
             return fail(u"a row of the tab is damaged"_qs);
         rows.append(std::move(*row));
