@@ -3,6 +3,8 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -23,6 +25,7 @@ class TestKeyedArchive : public QObject
 private Q_SLOTS:
     void roundTripOfEveryValueType();
     void writerSharesStringsAndClasses();
+    void anotherReaderReadsOurs();
     void readsForeignArchive();
     void readsKeyedDirectlyTopLevel();
     void readsNestedArchiveInData();
@@ -82,6 +85,49 @@ void TestKeyedArchive::writerSharesStringsAndClasses()
     QCOMPARE(bytes.count("Lutegrid.TabColumnData"), 1);
     QVERIFY2(bytes.size() < 14000, qPrintable(QString::number(bytes.size())));
     QCOMPARE(bytes.count("NSArray"), 1);
+}
+
+void TestKeyedArchive::anotherReaderReadsOurs()
+{
+    // Python's plistlib is an independent reader of binary property lists.
+    ArchiveArray cells;
+    for (int i = 0; i < 70000; ++i)
+        cells.push_back(ArchiveValue::fromString(QString::number(i % 300 - 5)));
+    const ArchiveValue root = ArchiveValue::object(
+        u"Lutegrid.TabColumnData"_qs,
+        {{u"colikey"_qs, ArchiveValue::fromArray(std::move(cells))},
+         {u"chnmkey"_qs, ArchiveValue::fromString(u"C\u266f\u2014\U0001F3B8 \u00e9"_qs)},
+         {u"neg"_qs, ArchiveValue::fromInteger(-40000000000)},
+         {u"real"_qs, ArchiveValue::fromReal(0.25)},
+         {u"flag"_qs, ArchiveValue::fromBool(true)},
+         {u"blob"_qs, ArchiveValue::fromData(QByteArray(300, 'x'))},
+         {u"none"_qs, ArchiveValue()}});
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"ours.plist"_qs);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(KeyedArchiver::archivedData(root));
+    file.close();
+
+    const char *script = R"(
+import plistlib, sys
+d = plistlib.load(open(sys.argv[1], 'rb'))
+o = d['$objects']
+assert d['$archiver'] == 'NSKeyedArchiver' and d['$version'] == 100000 and o[0] == '$null'
+r = o[d['$top']['root'].data]
+assert o[r['$class'].data]['$classname'] == 'Lutegrid.TabColumnData'
+cells = o[r['colikey'].data]['NS.objects']
+assert len(cells) == 70000 and o[cells[12].data] == '7' and o[cells[0].data] == '-5'
+assert o[r['chnmkey'].data] == 'C♯—🎸 é'
+assert r['neg'] == -40000000000 and r['real'] == 0.25 and r['flag'] is True
+assert o[r['blob'].data] == b'x' * 300 and r['none'].data == 0
+print('ok')
+)";
+    QProcess python;
+    python.start(u"python3"_qs, {u"-c"_qs, QString::fromUtf8(script), path});
+    QVERIFY(python.waitForFinished(30000));
+    QCOMPARE(python.readAllStandardError(), QByteArray());
+    QCOMPARE(python.readAllStandardOutput().trimmed(), QByteArray("ok"));
 }
 
 void TestKeyedArchive::readsForeignArchive()
