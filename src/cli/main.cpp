@@ -1,4 +1,5 @@
 #include "convert.h"
+#include "play.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -10,6 +11,7 @@ namespace {
 
 const char *usageText =
     "Usage: lutegrid-cli convert IN OUT [--notes-on-tab] [--no-lyrics] [--no-headers] [--no-tab]\n"
+    "       lutegrid-cli play FILE [--row R] [--tempo N]\n"
     "\n"
     "Converts a tab between its forms, chosen by each file's extension:\n"
     "  .lgrdi  a tab document, as the library keeps it\n"
@@ -24,7 +26,13 @@ const char *usageText =
     "  --no-headers    leave out chord names\n"
     "  --no-tab        leave out the tab lines\n"
     "\n"
-    "Exits 0 on success and prints nothing; on failure prints one line and exits 1.\n";
+    "play sounds a tab (.lgrdi or .lgrd) through the default sound output, column by column\n"
+    "at the tab's playback speed, and returns when the last note has rung out:\n"
+    "  --row R    start at row R, counting from 0 (default 0)\n"
+    "  --tempo N  N beats a minute instead of the tab's own\n"
+    "\n"
+    "convert exits 0 on success and prints nothing; on failure either command prints one line\n"
+    "and exits 1.\n";
 
 int usage(FILE *stream, int code)
 {
@@ -41,13 +49,15 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(u"Lutegrid"_qs);
 
     QCommandLineParser parser;
-    parser.addPositionalArgument(u"command"_qs, u"convert"_qs);
+    parser.addPositionalArgument(u"command"_qs, u"convert or play"_qs);
     const QCommandLineOption help({u"h"_qs, u"help"_qs}, u"Show this help."_qs);
     const QCommandLineOption notesOnTab(u"notes-on-tab"_qs, u"Note names."_qs);
     const QCommandLineOption noLyrics(u"no-lyrics"_qs, u"No lyrics."_qs);
     const QCommandLineOption noHeaders(u"no-headers"_qs, u"No chord names."_qs);
     const QCommandLineOption noTab(u"no-tab"_qs, u"No tab lines."_qs);
-    parser.addOptions({help, notesOnTab, noLyrics, noHeaders, noTab});
+    const QCommandLineOption row(u"row"_qs, u"First row."_qs, u"R"_qs);
+    const QCommandLineOption tempo(u"tempo"_qs, u"Beats a minute."_qs, u"N"_qs);
+    parser.addOptions({help, notesOnTab, noLyrics, noHeaders, noTab, row, tempo});
     if (!parser.parse(QCoreApplication::arguments())) {
         std::fprintf(stderr, "lutegrid-cli: %s\n", qPrintable(parser.errorText()));
         return usage(stderr, 2);
@@ -63,6 +73,24 @@ int main(int argc, char *argv[])
         options.showColumnHeaders = !parser.isSet(noHeaders);
         options.showTabContent = !parser.isSet(noTab);
         const QString error = convertTabFile(arguments[1], arguments[2], options);
+        if (!error.isEmpty()) {
+            std::fprintf(stderr, "lutegrid-cli: %s\n", qPrintable(error));
+            return 1;
+        }
+        return 0;
+    }
+    if (arguments.size() == 2 && arguments[0] == u"play") {
+        PlayOptions options;
+        bool ok = true;
+        if (parser.isSet(row))
+            options.row = parser.value(row).toInt(&ok);
+        if (ok && parser.isSet(tempo))
+            options.tempo = parser.value(tempo).toLongLong(&ok);
+        if (!ok) {
+            std::fputs("lutegrid-cli: --row and --tempo take whole numbers\n", stderr);
+            return usage(stderr, 2);
+        }
+        const QString error = playTabFile(arguments[1], options);
         if (!error.isEmpty()) {
             std::fprintf(stderr, "lutegrid-cli: %s\n", qPrintable(error));
             return 1;

@@ -24,18 +24,32 @@ inline double hzOfPosition(int position)
     return 27.5 * std::pow(2.0, position / 12.0);
 }
 
-// Amplitude of the component at hz: a full-scale sine gives 1.
-inline double amplitudeAt(const float *x, qsizetype n, int rate, double hz)
+inline std::vector<double> hannWindowed(const float *x, qsizetype n)
+{
+    std::vector<double> out(std::size_t(std::max<qsizetype>(n, 0)));
+    for (qsizetype i = 0; i < n; ++i) {
+        const double window = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * double(i) / double(n));
+        out[std::size_t(i)] = double(x[i]) * window;
+    }
+    return out;
+}
+
+inline double windowedAmplitudeAt(const std::vector<double> &windowed, int rate, double hz)
 {
     const std::complex<double> turn = std::polar(1.0, -2.0 * std::numbers::pi * hz / rate);
     std::complex<double> phasor = 1.0;
     std::complex<double> sum = 0.0;
-    for (qsizetype i = 0; i < n; ++i) {
-        const double window = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * double(i) / double(n));
-        sum += double(x[i]) * window * phasor;
+    for (const double value : windowed) {
+        sum += value * phasor;
         phasor *= turn;
     }
-    return 4.0 * std::abs(sum) / double(n);
+    return 4.0 * std::abs(sum) / double(windowed.size());
+}
+
+// Amplitude of the component at hz: a full-scale sine gives 1.
+inline double amplitudeAt(const float *x, qsizetype n, int rate, double hz)
+{
+    return windowedAmplitudeAt(hannWindowed(x, n), rate, hz);
 }
 
 struct Peak {
@@ -48,21 +62,24 @@ struct Peak {
 // The strongest frequency within rangeCents of hz, to a tenth of a cent.
 inline Peak peakNear(const float *x, qsizetype n, int rate, double hz, double rangeCents = 60.0)
 {
+    const std::vector<double> windowed = hannWindowed(x, n);
+    auto probe = [&](double c) {
+        const double at = hz * std::pow(2.0, c / 1200.0);
+        return std::pair(at, windowedAmplitudeAt(windowed, rate, at));
+    };
     Peak best;
     double bestCents = 0.0;
-    for (double c = -rangeCents; c <= rangeCents; c += 1.0) {
-        const double probe = hz * std::pow(2.0, c / 1200.0);
-        const double amplitude = amplitudeAt(x, n, rate, probe);
+    for (double c = -rangeCents; c <= rangeCents + 0.01; c += 2.0) {
+        const auto [at, amplitude] = probe(c);
         if (amplitude > best.amplitude) {
-            best = {probe, amplitude, std::abs(c) >= rangeCents - 0.5};
+            best = {at, amplitude, std::abs(c) >= rangeCents - 0.01};
             bestCents = c;
         }
     }
-    for (double c = bestCents - 1.0; c <= bestCents + 1.0; c += 0.1) {
-        const double probe = hz * std::pow(2.0, c / 1200.0);
-        const double amplitude = amplitudeAt(x, n, rate, probe);
+    for (double c = bestCents - 2.0; c <= bestCents + 2.0; c += 0.1) {
+        const auto [at, amplitude] = probe(c);
         if (amplitude > best.amplitude) {
-            best.hz = probe;
+            best.hz = at;
             best.amplitude = amplitude;
         }
     }
