@@ -11,8 +11,7 @@ class LutegridDocument;
 
 // What the conflict dialog does with the user's choice: row 0 keeps the current file, rows 1
 // to n take one version, and the last row keeps everything, each version as a tab of its own.
-class ConflictResolver
-{
+class ConflictResolver {
 public:
     ConflictResolver(QList<FileVersion> fileVersions, LutegridDocument *document);
 

@@ -126,9 +126,9 @@ QString FileVersion::newConflictCopyPath(const QString &path, const QDateTime &w
     const qsizetype dot = name.lastIndexOf(u'.');
     const QString stem = dot > 0 ? name.left(dot) : name;
     const QString extension = dot > 0 ? name.mid(dot) : QString();
-    return info.absoluteDir().filePath(stem + u".sync-conflict-"_qs
-                                       + when.toString(u"yyyyMMdd-HHmmss"_qs) + u'-'
-                                       + randomDeviceMark() + extension);
+    return info.absoluteDir().filePath(stem + u".sync-conflict-"_qs +
+                                       when.toString(u"yyyyMMdd-HHmmss"_qs) + u'-' +
+                                       randomDeviceMark() + extension);
 }
 
 bool FileVersion::replaceItemAtUrl(const QString &target, QString *error) const
@@ -166,9 +166,8 @@ bool writeFileAtomically(const QString &path, const QByteArray &bytes, QString *
 {
     const QFileInfo info(path);
     const QString tempPath = info.absoluteDir().filePath(
-        TabFileNames::saveTempPrefix + info.fileName() + u'.'
-        + QString::number(QRandomGenerator::global()->generate(), 36)
-        + TabFileNames::saveTempSuffix);
+        TabFileNames::saveTempPrefix + info.fileName() + u'.' +
+        QString::number(QRandomGenerator::global()->generate(), 36) + TabFileNames::saveTempSuffix);
     QFile temp(tempPath);
     if (!temp.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         if (error)

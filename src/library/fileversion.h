@@ -9,8 +9,7 @@
 // A version of a tab that lost a conflict: a copy that a sync client (or our own save, on
 // finding the file changed under it) left beside the file. Resolving a version removes the
 // copy, so a version nobody resolved is reported again.
-class FileVersion
-{
+class FileVersion {
 public:
     // The copy's path.
     QString url;

@@ -36,8 +36,8 @@ void iCloudManager::placeKeyValueStore()
 {
     // The key-value store travels with the synced folder whatever the tab location, as the
     // custom chords do; without one it stays on this machine.
-    CloudKeyValueStore::shared().setFolder(currentiCloudToken.value_or(
-        AppPaths::libraryDirectory()));
+    CloudKeyValueStore::shared().setFolder(
+        currentiCloudToken.value_or(AppPaths::libraryDirectory()));
 }
 
 void iCloudManager::iCloudAccountAvailabilityChanged()

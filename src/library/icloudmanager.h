@@ -9,8 +9,7 @@
 // Decides which folder holds the tabs: "Documents" in the folder that the user's sync client
 // keeps in step across machines, or "Local" in the document folder. The synced folder is the
 // setting "cloudfolderkey"; while it is set and exists there is a cloud identity.
-class iCloudManager : public QObject
-{
+class iCloudManager : public QObject {
     Q_OBJECT
 
 public:

@@ -32,8 +32,8 @@ QString tabPathForEntry(QStringView entryName)
 bool isTemporaryName(QStringView name)
 {
     static constexpr QStringView prefixes[] = {u"~", u".~", u".#", u".syncthing.", u".dropbox"};
-    static constexpr QStringView suffixes[] = {u".tmp",     u".temp", u".part", u".partial",
-                                               u".filepart", u".crdownload", u".swp", u"~"};
+    static constexpr QStringView suffixes[] = {u".tmp",      u".temp",       u".part", u".partial",
+                                               u".filepart", u".crdownload", u".swp",  u"~"};
     for (QStringView prefix : prefixes) {
         if (name.startsWith(prefix))
             return true;
@@ -57,8 +57,8 @@ bool isTabEntryName(QStringView name)
         if (!name.endsWith(placeholderSuffix))
             return false;
         const QString tabPath = tabPathForEntry(name);
-        return !tabPath.isEmpty() && !tabPath.startsWith(u'.') && tabPath.contains(tabMarker)
-               && !FileVersion::conflictCopyOrigin(tabPath);
+        return !tabPath.isEmpty() && !tabPath.startsWith(u'.') && tabPath.contains(tabMarker) &&
+               !FileVersion::conflictCopyOrigin(tabPath);
     }
     return !FileVersion::conflictCopyOrigin(name);
 }

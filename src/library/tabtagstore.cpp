@@ -29,7 +29,7 @@ QByteArray TabTagStore::localFileData(const TagMap &map)
 }
 
 std::optional<TabTagStore::TagMap> TabTagStore::tagMapFromLocalFileData(QByteArrayView bytes,
-                                                                       bool *innerError)
+                                                                        bool *innerError)
 {
     if (innerError)
         *innerError = false;
@@ -132,10 +132,9 @@ void TabTagStore::setTabTags(const QString &name, const QStringList &tags)
 {
     TagMap map = currentTagMap();
     const QStringList present = map.value(name);
-    const bool same = present.size() == tags.size()
-                      && std::all_of(tags.cbegin(), tags.cend(), [&](const QString &tag) {
-                             return present.contains(tag);
-                         });
+    const bool same = present.size() == tags.size() &&
+                      std::all_of(tags.cbegin(), tags.cend(),
+                                  [&](const QString &tag) { return present.contains(tag); });
     if (same)
         return;
     map.insert(name, tags);

@@ -14,8 +14,7 @@ class SavedData;
 // The folder labels: a map from a tab's plain name to its labels. Each storage location has a
 // store of its own, chosen by SavedData::icloudOff at every call: the key-value store that
 // travels with the synced folder, or "tabtag.plist" in the library folder, read once.
-class TabTagStore
-{
+class TabTagStore {
 public:
     using TagMap = QMap<QString, QStringList>;
 
@@ -41,7 +40,7 @@ public:
     // Nothing if the outer archive is unreadable; an inner archive that isn't a map of lists
     // of strings gives `innerError`.
     static std::optional<TagMap> tagMapFromLocalFileData(QByteArrayView bytes,
-                                                        bool *innerError = nullptr);
+                                                         bool *innerError = nullptr);
 
 private:
     TagMap cloudTagMap() const;

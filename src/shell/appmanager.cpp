@@ -201,11 +201,11 @@ void AppManager::pruneActiveDocs(const QStringList &urls)
         LutegridDocument *document = it.value();
         it = activeDocUrls.erase(it);
         // Ours and idle: nobody else holds it. One that is open lives on with its editor.
-        const bool stillHeld = std::find(activeDocUrls.cbegin(), activeDocUrls.cend(),
-                                         document) != activeDocUrls.cend();
-        if (document && document->parent() == this && !stillHeld
-            && document->documentState().testFlag(LutegridDocument::Closed)
-            && !document->changeListener)
+        const bool stillHeld = std::find(activeDocUrls.cbegin(), activeDocUrls.cend(), document) !=
+                               activeDocUrls.cend();
+        if (document && document->parent() == this && !stillHeld &&
+            document->documentState().testFlag(LutegridDocument::Closed) &&
+            !document->changeListener)
             document->deleteLater();
     }
 }
@@ -329,8 +329,8 @@ void AppManager::requestReviewIfDue()
 {
     SavedData &settings = SavedData::shared();
     const double now = double(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
-    if (settings.lastReviewRequestDate
-        && now - *settings.lastReviewRequestDate < reviewRequestInterval)
+    if (settings.lastReviewRequestDate &&
+        now - *settings.lastReviewRequestDate < reviewRequestInterval)
         return;
     if (existingTabPaths.size() < reviewRequestMinimumTabs)
         return;

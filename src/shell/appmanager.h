@@ -17,8 +17,7 @@ class LutegridDocument;
 
 // The one process-wide coordinator: which tabs exist in the storage folder, which documents
 // are alive, which list screen hears of changes, and how a new tab is named and made.
-class AppManager : public QObject
-{
+class AppManager : public QObject {
     Q_OBJECT
 
 public:

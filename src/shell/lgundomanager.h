@@ -9,8 +9,7 @@
 // Undo by closures: each edit registers the closure that performs its inverse, and the inverse,
 // run while undoing, registers the redo the same way. All registrations of one turn of the
 // event loop form one group, undone and redone as one step.
-class LgUndoManager : public QObject
-{
+class LgUndoManager : public QObject {
     Q_OBJECT
 
 public:
@@ -65,8 +64,7 @@ private:
 };
 
 // Keeps the registrations of a multi-step operation in one group, however it returns.
-class UndoGroupGuard
-{
+class UndoGroupGuard {
 public:
     explicit UndoGroupGuard(LgUndoManager *manager) : manager(manager)
     {

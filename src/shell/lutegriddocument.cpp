@@ -56,7 +56,10 @@ struct Stamp {
         return {info.size(), info.lastModified().toMSecsSinceEpoch()};
 #endif
     }
-    bool exists() const { return size >= 0; }
+    bool exists() const
+    {
+        return size >= 0;
+    }
 };
 
 std::optional<QByteArray> readAll(const QString &path)
@@ -78,8 +81,7 @@ LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData
     autosaveTimer.setSingleShot(true);
     connect(&autosaveTimer, &QTimer::timeout, this, [this] { autosave(); });
     connect(&pollTimer, &QTimer::timeout, this, &LutegridDocument::checkFile);
-    connect(this, &LutegridDocument::documentStateChanged, this,
-            &LutegridDocument::docStateChange);
+    connect(this, &LutegridDocument::documentStateChanged, this, &LutegridDocument::docStateChange);
     connect(undo, &LgUndoManager::changed, this, [this](LgUndoManager::Change change) {
         switch (change) {
         case LgUndoManager::Change::Done:
@@ -157,8 +159,8 @@ void LutegridDocument::scheduleAutosave()
     if (!firstUnsavedChange.isValid())
         firstUnsavedChange.start();
     const qint64 left = autosaveMaximumDelay - firstUnsavedChange.elapsed();
-    autosaveTimer.start(int(std::clamp<qint64>(std::min<qint64>(autosaveDelay, left), 0,
-                                               autosaveMaximumDelay)));
+    autosaveTimer.start(
+        int(std::clamp<qint64>(std::min<qint64>(autosaveDelay, left), 0, autosaveMaximumDelay)));
 }
 
 bool LutegridDocument::autosave()
@@ -219,13 +221,13 @@ bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
             // What lies there now and is not what this document last saw is someone else's
             // work: it stays as a conflict version rather than being overwritten.
             const Stamp disk = Stamp::of(target);
-            const bool known = target == path && disk.size == knownSize
-                               && disk.modified == knownModified;
+            const bool known =
+                target == path && disk.size == knownSize && disk.modified == knownModified;
             if (disk.exists() && !known) {
                 const auto current = readAll(target);
                 const QByteArray currentHash = current ? contentHash(*current) : QByteArray();
-                if (current && (target != path || currentHash != baseHash)
-                    && currentHash != contentHash(*bytes)) {
+                if (current && (target != path || currentHash != baseHash) &&
+                    currentHash != contentHash(*bytes)) {
                     keepAsConflictVersion(*current, QFileInfo(target).lastModified());
                 }
             }

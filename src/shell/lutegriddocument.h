@@ -18,8 +18,7 @@ class QFileSystemWatcher;
 
 // The editor that shows a document: it hands over the surface's rows before each save and
 // hears of reloads and conflicts.
-class DocumentChangeListener
-{
+class DocumentChangeListener {
 public:
     virtual ~DocumentChangeListener() = default;
     // The rows being edited, which are newer than the model's while a tab is open.
@@ -33,8 +32,7 @@ public:
 // process) are noticed while the document is open: a document with no unsaved changes takes
 // them in, one with unsaved changes keeps the outside version as a conflict version, so that
 // the user chooses and nothing is lost.
-class LutegridDocument : public QObject
-{
+class LutegridDocument : public QObject {
     Q_OBJECT
 
 public:

@@ -9,8 +9,7 @@
 #include <optional>
 
 // What the application manager asks of a tab list screen.
-class TabsListScreen
-{
+class TabsListScreen {
 public:
     virtual ~TabsListScreen() = default;
     // A scan's result, or nothing when the storage folder isn't known or can't be had.
@@ -21,8 +20,7 @@ public:
 
 // One window, as the application manager sees it. Windows join the registry of AppManager when
 // they are made and leave it when they go, in the platform's window order.
-class SceneWindow
-{
+class SceneWindow {
 public:
     enum class TopScreen { Other, TabsList, Folders };
 

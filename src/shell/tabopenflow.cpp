@@ -2,8 +2,8 @@
 
 #include "analytics.h"
 #include "appmanager.h"
-#include "lutegriddocument.h"
 #include "library/tabfilenames.h"
+#include "lutegriddocument.h"
 
 #include <QDir>
 
@@ -41,8 +41,8 @@ TabOpenFlow::Outcome TabOpenFlow::openRound(const QString &fileName)
 
     if (LutegridDocument *existing = manager.activeDocUrls.value(fileName)) {
         const auto state = existing->documentState();
-        if (!state.testFlag(LutegridDocument::Closed)
-            || state.testFlag(LutegridDocument::ProgressAvailable)) {
+        if (!state.testFlag(LutegridDocument::Closed) ||
+            state.testFlag(LutegridDocument::ProgressAvailable)) {
             ++tabOpenStatusCheckerCount;
             screen->setActivity(true);
             if (tabOpenStatusCheckerCount >= standbyRound && !standbyDialogShown) {

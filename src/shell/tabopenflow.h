@@ -9,8 +9,7 @@
 class LutegridDocument;
 
 // What a list screen does for the open flow.
-class TabOpenFlowScreen
-{
+class TabOpenFlowScreen {
 public:
     virtual ~TabOpenFlowScreen() = default;
     // The folder the list is about, if known.
@@ -27,8 +26,7 @@ public:
 // Opening a tab from a list. A document still busy from its last use (open in another window,
 // or saving) is waited for in rounds of 0.2 s, with a standby dialog from the 18th round.
 // The timer is the flow's own; tests and screens may run a round themselves.
-class TabOpenFlow : public QObject
-{
+class TabOpenFlow : public QObject {
     Q_OBJECT
 
 public:

@@ -39,8 +39,7 @@ void writeFile(const QString &path, const QByteArray &bytes, const QDateTime &da
 
 } // namespace
 
-class TestConflicts : public QObject
-{
+class TestConflicts : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -114,8 +113,7 @@ void TestConflicts::takeVersion()
     resolver.confirmSelection(2);
     QCOMPARE(fileBytes(path), chosen);
     QCOMPARE(reloaded.size(), 1);
-    QCOMPARE(document->tabData->tabRowDatas[0].colDatas[0].columnItems[0],
-             ColumnItemType::note(2));
+    QCOMPARE(document->tabData->tabRowDatas[0].colDatas[0].columnItems[0], ColumnItemType::note(2));
     QCOMPARE(document->tabData->title, u"Song"_qs);
     QVERIFY(document->unresolvedConflictVersions().isEmpty());
     QVERIFY(!document->documentState().testFlag(LutegridDocument::InConflict));
@@ -125,8 +123,8 @@ void TestConflicts::keepAll()
 {
     const QByteArray before = fileBytes(path);
     // A file already bearing the first version's name: the version gets a counter.
-    const QString taken =
-        QDir(folder).filePath(u"Song "_qs + ConflictResolver::fileNameDateText(first) + u".lgrdi"_qs);
+    const QString taken = QDir(folder).filePath(
+        u"Song "_qs + ConflictResolver::fileNameDateText(first) + u".lgrdi"_qs);
     writeFile(taken, "taken");
     ConflictResolver resolver(document->unresolvedConflictVersions(), document.get());
     resolver.confirmSelection(3);
@@ -137,10 +135,12 @@ void TestConflicts::keepAll()
         u"Song "_qs + ConflictResolver::fileNameDateText(first) + u" 2.lgrdi"_qs);
     const QString secondCopy = QDir(folder).filePath(
         u"Song "_qs + ConflictResolver::fileNameDateText(second) + u".lgrdi"_qs);
-    QCOMPARE(tabDataFromDocumentData(fileBytes(firstCopy))->tabRowDatas[0].colDatas[0]
-                 .columnItems[0], ColumnItemType::note(3));
-    QCOMPARE(tabDataFromDocumentData(fileBytes(secondCopy))->tabRowDatas[0].colDatas[0]
-                 .columnItems[0], ColumnItemType::note(2));
+    QCOMPARE(
+        tabDataFromDocumentData(fileBytes(firstCopy))->tabRowDatas[0].colDatas[0].columnItems[0],
+        ColumnItemType::note(3));
+    QCOMPARE(
+        tabDataFromDocumentData(fileBytes(secondCopy))->tabRowDatas[0].colDatas[0].columnItems[0],
+        ColumnItemType::note(2));
     QCOMPARE(fileBytes(taken), QByteArray("taken"));
 
     // The library lists the new tabs, and the copies are gone.

@@ -44,8 +44,7 @@ struct Library {
 
 } // namespace
 
-class TestLabels : public QObject
-{
+class TestLabels : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -80,8 +79,7 @@ void TestLabels::operations()
     QCOMPARE(store.allTagNames(), QStringList({u"Beach"_qs, u"rock"_qs}));
 
     store.moveTabTags(u"Song"_qs, u"Other"_qs, {u"jazz"_qs});
-    QCOMPARE(store.currentTagMap(),
-             TagMap({{u"Other"_qs, {u"jazz"_qs}}, {u"Bare"_qs, {}}}));
+    QCOMPARE(store.currentTagMap(), TagMap({{u"Other"_qs, {u"jazz"_qs}}, {u"Bare"_qs, {}}}));
 
     store.setTabTags(u"A"_qs, {u"x"_qs, u"y"_qs, u"x"_qs, u"z"_qs});
     store.setTabTags(u"B"_qs, {u"x"_qs});
@@ -148,8 +146,8 @@ void TestLabels::unreadableLocalFile_data()
         {{u"localtgmpKey"_qs, ArchiveValue::fromData("junk")}});
     QTest::newRow("inner holds a number") << KeyedArchiver::archivedDataKeyedDirectly(
         {{u"localtgmpKey"_qs,
-          ArchiveValue::fromData(KeyedArchiver::archivedData(ArchiveValue::fromDictionary(
-              {{u"Song"_qs, ArchiveValue::fromInteger(3)}})))}});
+          ArchiveValue::fromData(KeyedArchiver::archivedData(
+              ArchiveValue::fromDictionary({{u"Song"_qs, ArchiveValue::fromInteger(3)}})))}});
     QTest::newRow("entry missing") << KeyedArchiver::archivedDataKeyedDirectly(
         {{u"other"_qs, ArchiveValue::fromString(u"x"_qs)}});
 }

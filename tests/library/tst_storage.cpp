@@ -9,8 +9,7 @@
 #include <QDir>
 #include <QSignalSpy>
 
-class TestStorage : public QObject
-{
+class TestStorage : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -44,12 +43,12 @@ void TestStorage::entryNames_data()
         << u"Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs << false << QString();
     QTest::newRow("nextcloud copy")
         << u"Song (conflicted copy 2026-11-21 101530).lgrdi"_qs << false << QString();
-    QTest::newRow("dropbox copy")
-        << u"Song (Name's conflicted copy 2026-11-21).lgrdi"_qs << false << QString();
+    QTest::newRow("dropbox copy") << u"Song (Name's conflicted copy 2026-11-21).lgrdi"_qs << false
+                                  << QString();
     QTest::newRow("copy placeholder")
         << u".Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi.icloud"_qs << false << QString();
-    QTest::newRow("parentheses in a name") << u"Song (live).lgrdi"_qs << true
-                                           << u"Song (live).lgrdi"_qs;
+    QTest::newRow("parentheses in a name")
+        << u"Song (live).lgrdi"_qs << true << u"Song (live).lgrdi"_qs;
 }
 
 void TestStorage::entryNames()
@@ -75,9 +74,9 @@ void TestStorage::conflictCopyNames_data()
                                << QDateTime(QDate(2026, 11, 21), QTime(10, 15, 30));
     QTest::newRow("dropbox") << u"Song (Name's conflicted copy 2026-11-21).lgrdi"_qs
                              << u"Song.lgrdi"_qs << QDateTime(QDate(2026, 11, 21), QTime(0, 0));
-    QTest::newRow("dropbox second") << u"My Song (Ann's conflicted copy 2026-11-21 (1)).lgrdi"_qs
-                                    << u"My Song.lgrdi"_qs
-                                    << QDateTime(QDate(2026, 11, 21), QTime(0, 0));
+    QTest::newRow("dropbox second")
+        << u"My Song (Ann's conflicted copy 2026-11-21 (1)).lgrdi"_qs << u"My Song.lgrdi"_qs
+        << QDateTime(QDate(2026, 11, 21), QTime(0, 0));
     QTest::newRow("owncloud") << u"Song_conflict-20261121-101530.lgrdi"_qs << u"Song.lgrdi"_qs
                               << QDateTime(QDate(2026, 11, 21), QTime(10, 15, 30));
     QTest::newRow("not a copy") << u"Song (conflicted).lgrdi"_qs << QString() << QDateTime();
@@ -97,7 +96,8 @@ void TestStorage::conflictCopyNames()
         QCOMPARE(found->nameDate.value_or(QDateTime()), date);
     }
     // Our own copies are read back by the same rules.
-    const QString own = FileVersion::newConflictCopyPath(u"/x/Song.lgrdi"_qs, QDateTime::currentDateTime());
+    const QString own =
+        FileVersion::newConflictCopyPath(u"/x/Song.lgrdi"_qs, QDateTime::currentDateTime());
     QCOMPARE(FileVersion::conflictCopyOrigin(QFileInfo(own).fileName())->fileName,
              u"Song.lgrdi"_qs);
 }

@@ -3,6 +3,7 @@
 #include "shell/lutegriddocument.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QTextStream>
 
 #include <cstdio>
@@ -20,8 +21,11 @@ int main(int argc, char *argv[])
     large.tabRowDatas = {TabRowData(16, 6), TabRowData(16, 6)};
     large.tabRowDatas[1].lyricLines = {QString(4 * 1024 * 1024, u'x')};
 
-    LutegridDocument document(path, small);
-    if (!document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating))
+    // Later rounds open what the killed one left, as the program would.
+    const bool exists = QFile::exists(path);
+    LutegridDocument document(path, exists ? std::nullopt : std::optional<TabData>(small));
+    if (exists ? !document.open()
+               : !document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating))
         return 1;
     std::fputs("ready\n", stdout);
     std::fflush(stdout);

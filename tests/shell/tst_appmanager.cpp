@@ -79,8 +79,7 @@ void clearStorage()
 
 } // namespace
 
-class TestAppManager : public QObject
-{
+class TestAppManager : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -127,10 +126,10 @@ void TestAppManager::nextUntitledName_data()
     QTest::newRow("1 2 4") << QStringList{u"Untitled 4.lgrdi"_qs, u"Untitled 2.lgrdi"_qs,
                                           u"Untitled 1.lgrdi"_qs}
                            << u"Untitled 3"_qs;
-    QTest::newRow("leading zeros") << QStringList{u"Untitled 1.lgrdi"_qs, u"Untitled 002.lgrdi"_qs}
-                                   << u"Untitled 3"_qs;
-    QTest::newRow("no number") << QStringList{u"Untitled .lgrdi"_qs, u"Untitled.lgrdi"_qs,
-                                              u"Untitled x.lgrdi"_qs, u"Untitled 1x.lgrdi"_qs,
+    QTest::newRow("leading zeros")
+        << QStringList{u"Untitled 1.lgrdi"_qs, u"Untitled 002.lgrdi"_qs} << u"Untitled 3"_qs;
+    QTest::newRow("no number") << QStringList{u"Untitled .lgrdi"_qs,   u"Untitled.lgrdi"_qs,
+                                              u"Untitled x.lgrdi"_qs,  u"Untitled 1x.lgrdi"_qs,
                                               u"Untitled  1.lgrdi"_qs, u"My song.lgrdi"_qs}
                                << u"Untitled 1"_qs;
     QTest::newRow("duplicates") << QStringList{u"Untitled 1.lgrdi"_qs, u"Untitled 1.lgrd"_qs,
@@ -196,8 +195,8 @@ void TestAppManager::refreshListsTabsOnly()
     LutegridDocument *kept = manager->documentFor(QDir(storage()).filePath(u"Old.lgrdi"_qs));
     manager->refreshTabs();
 
-    QCOMPARE(manager->existingTabPaths, QStringList({u"New.lgrdi"_qs, u"Middle.lgrd"_qs,
-                                                     u"Old.lgrdi"_qs, u"Cloud.lgrdi"_qs}));
+    QCOMPARE(manager->existingTabPaths,
+             QStringList({u"New.lgrdi"_qs, u"Middle.lgrd"_qs, u"Old.lgrdi"_qs, u"Cloud.lgrdi"_qs}));
     QCOMPARE(list.lists.size(), 1);
     const QList<TabUrlInfo> tabs = *list.lists[0];
     QCOMPARE(tabs[0].tags, QStringList{u"rock"_qs});
@@ -258,8 +257,7 @@ void TestAppManager::openFlowWaitsForBusyDocument()
     screen.folder = storage();
     TabOpenFlow flow(&screen);
     flow.roundInterval = 5;
-    LutegridDocument *document =
-        manager->documentFor(QDir(storage()).filePath(u"Busy.lgrdi"_qs));
+    LutegridDocument *document = manager->documentFor(QDir(storage()).filePath(u"Busy.lgrdi"_qs));
     QVERIFY(document->open()); // still open from its last window
 
     QCOMPARE(flow.openTab(u"Busy.lgrdi"_qs), TabOpenFlow::Outcome::Waiting);
@@ -398,7 +396,8 @@ void TestAppManager::keyValueStoreNotices()
     QCOMPARE(refreshed.size(), 0); // on the event loop, not at once
     QTRY_COMPARE(refreshed.size(), 2);
     manager->ubiquitousKeyValueStoreDidChange(CloudKeyValueStore::QuotaViolationChange);
-    QTRY_COMPARE(list.messages, QStringList{u"Warning: Reached storage limit for folder labels."_qs});
+    QTRY_COMPARE(list.messages,
+                 QStringList{u"Warning: Reached storage limit for folder labels."_qs});
     manager->topTabViewController = nullptr;
 }
 

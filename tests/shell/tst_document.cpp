@@ -48,7 +48,8 @@ int firstFret(const TabData &tab)
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           file.write(bytes) == bytes.size();
 }
 
 std::optional<TabData> readTab(const QString &path)
@@ -92,8 +93,7 @@ void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const Q
 
 } // namespace
 
-class TestDocument : public QObject
-{
+class TestDocument : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -305,8 +305,7 @@ void TestDocument::outsideChangeWithUnsavedWorkKeepsBoth()
     document.updateChangeCount(LutegridDocument::ChangeKind::Done);
 
     QVERIFY(writeFile(path, documentData(tabWithNote(8))));
-    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict),
-                             2000);
+    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict), 2000);
     QCOMPARE(listener.reloads, 0);
     QCOMPARE(listener.conflicts, 1);
     QCOMPARE(listener.lastVersionCount, 1);
@@ -392,15 +391,15 @@ void TestDocument::conflictCopyPutsDocumentInConflict()
     analyticsEvents.clear();
 
     // Another tab's copy is not this document's conflict.
-    QVERIFY(writeFile(QDir(folder).filePath(u"Song 2.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs),
-                      documentData(tabWithNote(2))));
+    QVERIFY(
+        writeFile(QDir(folder).filePath(u"Song 2.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs),
+                  documentData(tabWithNote(2))));
     QTest::qWait(1200);
     QVERIFY(!document.documentState().testFlag(LutegridDocument::InConflict));
 
     QVERIFY(writeFile(QDir(folder).filePath(u"Song (conflicted copy 2026-11-21 101530).lgrdi"_qs),
                       documentData(tabWithNote(3))));
-    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict),
-                             2000);
+    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict), 2000);
     QCOMPARE(listener.conflicts, 1);
     QCOMPARE(listener.lastVersionCount, 1);
     QCOMPARE(analyticsEvents, QStringList{u"Conflict_detected"_qs});
@@ -412,8 +411,7 @@ void TestDocument::conflictCopyPutsDocumentInConflict()
                              2000);
     QVERIFY(writeFile(QDir(folder).filePath(u"Song (Ann's conflicted copy 2026-11-21).lgrdi"_qs),
                       documentData(tabWithNote(4))));
-    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict),
-                             2000);
+    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict), 2000);
     QCOMPARE(listener.conflicts, 1);
     QCOMPARE(analyticsEvents.count(u"Conflict_detected"_qs), 2);
     document.close();

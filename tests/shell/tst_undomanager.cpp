@@ -19,8 +19,7 @@ struct Counter {
     }
 };
 
-class TestUndoManager : public QObject
-{
+class TestUndoManager : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
