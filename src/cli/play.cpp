@@ -52,8 +52,8 @@ QString playTabFile(const QString &path, const PlayOptions &options)
     if (!tab)
         return error;
     if (options.row < 0 || options.row >= tab->tabRowDatas.size()) {
-        return path + u": no row " + QString::number(options.row) + u" (the tab has "
-            + QString::number(tab->tabRowDatas.size()) + u" rows, counted from 0)";
+        return path + u": no row " + QString::number(options.row) + u" (the tab has " +
+               QString::number(tab->tabRowDatas.size()) + u" rows, counted from 0)";
     }
 
     // As view mode reads them: the stored options whole, or the tab's tempo and the defaults.
@@ -68,19 +68,25 @@ QString playTabFile(const QString &path, const PlayOptions &options)
 
     SongSequence sequence(*tab);
     sequence.buildSongSequence(playback.playbackByMeasure);
-    const QList<SongSequenceEvent> &events =
-        sequence.activeSongArray(playback.playbackByMeasure);
+    const QList<SongSequenceEvent> &events = sequence.activeSongArray(playback.playbackByMeasure);
     const double tick = sequence.tickLength(playback);
     if (!std::isfinite(tick) || tick <= 0.0)
         return path + u": the playback options give no usable tick";
 
     qsizetype first = 0;
-    while (first < events.size() && (!events[first].trIndex || *events[first].trIndex < options.row))
+    while (first < events.size() &&
+           (!events[first].trIndex || *events[first].trIndex < options.row))
         ++first;
 
     SoundManager &sound = SoundManager::shared();
     sound.preloadTab(*tab);
+    // A new stream is filled once at its start, and the server may take a moment before it
+    // pulls at its steady pace: the first column waits for that rather than sounding late.
     sound.output();
+    const auto pullDeadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    while (sound.sampler().framesRendered() < quint64(sound.sampler().sampleRate() / 20) &&
+           std::chrono::steady_clock::now() < pullDeadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     std::printf("Playing %lld ticks of %.3f s from row %d through the %s output\n",
                 static_cast<long long>(events.size() - first), tick, options.row,
                 qPrintable(sound.output().name()));
@@ -98,25 +104,25 @@ QString playTabFile(const QString &path, const PlayOptions &options)
         // The column comes from the tab, as view mode plays it, not from the event's copy.
         const int row = *event.trIndex;
         const int col = *event.colIndex;
-        if (row < 0 || row >= tab->tabRowDatas.size() || col < 0
-            || col >= tab->tabRowDatas[row].colDatas.size())
+        if (row < 0 || row >= tab->tabRowDatas.size() || col < 0 ||
+            col >= tab->tabRowDatas[row].colDatas.size())
             continue;
         sound.playColumnItems(tab->tabRowDatas[row].colDatas[col].columnItems, tab->stringNotes,
                               false);
     }
 
     // The last tick lasts its length too, then the notes ring out and leave the device.
-    std::this_thread::sleep_until(
-        start + std::chrono::duration_cast<clock::duration>(tickLength * double(events.size() - first)));
+    std::this_thread::sleep_until(start + std::chrono::duration_cast<clock::duration>(
+                                              tickLength * double(events.size() - first)));
     const auto ringDeadline = clock::now() + std::chrono::seconds(10);
     Sampler &sampler = sound.sampler();
     // Let the mixer take the last notes in before asking whether anything still sounds.
     const quint64 rendered = sampler.framesRendered();
-    while (sampler.framesRendered() < rendered + quint64(sampler.sampleRate() / 20)
-           && clock::now() < ringDeadline)
+    while (sampler.framesRendered() < rendered + quint64(sampler.sampleRate() / 20) &&
+           clock::now() < ringDeadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    while ((sampler.activeVoiceCount() > 0 || sampler.fadingVoiceCount() > 0)
-           && clock::now() < ringDeadline)
+    while ((sampler.activeVoiceCount() > 0 || sampler.fadingVoiceCount() > 0) &&
+           clock::now() < ringDeadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const double latency = std::max(0.0, sound.output().outputLatency());
     std::this_thread::sleep_for(std::chrono::duration<double>(latency + 0.1));

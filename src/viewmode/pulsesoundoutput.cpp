@@ -82,16 +82,16 @@ bool PulseSoundOutput::start(int targetLatencyUs, QString *error)
         return false;
     }
     Wait wait{mainloop};
-    pa_time_event *timer = pa_context_rttime_new(context, pa_rtclock_now() + connectTimeoutUs,
-                                                 timeUp, &wait);
+    pa_time_event *timer =
+        pa_context_rttime_new(context, pa_rtclock_now() + connectTimeoutUs, timeUp, &wait);
     auto waitFor = [&](auto ready, auto failed) {
         while (!ready() && !failed() && !wait.timedOut)
             pa_threaded_mainloop_wait(mainloop);
         return ready();
     };
-    const bool connected = waitFor(
-        [&] { return pa_context_get_state(context) == PA_CONTEXT_READY; },
-        [&] { return !PA_CONTEXT_IS_GOOD(pa_context_get_state(context)); });
+    const bool connected =
+        waitFor([&] { return pa_context_get_state(context) == PA_CONTEXT_READY; },
+                [&] { return !PA_CONTEXT_IS_GOOD(pa_context_get_state(context)); });
     if (!connected) {
         *error = wait.timedOut ? u"the PulseAudio server did not answer"_qs : contextError(context);
         api->time_free(timer);
@@ -117,21 +117,19 @@ bool PulseSoundOutput::start(int targetLatencyUs, QString *error)
     attr.prebuf = uint32_t(-1);
     attr.minreq = uint32_t(pa_usec_to_bytes(pa_usec_t(targetLatencyUs / 4), &spec));
     attr.fragsize = uint32_t(-1);
-    const auto flags = pa_stream_flags_t(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE
-                                         | PA_STREAM_INTERPOLATE_TIMING);
+    const auto flags = pa_stream_flags_t(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE |
+                                         PA_STREAM_INTERPOLATE_TIMING);
     if (pa_stream_connect_playback(stream, nullptr, &attr, flags, nullptr, nullptr) < 0) {
         *error = contextError(context);
         api->time_free(timer);
         pa_threaded_mainloop_unlock(mainloop);
         return false;
     }
-    const bool playing = waitFor(
-        [&] { return pa_stream_get_state(stream) == PA_STREAM_READY; },
-        [&] { return !PA_STREAM_IS_GOOD(pa_stream_get_state(stream)); });
+    const bool playing = waitFor([&] { return pa_stream_get_state(stream) == PA_STREAM_READY; },
+                                 [&] { return !PA_STREAM_IS_GOOD(pa_stream_get_state(stream)); });
     api->time_free(timer);
     if (!playing) {
-        *error = wait.timedOut ? u"the PulseAudio stream did not start"_qs
-                               : contextError(context);
+        *error = wait.timedOut ? u"the PulseAudio stream did not start"_qs : contextError(context);
         pa_threaded_mainloop_unlock(mainloop);
         return false;
     }

@@ -5,8 +5,8 @@
 #include <QFile>
 #include <QMutexLocker>
 
-#include <SoundTouch.h>
 #include <sndfile.h>
+#include <SoundTouch.h>
 
 #include <algorithm>
 #include <cmath>
@@ -112,8 +112,7 @@ std::shared_ptr<SampleBuffer> SampleCache::decodeFile(const QString &path, int s
     }
     // Two minutes is far beyond any note; a longer file is not a sample.
     constexpr sf_count_t maxFrames = 120 * 192000;
-    if (info.channels < 1 || info.samplerate < 1000 || info.frames < 1
-        || info.frames > maxFrames) {
+    if (info.channels < 1 || info.samplerate < 1000 || info.frames < 1 || info.frames > maxFrames) {
         qCDebug(lcViewMode) << "not a usable sample" << path;
         return nullptr;
     }

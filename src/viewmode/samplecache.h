@@ -20,8 +20,7 @@ struct SampleBuffer {
 // Decoded and pitch-shifted samples, keyed by file path and semitones. Each shift is made once;
 // entries are never evicted, so a buffer handed to the mixer outlives every voice that plays
 // it. Any thread may fill it while others read it.
-class SampleCache
-{
+class SampleCache {
 public:
     explicit SampleCache(int sampleRate = 44100);
 
@@ -38,8 +37,7 @@ public:
     // Any format libsndfile reads, mixed down to mono and brought to the given rate.
     static std::shared_ptr<SampleBuffer> decodeFile(const QString &path, int sampleRate);
     // SoundTouch keeps the duration: the result has as many frames as the input.
-    static std::shared_ptr<SampleBuffer> pitchShifted(const SampleBuffer &buffer,
-                                                      int semitoneDiff);
+    static std::shared_ptr<SampleBuffer> pitchShifted(const SampleBuffer &buffer, int semitoneDiff);
 
 private:
     using Key = std::pair<QString, int>;

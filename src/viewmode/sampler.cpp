@@ -45,10 +45,9 @@ void Sampler::startVoice(const NoteOn &note)
             }
         }
         if (!tail) {
-            tail = &*std::min_element(fading.begin(), fading.end(),
-                                      [](const Voice &a, const Voice &b) {
-                                          return a.fadeLeft < b.fadeLeft;
-                                      });
+            tail = &*std::min_element(
+                fading.begin(), fading.end(),
+                [](const Voice &a, const Voice &b) { return a.fadeLeft < b.fadeLeft; });
         }
         *tail = *slot;
         tail->fadeLeft = fadeFrames;

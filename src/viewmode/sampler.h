@@ -14,8 +14,7 @@ struct SampleBuffer;
 // One persistent mixer for every sounding note. Notes ring for the length of their buffer and
 // overlap freely up to maxVoices; past that the oldest voice fades out in fadeFrames. render()
 // is the real-time side: it never allocates, locks, logs or touches a file.
-class Sampler
-{
+class Sampler {
 public:
     static constexpr int maxVoices = 48;
     // Voices cut short that are still fading; more than enough for a strummed burst.

@@ -111,8 +111,7 @@ SoundManager &SoundManager::shared()
 }
 
 SoundManager::SoundManager(const QString &sampleDirectory)
-    : sampleDir(sampleDirectory),
-      sampleCache(std::make_unique<SampleCache>()),
+    : sampleDir(sampleDirectory), sampleCache(std::make_unique<SampleCache>()),
       mixer(std::make_unique<Sampler>(sampleCache->sampleRate()))
 {
 }
@@ -372,9 +371,8 @@ void SoundManager::preloadTab(const TabData &tabData)
             for (qsizetype at = next++; at < batch->size(); at = next++)
                 playSample(batch->at(at).fileURL, batch->at(at).semitoneDiff, true);
         };
-        const qsizetype workers =
-            std::min<qsizetype>(std::clamp(std::thread::hardware_concurrency(), 1u, 4u),
-                                batch->size());
+        const qsizetype workers = std::min<qsizetype>(
+            std::clamp(std::thread::hardware_concurrency(), 1u, 4u), batch->size());
         std::vector<std::thread> threads;
         for (qsizetype worker = 1; worker < workers; ++worker)
             threads.emplace_back(work);

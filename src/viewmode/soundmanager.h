@@ -37,8 +37,7 @@ struct NoteToPlay {
 
 // Turns a tab column into sound: the pure half finds each string's pitch, the nearest usable
 // recording and the shift; the sampler plays the shifted recordings on one persistent mixer.
-class SoundManager
-{
+class SoundManager {
 public:
     static SoundManager &shared();
 

@@ -11,8 +11,7 @@ constexpr int nullPeriodMs = 10;
 }
 
 NullSoundOutput::NullSoundOutput(Sampler &sampler)
-    : sampler(sampler),
-      scratch(std::size_t(sampler.sampleRate() * nullPeriodMs / 1000)),
+    : sampler(sampler), scratch(std::size_t(sampler.sampleRate() * nullPeriodMs / 1000)),
       thread([this] { run(); })
 {
 }
@@ -37,8 +36,8 @@ void NullSoundOutput::run()
 std::unique_ptr<SoundOutput> openDefaultSoundOutput(Sampler &sampler)
 {
     QString error;
-    if (auto pulse = PulseSoundOutput::open(sampler, PulseSoundOutput::defaultTargetLatencyUs,
-                                            &error)) {
+    if (auto pulse =
+            PulseSoundOutput::open(sampler, PulseSoundOutput::defaultTargetLatencyUs, &error)) {
         return pulse;
     }
     qCDebug(lcViewMode) << "no sound device, playing to nowhere:" << error;

@@ -11,8 +11,7 @@ class Sampler;
 
 // Where the mixer's frames go. Each output pulls from the sampler on a thread of its own, so
 // no GUI event loop ever stands between a tick and its sound.
-class SoundOutput
-{
+class SoundOutput {
 public:
     virtual ~SoundOutput() = default;
 
@@ -24,8 +23,7 @@ public:
 
 // Keeps the mixer running at the real pace with nowhere to play, so a headless machine
 // behaves like any other, only quiet.
-class NullSoundOutput : public SoundOutput
-{
+class NullSoundOutput : public SoundOutput {
 public:
     explicit NullSoundOutput(Sampler &sampler);
     ~NullSoundOutput() override;

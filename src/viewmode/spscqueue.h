@@ -7,9 +7,7 @@
 
 // A fixed ring for one producer thread and one consumer thread. Neither side allocates, locks
 // or waits, so the consumer may be the audio thread.
-template<typename T, std::size_t Capacity>
-class SpscQueue
-{
+template <typename T, std::size_t Capacity> class SpscQueue {
     static_assert(Capacity >= 2 && (Capacity & (Capacity - 1)) == 0,
                   "capacity must be a power of two");
     static_assert(std::is_trivially_copyable_v<T>, "items are copied on the audio thread");
@@ -38,8 +36,8 @@ public:
 
     std::size_t sizeApprox() const
     {
-        return tailIndex.load(std::memory_order_acquire)
-            - headIndex.load(std::memory_order_acquire);
+        return tailIndex.load(std::memory_order_acquire) -
+               headIndex.load(std::memory_order_acquire);
     }
 
 private:

@@ -60,7 +60,10 @@ NamedPitch pitchFromName(const QString &name)
         {u"G"_qs, {34, 2}}, {u"B"_qs, {38, 1}}, {u"Elittle"_qs, {43, 0}},
     };
     static const QHash<QString, std::pair<int, int>> bassStrings = {
-        {u"E"_qs, {7, 3}}, {u"A"_qs, {12, 2}}, {u"D"_qs, {17, 1}}, {u"G"_qs, {22, 0}},
+        {u"E"_qs, {7, 3}},
+        {u"A"_qs, {12, 2}},
+        {u"D"_qs, {17, 1}},
+        {u"G"_qs, {22, 0}},
     };
     const auto &table = bass ? bassStrings : guitar;
     if (!table.contains(string))
@@ -70,8 +73,7 @@ NamedPitch pitchFromName(const QString &name)
 
 } // namespace
 
-class TestSoundManager : public QObject
-{
+class TestSoundManager : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -224,8 +226,8 @@ void TestSoundManager::notesToPlay()
     QFETCH(QString, expected);
 
     SoundManager manager;
-    const auto notes = manager.notesToPlay(singleNote(int(stringNotes.size()), index, fret),
-                                           stringNotes);
+    const auto notes =
+        manager.notesToPlay(singleNote(int(stringNotes.size()), index, fret), stringNotes);
     QCOMPARE(describe(notes), expected.isEmpty() ? QStringList() : QStringList{expected});
 }
 
@@ -251,9 +253,9 @@ void TestSoundManager::columnsThatMakeNoSound()
     };
     QVERIFY(manager.notesToPlay(marks, standard).isEmpty());
     // Six items against a five-string tuning: nothing at all, even for the notes.
-    QVERIFY(manager.notesToPlay(QList<ColumnItemType>(6, ColumnItemType::note(0)),
-                                standard.mid(0, 5))
-                .isEmpty());
+    QVERIFY(
+        manager.notesToPlay(QList<ColumnItemType>(6, ColumnItemType::note(0)), standard.mid(0, 5))
+            .isEmpty());
     QVERIFY(manager.notesToPlay({}, {}).isEmpty());
 }
 

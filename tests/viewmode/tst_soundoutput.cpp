@@ -83,9 +83,9 @@ QString writeTab()
     tab.playbackOptions.reset();
     // Row 0 must not sound: playing starts at row 1.
     TabRowData skipped({column({{4, 3}})}, {});
-    TabRowData played({column({{4, 0}}), column({{3, 4}}), column({{0, 10}}),
-                       column({{2, 0}, {1, 4}, {0, 6}})},
-                      {});
+    TabRowData played(
+        {column({{4, 0}}), column({{3, 4}}), column({{0, 10}}), column({{2, 0}, {1, 4}, {0, 6}})},
+        {});
     skipped.stringCount = played.stringCount = 6;
     tab.tabRowDatas = {skipped, played};
     const QString path = homePath(u"e2e.lgrd"_qs);
@@ -100,14 +100,13 @@ QString writeTab()
 double strength(const std::vector<float> &audio, qsizetype from, qsizetype length, double hz)
 {
     from = std::clamp<qsizetype>(from, 0, qsizetype(audio.size()) - length);
-    return AudioProbe::amplitudeAt(audio.data() + from, length, rate, hz)
-        + AudioProbe::amplitudeAt(audio.data() + from, length, rate, 2 * hz);
+    return AudioProbe::amplitudeAt(audio.data() + from, length, rate, hz) +
+           AudioProbe::amplitudeAt(audio.data() + from, length, rate, 2 * hz);
 }
 
 } // namespace
 
-class TestSoundOutput : public QObject
-{
+class TestSoundOutput : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -132,8 +131,8 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
 
     // A sink of this test's own, so nothing else that plays lands in the recording.
     const QString sink = u"lutegrid_e2e_%1"_qs.arg(QCoreApplication::applicationPid());
-    const auto module = run(u"pactl"_qs, {u"load-module"_qs, u"module-null-sink"_qs,
-                                          u"sink_name="_qs + sink});
+    const auto module =
+        run(u"pactl"_qs, {u"load-module"_qs, u"module-null-sink"_qs, u"sink_name="_qs + sink});
     QVERIFY2(module, "pactl could not make a null sink");
     auto unload = qScopeGuard([&] {
         run(u"pactl"_qs, {u"unload-module"_qs, QString::fromUtf8(module->trimmed())});
@@ -145,9 +144,9 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
     const QString recordingPath = homePath(u"recording.raw"_qs);
     QProcess recorder;
     recorder.setStandardOutputFile(recordingPath);
-    recorder.start(u"parec"_qs, {u"--device="_qs + sink + u".monitor"_qs,
-                                 u"--format=float32le"_qs, u"--rate=44100"_qs,
-                                 u"--channels=1"_qs, u"--raw"_qs, u"--latency-msec=20"_qs});
+    recorder.start(u"parec"_qs,
+                   {u"--device="_qs + sink + u".monitor"_qs, u"--format=float32le"_qs,
+                    u"--rate=44100"_qs, u"--channels=1"_qs, u"--raw"_qs, u"--latency-msec=20"_qs});
     QVERIFY(recorder.waitForStarted(3000));
     // The monitor of an idle sink still streams silence: data means the recorder is in place.
     // Half a second of it leaves room to look before the first note.
@@ -181,8 +180,8 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
         const qsizetype onset = start + k * tick;
         for (const int position : expectedTicks[k]) {
             const double hz = AudioProbe::hzOfPosition(position);
-            const auto off = AudioProbe::centsOffNear(audio.data() + onset + rate / 10, window,
-                                                      rate, hz);
+            const auto off =
+                AudioProbe::centsOffNear(audio.data() + onset + rate / 10, window, rate, hz);
             QVERIFY2(off && std::abs(*off) <= 15.0,
                      qPrintable(u"tick %1, position %2: %3 cents off"_qs.arg(k).arg(position).arg(
                          off.value_or(1000.0))));
@@ -191,12 +190,13 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
             const double before = strength(audio, onset - rate / 20 - window, window, hz);
             QVERIFY2(after > 2.0 * before,
                      qPrintable(u"tick %1, position %2: %3 after against %4 before"_qs.arg(k)
-                                    .arg(position).arg(after).arg(before)));
+                                    .arg(position)
+                                    .arg(after)
+                                    .arg(before)));
         }
     }
     // The skipped row's C3 never sounded.
-    const double skipped = strength(audio, start + rate / 10, window,
-                                    AudioProbe::hzOfPosition(27));
+    const double skipped = strength(audio, start + rate / 10, window, AudioProbe::hzOfPosition(27));
     const double first = strength(audio, start + rate / 10, window, AudioProbe::hzOfPosition(24));
     QVERIFY(skipped < 0.2 * first);
 }
@@ -207,19 +207,17 @@ void TestSoundOutput::playRefusesWhatItCannotPlay_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QByteArray>("message");
     const QString missing = homePath(u"missing.lgrd"_qs);
-    QTest::newRow("missing file") << QStringList{u"play"_qs, missing} << 1
-                                  << missing.toUtf8();
+    QTest::newRow("missing file") << QStringList{u"play"_qs, missing} << 1 << missing.toUtf8();
     QTest::newRow("not a tab") << QStringList{u"play"_qs, homePath(u"notes.txt"_qs)} << 1
                                << QByteArray("not a tab file");
-    QTest::newRow("row past the end") << QStringList{u"play"_qs, u"TAB"_qs, u"--row"_qs, u"2"_qs}
-                                      << 1 << QByteArray("no row 2");
-    QTest::newRow("negative row") << QStringList{u"play"_qs, u"TAB"_qs, u"--row"_qs, u"-1"_qs}
-                                  << 1 << QByteArray("no row -1");
-    QTest::newRow("zero tempo") << QStringList{u"play"_qs, u"TAB"_qs, u"--tempo"_qs, u"0"_qs}
-                                << 1 << QByteArray("tempo");
-    QTest::newRow("tempo in words")
-        << QStringList{u"play"_qs, u"TAB"_qs, u"--tempo"_qs, u"fast"_qs} << 2
-        << QByteArray("whole numbers");
+    QTest::newRow("row past the end")
+        << QStringList{u"play"_qs, u"TAB"_qs, u"--row"_qs, u"2"_qs} << 1 << QByteArray("no row 2");
+    QTest::newRow("negative row") << QStringList{u"play"_qs, u"TAB"_qs, u"--row"_qs, u"-1"_qs} << 1
+                                  << QByteArray("no row -1");
+    QTest::newRow("zero tempo") << QStringList{u"play"_qs, u"TAB"_qs, u"--tempo"_qs, u"0"_qs} << 1
+                                << QByteArray("tempo");
+    QTest::newRow("tempo in words") << QStringList{u"play"_qs, u"TAB"_qs, u"--tempo"_qs, u"fast"_qs}
+                                    << 2 << QByteArray("whole numbers");
     QTest::newRow("no file") << QStringList{u"play"_qs} << 2 << QByteArray("Usage");
 }
 
