@@ -1,0 +1,255 @@
+#pragma once
+
+#include "chordnamesdisplay.h"
+#include "forcecontextmenu.h"
+#include "forcelongpressgesturerecognizer.h"
+#include "fretposition.h"
+#include "model/tabdata.h"
+#include "selectionbox.h"
+#include "visibetabrowview.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class LgUndoManager;
+class SoundManager;
+
+class UndoListener
+{
+public:
+    virtual ~UndoListener() = default;
+    virtual void undoStateChanged() = 0;
+};
+
+class EditHighlightListener
+{
+public:
+    virtual ~EditHighlightListener() = default;
+    virtual void editHighlightMoved(bool atFirstColumn, bool atLastColumn) = 0;
+};
+
+class TabRowChangeListener
+{
+public:
+    virtual ~TabRowChangeListener() = default;
+    virtual void tabWidthChanged(double tabWidth) = 0;
+    virtual void tabRowCountChanged() = 0;
+    virtual void tabRowPositionChanged(int tabRowIndex, int showingCount, int totalCount) = 0;
+    virtual void columnItemChanged() = 0;
+    virtual void lyricsFieldEdited() = 0;
+};
+
+// Where a note menu was opened.
+struct NoteContextMenuSource {
+    int tRowIndex = 0;
+    int colIndex = 0;
+    int itemIndex = 0;
+    int showingTabRowIndex = 0;
+};
+
+// The entries of a note menu: what each stands for and its label, parallel lists.
+struct NoteMenuEntries {
+    QList<ColumnItemType> results;
+    QStringList labels;
+    int startIndex = 0;
+};
+
+// The editing surface as logic: the live rows of a tab, the window of rows shown with their
+// geometry in points, the cursor, and every edit with its undo step. It draws nothing; the
+// views read the shown rows and redraw when told. Geometry is in content coordinates: the
+// top left of the first shown row's lyric band is (0, 0) and contentOffset scrolls over it.
+class TabEditView : public QObject, public ForceContextMenuResponder, public ChordNamesDisplayListener
+{
+    Q_OBJECT
+
+public:
+    using UndoHandler = std::function<void(TabEditView &)>;
+    using Message = std::optional<QString>;
+
+    explicit TabEditView(QObject *parent = nullptr);
+    ~TabEditView() override;
+
+    static constexpr int minNumTabColumns = 12;
+    static constexpr int maxNumTabColumns = 64;
+    int numTabColumns = 0;
+    static constexpr double tabColumnWidth = 25.0;
+    static constexpr double lyricsHeightSpacing = 54.0;
+    static constexpr double chordNamesDisplaySpacing = 25.0;
+    static constexpr double tabRowVertSpacing = 20.0;
+    double tabWidth = 0.0;
+    double tabRowHeight = 0.0;
+    double rightMarginWidth = 0.0;
+    bool rightMarginContentBlocker = false;
+    QStringList stringNotes;
+    int lyricsSizePercentage = 100;
+    QList<TabRowData> tabRows;
+    int tabRowIndex = 0;
+    QList<VisibeTabRowView> showingTabRows;
+    int editShowingTabRowIndex = 0;
+    int editColIndex = 0;
+    static constexpr double editColBorderWidth = 3.0;
+    // The highlight's frame; absent once it is removed. Hidden in magic mode.
+    std::optional<QRectF> editColumnHighlight;
+    bool editColumnHighlightHidden = false;
+    QTimer colChangeVisualTimer;
+    int editColItemIndex = 0;
+    // Declared and kept in step, but never made: the item cursor is invisible on purpose.
+    std::optional<QRectF> editColumnItemIndicator;
+    std::optional<TabColumnData> preEditColumnData;
+    std::optional<NoteContextMenuSource> noteContextMenuSource;
+    std::unique_ptr<ForceContextMenu> noteContextMenu;
+    std::optional<QList<ColumnItemType>> noteContextMenuItemResults;
+    ForceLongPressGestureRecognizer forceGestureRecognizer;
+    bool magicEditMode = false;
+    std::optional<SelectionBox> magicSelectionBox;
+    QTimer moveTabRowDelayTimer;
+    QPointer<LgUndoManager> docUndoManager;
+    UndoListener *undoListener = nullptr;
+    EditHighlightListener *editHighlightListener = nullptr;
+    TabRowChangeListener *tabRowChangeListener = nullptr;
+    int visibleTabRowCountPotential = -1;
+    bool freeVerticalScroll = false;
+    double baseTabRowHeightForFreeScroll = 200.0;
+    bool tabRowTouchesEnabled = true;
+
+    // The scroll view: its frame size, the scrolled offset and the size of what scrolls.
+    QSizeF frameSize;
+    QPointF contentOffset;
+    QSizeF contentSize;
+    // Absent: the shared one.
+    SoundManager *soundManager = nullptr;
+
+    // Derived geometry.
+    double headerBandHeight() const;
+    double tabRowPitch() const;
+    double itemHeight() const;
+    double tabLeftInset() const;
+    int stringCount() const { return int(stringNotes.size()); }
+    int showingCount() const { return int(showingTabRows.size()); }
+
+    // Position and content.
+    void loadTabRows(const QList<TabRowData> &rows);
+    void replaceTabRows(const QList<TabRowData> &rows);
+    void setNumTabColumns(int count);
+    void refreshShowingRows(bool forceRender);
+    void setFrameSize(const QSizeF &size);
+    void setContentOffset(const QPointF &offset);
+
+    // Cursor.
+    void setEditPosition(int column, int shownRow);
+    void moveEditItem(int delta);
+    void setEditItem(int index);
+    QRectF itemIndicatorFrame() const;
+    QRectF editColumnFrame() const;
+    void placeEditHighlight();
+    void scrollToShowX(double minX, double maxX);
+    void scrollToShowY(double minY, double maxY);
+    bool canShowTabRow(int row) const;
+    bool canMoveTabRow(int delta) const;
+    void moveToTabRow(int row, bool exactTop, bool forceRefresh);
+    void moveToTabRowThrottled(int row);
+    void notifyTabRowPosition();
+    // Touches in content coordinates.
+    void touchesBegan(const QList<QPointF> &points);
+
+    // Shape.
+    Message addColumnAtCursor();
+    Message insertColumn(int row, int column, const TabColumnData &columnData);
+    Message removeColumn(int row, int column);
+    void showColumnChange(int column);
+    void insertTabRow(int index, const TabRowData &rowData);
+    void removeTabRow(int index);
+    void appendBlankTabRow();
+
+    // Rows shown and their size.
+    void setFreeVerticalScroll(bool free, double rowBandHeight, bool useDefaultHeight);
+    void setVisibleTabRowCount(int count);
+    void rebuildShowingRowViews();
+    double trailingContentGap() const;
+    void layoutSubviews();
+
+    // Undo.
+    void registerSurfaceUndo(std::optional<int> row, std::optional<QRectF> scrollFrame,
+                             UndoHandler handler);
+    void undoEdit();
+    void redoEdit();
+
+    // Column items.
+    void pressFret(int stringNumber, qint64 fret);
+    bool commitFretPress();
+    void cancelFretPress();
+    void putItemAtCursor(const QString &text);
+    void setColumnItemAt(int row, int column, int itemIndex, const ColumnItemType &item,
+                         bool moveCursor);
+    void replaceColumn(int row, int column, const TabColumnData &newColumn);
+    void clearCursorColumn();
+    void putColumnAtCursor(const std::optional<QString> &chordName,
+                           const QList<ColumnItemType> &items);
+    void toggleBarColumn();
+    void setColumnChordName(int row, int column, const std::optional<QString> &name);
+    void moveStringItems(int fromItem, int toItem, int row);
+    void selectColumnOfChordDisplay(ChordNamesDisplay *display, int column);
+    void openChordNameDialog(ChordNamesDisplay *display, int column);
+    void chordNameTapped(ChordNamesDisplay *display, int column) override;
+    QList<ColumnItemType> currentColumnItems() const;
+    QList<FretPosition> currentFretPositions() const;
+    bool currentColumnIsBlank() const;
+    // The model row of the cursor.
+    int cursorTabRow() const { return tabRowIndex + editShowingTabRowIndex; }
+
+    // The note menu.
+    static NoteMenuEntries noteMenuEntries(const ColumnItemType &current, int itemIndex,
+                                           const QStringList &tuning, bool notesOnTab);
+    void handleForceTouch(ForceLongPressGestureRecognizer::State state, QPointF location);
+    void openNoteContextMenu(QPointF location);
+    void forceContextMenuFinished(int selectedIndex) override;
+
+    // Magic mode as far as the surface's own operations need it.
+    void setMagicEditMode(bool on);
+    void clearMagicSelection();
+
+    // The shown row of a model row, or -1.
+    int shownIndexOfRow(int row) const;
+    // What a column of `count` strings in `row` looks like when it is blank.
+    TabColumnData blankColumn(int stringCount) const { return TabColumnData(stringCount); }
+    QRectF columnFrame(int row, int column) const;
+
+Q_SIGNALS:
+    // Rows were added, dropped, moved or resized, or the tab's width changed.
+    void layoutChanged();
+    void contentOffsetChanged();
+    void highlightChanged();
+    // A shown row's lyric text, chord names or header visibility changed.
+    void shownRowChanged(int shownRow);
+    // The queued redraws of one event, by shown row.
+    void columnsNeedRender(int shownRow, const QList<int> &columns);
+    void chordNamesNeedRender(int shownRow);
+    void menuChanged();
+
+private:
+    void queueColumnRender(int shownRow, int column);
+    void queueChordNamesRender(int shownRow);
+    void queueFlush();
+    void flushRenders();
+    void writeColumn(int row, int column, const TabColumnData &data);
+    void fillShownRow(VisibeTabRowView &view, int row);
+    TabColumnData *cursorColumn();
+    const TabColumnData *cursorColumn() const;
+    void scrollToShowFrame(const QRectF &frame);
+    void notifyColumnCountChange();
+    void showMagicSelection();
+
+    std::optional<int> throttledRow;
+    bool flushQueued = false;
+};

@@ -1,0 +1,373 @@
+#include "tabeditsurface.h"
+
+#include "model/tabfileformat.h"
+#include "shell/lgundomanager.h"
+#include "shell/saveddata.h"
+#include "surface/tabrowvalues.h"
+#include "surfacefonts.h"
+
+#include <QFile>
+#include <QLineF>
+#include <QUrl>
+
+#include <algorithm>
+#include <cmath>
+
+TabEditSurface::TabEditSurface(QQuickItem *parent)
+    : QQuickItem(parent), editView(new TabEditView(this)), ownUndo(std::make_unique<LgUndoManager>())
+{
+    SurfaceFonts::load();
+    setAcceptTouchEvents(true);
+    setAcceptedMouseButtons(Qt::LeftButton);
+    setClip(true);
+    editView->docUndoManager = ownUndo.get();
+    editView->stringNotes = standardStringNotes(editView->tabRows.first().stringCount);
+    connect(editView, &TabEditView::layoutChanged, this, &TabEditSurface::layoutChanged);
+    connect(editView, &TabEditView::layoutChanged, this, &TabEditSurface::highlightChanged);
+    connect(editView, &TabEditView::contentOffsetChanged, this,
+            &TabEditSurface::contentOffsetChanged);
+    connect(editView, &TabEditView::highlightChanged, this, &TabEditSurface::highlightChanged);
+    connect(editView, &TabEditView::shownRowChanged, this, &TabEditSurface::rowsChanged);
+    connect(editView, &TabEditView::menuChanged, this, &TabEditSurface::menuChanged);
+    connect(ownUndo.get(), &LgUndoManager::changed, this, &TabEditSurface::undoStateChanged);
+}
+
+TabEditSurface::~TabEditSurface()
+{
+    if (editView)
+        editView->docUndoManager = nullptr;
+}
+
+qreal TabEditSurface::contentWidth() const
+{
+    return std::max(editView->contentSize.width(), editView->tabWidth);
+}
+
+qreal TabEditSurface::contentHeight() const
+{
+    return std::max(editView->contentSize.height(), height());
+}
+
+QVariantList TabEditSurface::rowRects() const
+{
+    QVariantList rects;
+    for (const VisibeTabRowView &row : std::as_const(editView->showingTabRows))
+        rects.append(row.tabRowFrame);
+    return rects;
+}
+
+QVariantList TabEditSurface::chordRects() const
+{
+    QVariantList rects;
+    for (const VisibeTabRowView &row : std::as_const(editView->showingTabRows))
+        rects.append(row.chordNamesDisplay.frame);
+    return rects;
+}
+
+QVariantList TabEditSurface::lyricRects() const
+{
+    QVariantList rects;
+    for (const VisibeTabRowView &row : std::as_const(editView->showingTabRows))
+        rects.append(row.lyricsField.frame);
+    return rects;
+}
+
+QStringList TabEditSurface::lyricTexts() const
+{
+    QStringList texts;
+    for (const VisibeTabRowView &row : std::as_const(editView->showingTabRows))
+        texts.append(row.lyricsField.text);
+    return texts;
+}
+
+bool TabEditSurface::chordNamesHidden() const
+{
+    return SavedData::shared().hideColHeaders;
+}
+
+QRectF TabEditSurface::highlightRect() const
+{
+    return editView->editColumnHighlight.value_or(QRectF());
+}
+
+bool TabEditSurface::highlightVisible() const
+{
+    return editView->editColumnHighlight && !editView->editColumnHighlightHidden &&
+           editView->showingCount() > 0;
+}
+
+void TabEditSurface::setRowsWanted(int count)
+{
+    if (count == wantedRows)
+        return;
+    wantedRows = count;
+    Q_EMIT rowsWantedChanged();
+    applyRowCount();
+}
+
+void TabEditSurface::setFreeScroll(bool free)
+{
+    if (free == editView->freeVerticalScroll)
+        return;
+    editView->setFreeVerticalScroll(free, 0, true);
+    applyRowCount();
+}
+
+bool TabEditSurface::notesOnTab() const
+{
+    return SavedData::shared().notesOnTab;
+}
+
+void TabEditSurface::setNotesOnTab(bool on)
+{
+    if (SavedData::shared().notesOnTab == on)
+        return;
+    SavedData::shared().notesOnTab = on;
+    editView->refreshShowingRows(true);
+    Q_EMIT rowsChanged();
+}
+
+bool TabEditSurface::canUndo() const
+{
+    return ownUndo->canUndo();
+}
+
+bool TabEditSurface::canRedo() const
+{
+    return ownUndo->canRedo();
+}
+
+void TabEditSurface::applyRowCount()
+{
+    if (height() <= 0 || width() <= 0)
+        return;
+    editView->setFrameSize(size());
+    int count = wantedRows;
+    if (editView->freeVerticalScroll) {
+        count = int(editView->tabRows.size());
+    } else if (count <= 0) {
+        // As many rows as keep a comfortable string spacing.
+        const double pitch = TabRowValues::totalHeight + TabEditView::tabRowVertSpacing;
+        count = std::max(1, int((height() + TabEditView::tabRowVertSpacing) / pitch));
+    }
+    editView->setVisibleTabRowCount(count);
+}
+
+void TabEditSurface::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
+{
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    if (newGeometry.size() != oldGeometry.size())
+        applyRowCount();
+}
+
+bool TabEditSurface::loadTab(const QString &pathOrUrl)
+{
+    const QUrl url(pathOrUrl);
+    QString path = pathOrUrl;
+    if (url.scheme() == u"qrc")
+        path = u":"_qs + url.path();
+    else if (url.isLocalFile())
+        path = url.toLocalFile();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = file.readAll();
+    std::optional<TabData> tab = path.endsWith(u".lgrdi"_qs) ? tabDataFromDocumentData(bytes)
+                                                              : tabDataFromExchangeData(bytes);
+    if (!tab)
+        return false;
+    loadTabData(*tab);
+    return true;
+}
+
+void TabEditSurface::loadTabData(const TabData &tab)
+{
+    ownUndo->removeAllActions();
+    editView->stringNotes = tab.stringNotes;
+    editView->lyricsSizePercentage = int(tab.lyricSize);
+    editView->loadTabRows(tab.tabRowDatas);
+    // Views built for another tuning go: the next layout builds them for this one.
+    editView->showingTabRows.clear();
+    applyRowCount();
+    editView->setEditPosition(0, 0);
+    Q_EMIT layoutChanged();
+    Q_EMIT rowsChanged();
+    Q_EMIT undoStateChanged();
+}
+
+void TabEditSurface::showMessage(const std::optional<QString> &text)
+{
+    lastMessage = text.value_or(QString());
+    Q_EMIT messageChanged();
+}
+
+void TabEditSurface::undo()
+{
+    if (!editView->preEditColumnData)
+        editView->undoEdit();
+}
+
+void TabEditSurface::redo()
+{
+    if (!editView->preEditColumnData)
+        editView->redoEdit();
+}
+
+void TabEditSurface::addColumn()
+{
+    showMessage(editView->addColumnAtCursor());
+}
+
+void TabEditSurface::removeColumn()
+{
+    showMessage(editView->removeColumn(editView->cursorTabRow(), editView->editColIndex));
+}
+
+void TabEditSurface::toggleBar()
+{
+    editView->toggleBarColumn();
+}
+
+void TabEditSurface::clearColumn()
+{
+    editView->clearCursorColumn();
+}
+
+void TabEditSurface::addRow()
+{
+    const int index = editView->cursorTabRow() + 1;
+    editView->insertTabRow(index, TabRowData(editView->numTabColumns, editView->stringCount()));
+    applyRowCount();
+}
+
+void TabEditSurface::tapFret(int fret)
+{
+    editView->pressFret(editView->editColItemIndex + 1, fret);
+    if (editView->commitFretPress()) {
+        const qint64 amount = SavedData::shared().autoCursorAmount;
+        if (amount > 0) {
+            editView->editColIndex += int(std::min<qint64>(amount, 3));
+            editView->setEditPosition(editView->editColIndex, editView->editShowingTabRowIndex);
+        }
+    }
+}
+
+void TabEditSurface::selectChordColumn(int shownRow, qreal x)
+{
+    if (!editView->tabRowTouchesEnabled || shownRow < 0 || shownRow >= editView->showingCount())
+        return;
+    ChordNamesDisplay &display = editView->showingTabRows[shownRow].chordNamesDisplay;
+    const int column = display.columnAt(x);
+    if (column >= 0)
+        editView->chordNameTapped(&display, column);
+}
+
+QPointF TabEditSurface::toContent(const QPointF &position) const
+{
+    return position + editView->contentOffset;
+}
+
+void TabEditSurface::pointerPressed(const QPointF &position)
+{
+    pressPosition = position;
+    pressOffset = editView->contentOffset;
+    dragging = false;
+    editView->touchesBegan({toContent(position)});
+    editView->forceGestureRecognizer.touchBegan(toContent(position));
+}
+
+void TabEditSurface::pointerMoved(const QPointF &position)
+{
+    editView->forceGestureRecognizer.touchMoved(toContent(position));
+    if (editView->noteContextMenu)
+        return;
+    if (!dragging && QLineF(position, pressPosition).length() > 12.0)
+        dragging = true;
+    if (!dragging)
+        return;
+    // A drag scrolls what is larger than the view.
+    const QPointF delta = pressPosition - position;
+    const double maxX = std::max(0.0, contentWidth() - width());
+    const double maxY = std::max(0.0, editView->contentSize.height() - height());
+    editView->setContentOffset(QPointF(std::clamp(pressOffset.x() + delta.x(), 0.0, maxX),
+                                       std::clamp(pressOffset.y() + delta.y(), 0.0, maxY)));
+}
+
+void TabEditSurface::pointerReleased(const QPointF &position)
+{
+    editView->forceGestureRecognizer.touchEnded(toContent(position));
+    dragging = false;
+}
+
+void TabEditSurface::pointerCancelled()
+{
+    editView->forceGestureRecognizer.touchCancelled();
+    dragging = false;
+}
+
+void TabEditSurface::touchEvent(QTouchEvent *event)
+{
+    if (!editView->tabRowTouchesEnabled) {
+        event->ignore();
+        return;
+    }
+    if (event->type() == QEvent::TouchCancel) {
+        trackedTouchId = -1;
+        pointerCancelled();
+        return;
+    }
+    QList<QPointF> began;
+    for (const QEventPoint &point : event->points()) {
+        if (point.state() == QEventPoint::Pressed) {
+            began.append(toContent(point.position()));
+            if (trackedTouchId == -1) {
+                trackedTouchId = point.id();
+                pressPosition = point.position();
+                pressOffset = editView->contentOffset;
+                dragging = false;
+                editView->forceGestureRecognizer.touchBegan(toContent(point.position()));
+            }
+        } else if (point.id() == trackedTouchId) {
+            if (point.state() == QEventPoint::Released) {
+                trackedTouchId = -1;
+                pointerReleased(point.position());
+            } else if (point.state() == QEventPoint::Updated) {
+                pointerMoved(point.position());
+            }
+        }
+    }
+    if (!began.isEmpty())
+        editView->touchesBegan(began);
+    event->accept();
+}
+
+void TabEditSurface::touchUngrabEvent()
+{
+    trackedTouchId = -1;
+    pointerCancelled();
+}
+
+void TabEditSurface::mousePressEvent(QMouseEvent *event)
+{
+    if (!editView->tabRowTouchesEnabled) {
+        event->ignore();
+        return;
+    }
+    pointerPressed(event->position());
+    event->accept();
+}
+
+void TabEditSurface::mouseMoveEvent(QMouseEvent *event)
+{
+    pointerMoved(event->position());
+}
+
+void TabEditSurface::mouseReleaseEvent(QMouseEvent *event)
+{
+    pointerReleased(event->position());
+}
+
+void TabEditSurface::mouseUngrabEvent()
+{
+    pointerCancelled();
+}
