@@ -247,9 +247,9 @@ struct CloudKeyValueStore::Private {
         }
     }
 
-    void check()
+    void check(bool evenIfSameStamp)
     {
-        takeOutsideChanges(false);
+        takeOutsideChanges(evenIfSameStamp);
         mergeConflictCopies();
         arm();
     }
@@ -302,10 +302,12 @@ CloudKeyValueStore &CloudKeyValueStore::shared()
 CloudKeyValueStore::CloudKeyValueStore(const QString &folder, QObject *parent)
     : QObject(parent), d(new Private(this, folder))
 {
-    connect(&d->watcher, &QFileSystemWatcher::fileChanged, this, [this] { d->check(); });
-    connect(&d->watcher, &QFileSystemWatcher::directoryChanged, this, [this] { d->check(); });
+    // A rewrite within one clock tick of ours, of the same size, has our stamp: when the watcher
+    // reports a change the file is read, and only its content tells.
+    connect(&d->watcher, &QFileSystemWatcher::fileChanged, this, [this] { d->check(true); });
+    connect(&d->watcher, &QFileSystemWatcher::directoryChanged, this, [this] { d->check(true); });
     // Some synced folders (network mounts, FUSE) report no changes: a cheap stat catches them.
-    connect(&d->pollTimer, &QTimer::timeout, this, [this] { d->check(); });
+    connect(&d->pollTimer, &QTimer::timeout, this, [this] { d->check(false); });
     d->pollTimer.start(pollInterval);
     d->load();
 }
@@ -366,7 +368,8 @@ void CloudKeyValueStore::setObject(const QVariant &value, const QString &key)
         qCWarning(lcLibrary) << "not a property-list value, not stored:" << key << value;
         return;
     }
-    d->takeOutsideChanges(false);
+    // Outside changes not yet reported must be taken in first, or this write would bury them.
+    d->takeOutsideChanges(true);
     const auto current = d->values.constFind(key);
     if (current != d->values.cend() && current.value() == *stored
         && current.value().typeId() == stored->typeId())
@@ -385,7 +388,7 @@ void CloudKeyValueStore::setObject(const QVariant &value, const QString &key)
 
 void CloudKeyValueStore::removeObjectForKey(const QString &key)
 {
-    d->takeOutsideChanges(false);
+    d->takeOutsideChanges(true);
     if (!d->values.contains(key))
         return;
     d->values.remove(key);
