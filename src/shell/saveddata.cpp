@@ -3,6 +3,7 @@
 #include "apppaths.h"
 #include "library/cloudkeyvaluestore.h"
 #include "model/keyedarchive.h"
+#include "model/plistvariant.h"
 
 #include <QDir>
 #include <QFile>
@@ -74,8 +75,12 @@ void SavedData::load()
 {
     QFile file(filePath);
     std::optional<ArchiveValue> top;
-    if (file.open(QIODevice::ReadOnly))
-        top = KeyedUnarchiver::unarchivedTopLevel(file.readAll());
+    if (file.open(QIODevice::ReadOnly) && file.size() <= PlistVariant::maximumFileBytes) {
+        const QByteArray bytes = file.readAll();
+        // libplist stops the program on some damaged files; those count as no file.
+        if (PlistVariant::isSafeBinaryPlist(bytes))
+            top = KeyedUnarchiver::unarchivedTopLevel(bytes);
+    }
     if (top) {
         createdFirstTab = top->value(u"firsttabkey").toBool();
         tabCreateCount = top->value(u"tabcreatecountkey").toInteger();
@@ -219,7 +224,9 @@ QList<ChordShortcut> SavedData::loadCloudCustomChords() const
         return {};
     QList<ChordShortcut> chords;
     for (const QVariant &entry : cloudStore->arrayForKey(customChordsKey)) {
-        if (entry.typeId() != QMetaType::QByteArray)
+        // Entries come from other machines: one that libplist can't take safely is undecodable.
+        if (entry.typeId() != QMetaType::QByteArray
+            || !PlistVariant::isSafeBinaryPlist(entry.toByteArray()))
             return {};
         const auto chord = ChordShortcut::fromArchivedData(entry.toByteArray());
         if (!chord)

@@ -1,6 +1,7 @@
 #include "library/cloudkeyvaluestore.h"
 #include "model/plistvariant.h"
 
+#include "handmadeplist.h"
 #include "testmain.h"
 
 #include <QDateTime>
@@ -15,68 +16,6 @@
 #include <QTimeZone>
 
 namespace {
-
-// A binary property list assembled by hand, to make shapes that no writer would produce.
-// Objects are given as their encoded bytes; references and offsets are four bytes wide.
-class HandMadePlist
-{
-public:
-    int add(const QByteArray &object)
-    {
-        objects.append(object);
-        return int(objects.size() - 1);
-    }
-    static QByteArray ref(int index)
-    {
-        QByteArray bytes(4, '\0');
-        for (int i = 0; i < 4; ++i)
-            bytes[3 - i] = char((quint32(index) >> (8 * i)) & 0xFF);
-        return bytes;
-    }
-    static QByteArray array(const QList<int> &elements)
-    {
-        QByteArray bytes(1, char(0xA0 | elements.size()));
-        for (int element : elements)
-            bytes += ref(element);
-        return bytes;
-    }
-    static QByteArray dict(const QList<int> &keys, const QList<int> &values)
-    {
-        QByteArray bytes(1, char(0xD0 | keys.size()));
-        for (int key : keys)
-            bytes += ref(key);
-        for (int value : values)
-            bytes += ref(value);
-        return bytes;
-    }
-    static QByteArray ascii(const QByteArray &text)
-    {
-        return QByteArray(1, char(0x50 | text.size())) + text;
-    }
-
-    QByteArray data(int top) const
-    {
-        QByteArray bytes("bplist00");
-        QList<quint32> offsets;
-        for (const QByteArray &object : objects) {
-            offsets.append(quint32(bytes.size()));
-            bytes += object;
-        }
-        const quint32 tableOffset = quint32(bytes.size());
-        for (quint32 offset : offsets)
-            bytes += ref(int(offset));
-        QByteArray trailer(32, '\0');
-        trailer[6] = 4;
-        trailer[7] = 4;
-        trailer.replace(12, 4, ref(int(objects.size())));
-        trailer.replace(20, 4, ref(top));
-        trailer.replace(28, 4, ref(int(tableOffset)));
-        return bytes + trailer;
-    }
-
-private:
-    QList<QByteArray> objects;
-};
 
 QVariantMap sampleValues()
 {
@@ -483,6 +422,13 @@ private Q_SLOTS:
             bomb.add(HandMadePlist::array({3 + i, 3 + i}));
         bomb.add(QByteArray(1, char(0x09)));
         QTest::newRow("expansion") << bomb.data(0);
+
+        // A key with a NUL in it, which libplist itself would stop the program over.
+        HandMadePlist nulKey;
+        nulKey.add(HandMadePlist::dict({1}, {2}));
+        nulKey.add(HandMadePlist::utf16(u"b\u00e4\u0000d"_qs));
+        nulKey.add(HandMadePlist::yes());
+        QTest::newRow("NUL in key") << nulKey.data(0);
 
         QByteArray badTrailer = valid;
         badTrailer[badTrailer.size() - 1] = char(0xFF); // offset table past the end

@@ -2,6 +2,7 @@
 #include "model/keyedarchive.h"
 #include "shell/saveddata.h"
 
+#include "handmadeplist.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -51,6 +52,27 @@ QByteArray readFile(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return file.readAll();
+}
+
+// A keyed archive whose object holds a key with a NUL in it: libplist stops the program when
+// it meets such a key, so the reader must never hand one over.
+QByteArray archiveWithNulKey(bool inTop)
+{
+    HandMadePlist plist;
+    plist.add(HandMadePlist::dict({1, 3, 5}, {2, 4, 6}));
+    plist.add(HandMadePlist::ascii("$archiver"));
+    plist.add(HandMadePlist::ascii("NSKeyedArchiver"));
+    plist.add(HandMadePlist::ascii("$top"));
+    plist.add(inTop ? HandMadePlist::dict({7}, {8}) : HandMadePlist::dict({9}, {10}));
+    plist.add(HandMadePlist::ascii("$objects"));
+    plist.add(HandMadePlist::array({11, 12}));
+    plist.add(HandMadePlist::utf16(u"b\u00e4\u0000d"_qs));
+    plist.add(HandMadePlist::yes());
+    plist.add(HandMadePlist::ascii("root"));
+    plist.add(HandMadePlist::uid(1));
+    plist.add(HandMadePlist::ascii("$null"));
+    plist.add(HandMadePlist::dict({7}, {8}));
+    return plist.data(0);
 }
 
 } // namespace
@@ -297,6 +319,7 @@ private Q_SLOTS:
         QTest::newRow("no data") << QVariant(u"Cloud"_qs);
         QTest::newRow("archive of another kind")
             << QVariant(KeyedArchiver::archivedData(RecentChord{u"X"_qs, true}.toArchiveValue()));
+        QTest::newRow("NUL in a key") << QVariant(archiveWithNulKey(false));
     }
 
     void aCloudEntryThatDoesNotDecodeEmptiesTheCloudList()
@@ -344,6 +367,7 @@ private Q_SLOTS:
         const QByteArray archive = KeyedArchiver::archivedDataKeyedDirectly(
             {{u"defaultstringcountkey"_qs, ArchiveValue::fromInteger(8)}});
         QTest::newRow("truncated archive") << archive.left(archive.size() - 10) << qint64(6);
+        QTest::newRow("NUL in a key") << archiveWithNulKey(true) << qint64(6);
         // An archive, but with none of the keys: every one reads as 0.
         QTest::newRow("archive of an object")
             << KeyedArchiver::archivedData(RecentChord{u"X"_qs, true}.toArchiveValue())
