@@ -45,7 +45,9 @@ int ForceContextMenu::indexAt(QPointF point) const
     if (labels.isEmpty())
         return -1;
     const double distance = QLineF(center, point).length();
-    if (distance < radius * 0.45 || distance > radius + entrySize)
+    // Where the finger started chooses nothing, even when the ring had to move off it.
+    if (distance < radius * 0.45 || distance > radius + entrySize ||
+        QLineF(origin, point).length() < entrySize * 0.5)
         return -1;
     int best = -1;
     double bestDistance = 0.0;
