@@ -1,0 +1,799 @@
+#include "editor/dialogpresenter.h"
+#include "editor/tabeditviewcontroller.h"
+#include "shell/appmanager.h"
+#include "shell/lgundomanager.h"
+#include "shell/lutegriddocument.h"
+#include "shell/saveddata.h"
+#include "surface/fretboard.h"
+#include "testmain.h"
+
+#include <QDir>
+#include <QSignalSpy>
+
+#include <memory>
+
+namespace {
+
+struct Responder : FretResponder {
+    QList<FretPosition> touched;
+    int ended = 0;
+    int cancelled = 0;
+    void fretTouched(int s, int f) override { touched.append({s, f}); }
+    void fretTouchesEnded() override { ++ended; }
+    void fretTouchesCancelled() override { ++cancelled; }
+};
+
+struct Dialogs : DialogPresenter {
+    QStringList messages;
+    QList<QStringList> conflicts;
+    bool presenting = false;
+    bool isPresenting() const override { return presenting; }
+    void presentMessage(const QString &text) override { messages.append(text); }
+    void presentConflict(const QStringList &rows, std::function<void(int)>) override
+    {
+        conflicts.append(rows);
+    }
+    void dismissDialog() override { presenting = false; }
+};
+
+// A board 400 wide and 330 high: strings 280 / 6 high, numbers 50 high below them.
+struct Board {
+    Fretboard board;
+    Responder responder;
+    Board()
+    {
+        board.fretResponder = &responder;
+        board.setFrameSize(QSizeF(400, 330));
+    }
+};
+
+ColumnItemType note(qint64 fret)
+{
+    return ColumnItemType::note(fret);
+}
+
+} // namespace
+
+class TestEditor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void fretSpacingByWidth_data();
+    void fretSpacingByWidth();
+    void fretCountFromSetting_data();
+    void fretCountFromSetting();
+    void touchNamesStringAndFret_data();
+    void touchNamesStringAndFret();
+    void pressEndsOnlyWithLastFinger();
+    void slideScrollsAndCancelsThePress();
+    void positionDots();
+    void highlightPool();
+
+    void fretPressCommitsAndAdvances_data();
+    void fretPressCommitsAndAdvances();
+    void chordOfTwoFingersIsOneStep_data();
+    void chordOfTwoFingersIsOneStep();
+    void openStringLetterCommitsLast();
+    void cancelledPressLeavesNoTrace();
+    void toolsAreGuardedDuringPress();
+    void layoutByWidth_data();
+    void layoutByWidth();
+    void layoutByHeight_data();
+    void layoutByHeight();
+    void compactArrowsFlash();
+    void rowPanMovesAtMostOneRow_data();
+    void rowPanMovesAtMostOneRow();
+    void scrollIndicatorDragMovesRows();
+    void rowsAddAndDelete();
+    void unseenToolsDot_data();
+    void unseenToolsDot();
+    void columnMessagesGoToDialog();
+    void finishEditingKeepsTheRows();
+    void reloadWithOtherStringCount();
+
+private:
+    std::unique_ptr<LutegridDocument> makeDocument(const QString &name, int rows = 1,
+                                                   int columns = 32);
+    std::unique_ptr<TabEditViewController> makeEditor(LutegridDocument *document);
+    QString folder;
+    Dialogs dialogs;
+};
+
+void TestEditor::init()
+{
+    folder = QDir(qEnvironmentVariable("LUTEGRID_HOME"))
+                 .filePath(QString::fromLatin1(QTest::currentTestFunction()));
+    QDir(folder).removeRecursively();
+    QDir().mkpath(folder);
+    SavedData &saved = SavedData::shared();
+    saved.autoCursorAmount = 1;
+    saved.playSounds = false;
+    saved.lastFretCount = 0;
+    saved.freeScrollSetting = false;
+    saved.toolsMarkedSeen = false;
+    saved.toolsMarkedSeenTemporary = false;
+    saved.tabCreateCount = 1;
+    saved.disableFlashNavArrows = false;
+    dialogs = Dialogs();
+}
+
+void TestEditor::cleanup()
+{
+    AppManager::shared().existingTabPaths.clear();
+}
+
+std::unique_ptr<LutegridDocument> TestEditor::makeDocument(const QString &name, int rows,
+                                                           int columns)
+{
+    const QString path = QDir(folder).filePath(name + u".lgrdi"_qs);
+    TabData tab(name);
+    for (int r = 0; r < rows; ++r)
+        tab.tabRowDatas.append(TabRowData(columns, tab.stringCount()));
+    auto document = std::make_unique<LutegridDocument>(path, tab);
+    document->saveToURL(path, LutegridDocument::SaveOperation::ForCreating);
+    document->close();
+    auto opened = std::make_unique<LutegridDocument>(path, std::nullopt);
+    opened->tabName = name;
+    if (!opened->open() || !opened->tabData)
+        return nullptr;
+    // One registration, one step: the tests count steps, not event turns.
+    opened->undoManager()->groupsByEvent = false;
+    return opened;
+}
+
+std::unique_ptr<TabEditViewController> TestEditor::makeEditor(LutegridDocument *document)
+{
+    auto editor = std::make_unique<TabEditViewController>(document);
+    editor->setDialogPresenter(&dialogs);
+    editor->applyViewSize(390, 844);
+    return editor;
+}
+
+// Fretboard
+
+void TestEditor::fretSpacingByWidth_data()
+{
+    QTest::addColumn<double>("width");
+    QTest::addColumn<double>("spacing");
+    QTest::newRow("319.9") << 319.9 << 55.0;
+    QTest::newRow("320") << 320.0 << 60.0;
+    QTest::newRow("379.9") << 379.9 << 60.0;
+    QTest::newRow("380") << 380.0 << 65.0;
+}
+
+void TestEditor::fretSpacingByWidth()
+{
+    QFETCH(double, width);
+    QFETCH(double, spacing);
+    Board b;
+    b.board.setFrameSize(QSizeF(width, 330));
+    QCOMPARE(b.board.fretSpacing, spacing);
+    QCOMPARE(b.board.contentWidth(), 25 * spacing + spacing * 0.5);
+    // Bars and numbers follow the new spacing: bar i stands at i × spacing.
+    QCOMPARE(b.board.fretViews[11].center().x(), 12 * spacing);
+    QCOMPARE(b.board.fretLabels[0].center.x(), spacing * 0.5 + 4.0);
+}
+
+void TestEditor::fretCountFromSetting_data()
+{
+    QTest::addColumn<qint64>("setting");
+    QTest::addColumn<int>("frets");
+    QTest::addColumn<qint64>("stored");
+    QTest::newRow("unset") << qint64(0) << 25 << qint64(25);
+    QTest::newRow("1") << qint64(1) << 21 << qint64(1);
+    QTest::newRow("20") << qint64(20) << 21 << qint64(20);
+    QTest::newRow("21") << qint64(21) << 21 << qint64(21);
+    QTest::newRow("200") << qint64(200) << 80 << qint64(200);
+}
+
+void TestEditor::fretCountFromSetting()
+{
+    QFETCH(qint64, setting);
+    QFETCH(int, frets);
+    QFETCH(qint64, stored);
+    Board b;
+    SavedData::shared().lastFretCount = setting;
+    b.board.refreshFretCount();
+    QCOMPARE(int(b.board.numFrets), frets);
+    QCOMPARE(b.board.fretViews.size(), frets);
+    QCOMPARE(b.board.fretLabels.last().text, QString::number(frets));
+    QCOMPARE(SavedData::shared().lastFretCount, stored);
+}
+
+void TestEditor::touchNamesStringAndFret_data()
+{
+    QTest::addColumn<QPointF>("point");
+    QTest::addColumn<double>("offset");
+    QTest::addColumn<int>("stringNum");
+    QTest::addColumn<int>("fretNum");
+    // Bands of 280 / 6 points; fret 1 ends where x - 6 reaches a spacing of 65.
+    QTest::newRow("left edge") << QPointF(5, 50) << 0.0 << 2 << 1;
+    QTest::newRow("fret 1 end") << QPointF(70, 50) << 0.0 << 2 << 1;
+    QTest::newRow("fret 2 start") << QPointF(71, 50) << 0.0 << 2 << 2;
+    QTest::newRow("scrolled") << QPointF(20, 10) << 130.0 << 1 << 3;
+    QTest::newRow("lowest string") << QPointF(200, 279) << 0.0 << 6 << 3;
+    QTest::newRow("past the last fret") << QPointF(399, 100) << 1257.5 << 3 << 26;
+    QTest::newRow("dead band") << QPointF(100, 7) << 0.0 << 0 << 0;
+    QTest::newRow("numbers") << QPointF(100, 300) << 0.0 << 0 << 0;
+}
+
+void TestEditor::touchNamesStringAndFret()
+{
+    QFETCH(QPointF, point);
+    QFETCH(double, offset);
+    QFETCH(int, stringNum);
+    QFETCH(int, fretNum);
+    Board b;
+    b.board.setContentOffsetX(offset);
+    QCOMPARE(b.board.contentOffset.x(), offset);
+    b.board.touchBegan(1, point);
+    QCOMPARE(b.board.fretTouchesInProgress.size(), 1);
+    if (stringNum == 0)
+        QVERIFY(b.responder.touched.isEmpty());
+    else
+        QCOMPARE(b.responder.touched, QList<FretPosition>({{stringNum, fretNum}}));
+    // A touch that named nothing still ends the press.
+    b.board.touchEnded(1);
+    QCOMPARE(b.responder.ended, 1);
+    QVERIFY(b.board.fretTouchesInProgress.isEmpty());
+}
+
+void TestEditor::pressEndsOnlyWithLastFinger()
+{
+    Board b;
+    b.board.touchBegan(1, QPointF(100, 20));
+    b.board.touchBegan(2, QPointF(160, 100));
+    QCOMPARE(b.responder.touched.size(), 2);
+    b.board.touchEnded(1);
+    QCOMPARE(b.responder.ended, 0);
+    b.board.touchEnded(2);
+    QCOMPARE(b.responder.ended, 1);
+    // A system cancel empties the set and says so once.
+    b.board.touchBegan(3, QPointF(100, 20));
+    b.board.touchBegan(4, QPointF(100, 100));
+    b.board.touchesCancelled();
+    QCOMPARE(b.responder.cancelled, 1);
+    QVERIFY(b.board.fretTouchesInProgress.isEmpty());
+    b.board.touchEnded(3);
+    QCOMPARE(b.responder.ended, 1);
+}
+
+void TestEditor::slideScrollsAndCancelsThePress()
+{
+    Board b;
+    b.board.setContentOffsetX(200);
+    b.board.touchBegan(1, QPointF(300, 50));
+    b.board.touchBegan(2, QPointF(100, 150));
+    // A finger that stays (within the slop) keeps its note.
+    b.board.touchMoved(1, QPointF(292, 58), 0.01);
+    QCOMPARE(b.responder.cancelled, 0);
+    QCOMPARE(b.board.contentOffset.x(), 200.0);
+    b.board.touchMoved(1, QPointF(285, 50), 0.02);
+    QCOMPARE(b.responder.cancelled, 1);
+    QVERIFY(b.board.isScrolling());
+    b.board.touchMoved(1, QPointF(185, 50), 0.04);
+    QCOMPARE(b.board.contentOffset.x(), 300.0);
+    // No finger of the cancelled press ends it again, and a new one plays nothing.
+    b.board.touchBegan(3, QPointF(50, 50));
+    QCOMPARE(b.responder.touched.size(), 2);
+    b.board.touchEnded(2);
+    b.board.touchEnded(3);
+    b.board.touchEnded(1);
+    QCOMPARE(b.responder.ended, 0);
+    // The flick runs on after the finger lifts, slows, and stops inside the content.
+    const double atRelease = b.board.contentOffset.x();
+    int steps = 0;
+    while (b.board.stepMomentum(1.0 / 60.0) && steps < 1000)
+        ++steps;
+    QVERIFY(steps > 5);
+    QVERIFY(b.board.contentOffset.x() > atRelease);
+    QVERIFY(b.board.contentOffset.x() <= b.board.maxContentOffsetX());
+    // The next touch plays again.
+    b.board.touchBegan(4, QPointF(50, 50));
+    QCOMPARE(b.responder.touched.size(), 3);
+}
+
+void TestEditor::positionDots()
+{
+    SavedData::shared().lastFretCount = 27;
+    Board b;
+    b.board.refreshFretCount();
+    const double s = b.board.fretSpacing;
+    auto dotsAt = [&](int fret) {
+        const double c = fret * s - s * 0.5;
+        int count = 0;
+        for (const QRectF &dot : std::as_const(b.board.posMarkerViews)) {
+            if (qAbs(dot.center().x() - c) < 0.01)
+                ++count;
+        }
+        return count;
+    };
+    const QList<int> expected = {0, 0, 1, 0, 1, 0, 1, 0, 1, 0, 0, 2, 0, 0, 1, 0, 1,
+                                 0, 1, 0, 1, 0, 0, 2, 0, 0, 1};
+    for (int fret = 1; fret <= 27; ++fret)
+        QVERIFY2(dotsAt(fret) == expected[fret - 1], qPrintable(QString::number(fret)));
+    // At 330 points high the dot is 28 across, the pair 46 from the middle.
+    const QRectF single = b.board.posMarkerViews.first();
+    QCOMPARE(single.width(), 28.0);
+    QCOMPARE(single.center().y(), 140.0);
+}
+
+void TestEditor::highlightPool()
+{
+    Board b;
+    b.board.setFrameSize(QSizeF(400, 380));
+    QCOMPARE(b.board.stringTouchHeight, 55.0);
+    b.board.setHighlights({{1, 3}, {2, 5}, {3, 0}});
+    QCOMPARE(b.board.visibleHighlights().size(), 2);
+    const QRectF frame = b.board.visibleHighlights().first().frame;
+    QCOMPARE(frame.width(), 81.0);
+    QCOMPARE(frame.height(), 57.0 * 1.1);
+    QCOMPARE(frame.x(), 65.0 * 3 - (81.0 + 65.0) * 0.5 + 6.5);
+    QCOMPARE(frame.center().y(), 27.5);
+    b.board.setHighlights({{2, 5}});
+    QCOMPARE(b.board.visibleHighlights().size(), 1);
+    QCOMPARE(b.board.fretHighlights.size(), 2);
+    // A new width moves the shown marks with the frets.
+    b.board.setFrameSize(QSizeF(300, 380));
+    QCOMPARE(b.board.visibleHighlights().first().frame.width(), 55.0 * 81.0 / 65.0);
+}
+
+// Fret input through the controller
+
+void TestEditor::fretPressCommitsAndAdvances_data()
+{
+    QTest::addColumn<qint64>("amount");
+    QTest::addColumn<int>("startColumn");
+    QTest::addColumn<bool>("alreadyThere");
+    QTest::addColumn<int>("endColumn");
+    QTest::newRow("advance 1") << qint64(1) << 0 << false << 1;
+    QTest::newRow("advance capped at 3") << qint64(7) << 4 << false << 7;
+    QTest::newRow("no advance at 0") << qint64(0) << 4 << false << 4;
+    QTest::newRow("stops at row end") << qint64(2) << 31 << false << 31;
+    QTest::newRow("same note clears") << qint64(1) << 5 << true << 5;
+}
+
+void TestEditor::fretPressCommitsAndAdvances()
+{
+    QFETCH(qint64, amount);
+    QFETCH(int, startColumn);
+    QFETCH(bool, alreadyThere);
+    QFETCH(int, endColumn);
+    auto document = makeDocument(u"Song"_qs);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    view->setEditPosition(startColumn, 0);
+    if (alreadyThere) {
+        editor->fretTouched(2, 3);
+        editor->fretTouchesEnded();
+        view->setEditPosition(startColumn, 0);
+    }
+    LgUndoManager *undo = document->undoManager();
+    SavedData::shared().autoCursorAmount = amount;
+    const bool hadUndo = undo->canUndo();
+
+    editor->fretTouched(2, 3);
+    QVERIFY(editor->pressInProgress());
+    QVERIFY(view->preEditColumnData);
+    editor->fretTouchesEnded();
+    QVERIFY(!editor->pressInProgress());
+    QVERIFY(undo->canUndo());
+    QVERIFY(editor->undoEnabled);
+    QCOMPARE(view->editColIndex, endColumn);
+    const ColumnItemType expected = alreadyThere ? ColumnItemType::blank() : note(3);
+    QCOMPARE(view->tabRows[0].colDatas[startColumn].columnItems[1], expected);
+    // The highlights follow the cursor: the new column's marks.
+    const bool cursorOnNote = view->editColIndex == startColumn && !alreadyThere;
+    QCOMPARE(editor->fretboard()->visibleHighlights().size(), cursorOnNote ? 1 : 0);
+    // One step: undone, the column is what it was.
+    undo->undo();
+    QCOMPARE(view->tabRows[0].colDatas[startColumn].columnItems[1],
+             alreadyThere ? note(3) : ColumnItemType::blank());
+    QCOMPARE(undo->canUndo(), hadUndo);
+}
+
+void TestEditor::chordOfTwoFingersIsOneStep_data()
+{
+    QTest::addColumn<bool>("firstLiftsFirst");
+    QTest::newRow("first lifts first") << true;
+    QTest::newRow("second lifts first") << false;
+}
+
+void TestEditor::chordOfTwoFingersIsOneStep()
+{
+    QFETCH(bool, firstLiftsFirst);
+    auto document = makeDocument(u"Chord"_qs);
+    auto editor = makeEditor(document.get());
+    Fretboard *board = editor->fretboard();
+    const double s = board->fretSpacing;
+    const double t = board->stringTouchHeight;
+    board->touchBegan(1, QPointF(s * 1.5, t * 0.5));
+    board->touchBegan(2, QPointF(s * 2.5, t * 1.5));
+    QCOMPARE(board->visibleHighlights().size(), 2);
+    board->touchEnded(firstLiftsFirst ? 1 : 2);
+    QVERIFY(editor->fretRegTouchInProgress);
+    QVERIFY(!document->undoManager()->canUndo());
+    board->touchEnded(firstLiftsFirst ? 2 : 1);
+    TabEditView *view = editor->tabEditView();
+    const QList<ColumnItemType> items = view->tabRows[0].colDatas[0].columnItems;
+    QCOMPARE(items[0], note(2));
+    QCOMPARE(items[1], note(3));
+    QCOMPARE(view->editColIndex, 1);
+    document->undoManager()->undo();
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
+    QVERIFY(!document->undoManager()->canUndo());
+}
+
+void TestEditor::openStringLetterCommitsLast()
+{
+    auto document = makeDocument(u"Open"_qs);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    editor->fretLetterPressed(6);
+    QCOMPARE(editor->openStringMarks(), QVariantList({6}));
+    editor->fretTouched(1, 2);
+    editor->fretTouchesEnded();
+    // The other hand is still on the letter: nothing is committed yet.
+    QVERIFY(view->preEditColumnData);
+    QVERIFY(!document->undoManager()->canUndo());
+    QCOMPARE(view->editColIndex, 0);
+    editor->fretLetterReleased();
+    QVERIFY(!view->preEditColumnData);
+    QVERIFY(document->undoManager()->canUndo());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[5], note(0));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], note(2));
+    QCOMPARE(view->editColIndex, 1);
+    // And the other order: the fret lifts last and commits.
+    editor->fretLetterPressed(5);
+    editor->fretTouched(2, 7);
+    editor->fretLetterReleased();
+    QVERIFY(view->preEditColumnData);
+    editor->fretTouchesEnded();
+    QVERIFY(!view->preEditColumnData);
+    QCOMPARE(view->editColIndex, 2);
+}
+
+void TestEditor::cancelledPressLeavesNoTrace()
+{
+    auto document = makeDocument(u"Cancel"_qs);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    editor->fretLetterPressed(3);
+    editor->fretTouched(2, 3);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], note(3));
+    editor->fretTouchesCancelled();
+    QVERIFY(!editor->pressInProgress());
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
+    QVERIFY(!document->undoManager()->canUndo());
+    QCOMPARE(view->editColIndex, 0);
+    // The letter's lift after the cancel commits nothing.
+    editor->fretLetterReleased();
+    QVERIFY(!document->undoManager()->canUndo());
+}
+
+void TestEditor::toolsAreGuardedDuringPress()
+{
+    auto document = makeDocument(u"Guard"_qs, 2);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    editor->fretTouched(1, 5);
+    editor->fretTouchesEnded();
+    view->setEditPosition(0, 0);
+    QVERIFY(document->undoManager()->canUndo());
+
+    editor->fretTouched(2, 3);
+    editor->tabClear();
+    editor->undoEdit();
+    editor->redoEdit();
+    editor->addTabRow();
+    editor->insertTabRow();
+    editor->deleteTabRow();
+    QCOMPARE(view->tabRows.size(), 2);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], note(5));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], note(3));
+    // Column tools are not guarded.
+    editor->addTabColumn();
+    QCOMPARE(view->numTabColumns, 33);
+    editor->fretTouchesEnded();
+    // Once released, the same tools act.
+    editor->deleteTabRow();
+    QCOMPARE(view->tabRows.size(), 1);
+    editor->undoEdit();
+    QCOMPARE(view->tabRows.size(), 2);
+}
+
+void TestEditor::layoutByWidth_data()
+{
+    QTest::addColumn<double>("width");
+    QTest::addColumn<bool>("compact");
+    QTest::addColumn<bool>("compacted");
+    QTest::addColumn<bool>("canShow");
+    QTest::addColumn<double>("lettersWidth");
+    QTest::newRow("339") << 339.0 << true << true << false << 35.0;
+    QTest::newRow("340") << 340.0 << false << true << true << 44.0;
+    QTest::newRow("474") << 474.0 << false << true << true << 44.0;
+    QTest::newRow("475") << 475.0 << false << false << false << 44.0;
+}
+
+void TestEditor::layoutByWidth()
+{
+    QFETCH(double, width);
+    QFETCH(bool, compact);
+    QFETCH(bool, compacted);
+    QFETCH(bool, canShow);
+    QFETCH(double, lettersWidth);
+    auto document = makeDocument(u"Wide"_qs);
+    auto editor = makeEditor(document.get());
+    editor->applyViewSize(width, 844);
+    QCOMPARE(editor->compactToolbar, compact);
+    QCOMPARE(editor->editMoveButtsCompacted, compacted);
+    QCOMPARE(editor->editMoveButtsCanShow, canShow);
+    QCOMPARE(editor->fretLettersWidth, lettersWidth);
+    QCOMPARE(editor->buttonWidths().value(u"undo"_qs).toInt(), compact ? 29 : 44);
+    QCOMPARE(editor->fretboard()->frameSize.width(), width - lettersWidth);
+}
+
+void TestEditor::layoutByHeight_data()
+{
+    QTest::addColumn<QSizeF>("size");
+    QTest::addColumn<int>("rowsInTab");
+    QTest::addColumn<bool>("freeScroll");
+    QTest::addColumn<bool>("shortLayout");
+    QTest::addColumn<double>("fretboardHeight");
+    QTest::addColumn<double>("labelHeight");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<double>("rowsHeight");
+    // h × 0.7 under 330 is too short for the fretboard.
+    QTest::newRow("short") << QSizeF(800, 471) << 3 << false << true << 0.0 << 50.0 << 1
+                           << 279.0;
+    QTest::newRow("just tall enough") << QSizeF(800, 472) << 3 << false << false << 37.0
+                                      << 20.0 << 1 << 279.0;
+    QTest::newRow("narrow fretboard") << QSizeF(390, 700) << 3 << false << false << 265.0
+                                      << 20.0 << 1 << 279.0;
+    QTest::newRow("phone") << QSizeF(390, 844) << 3 << false << false << 330.0 << 50.0 << 1
+                           << 279.0;
+    QTest::newRow("tablet") << QSizeF(820, 1180) << 3 << false << false << 330.0 << 50.0 << 2
+                            << 578.0;
+    QTest::newRow("tablet, one row tab") << QSizeF(820, 1180) << 1 << false << false << 330.0
+                                         << 50.0 << 1 << 279.0;
+    QTest::newRow("free scroll") << QSizeF(1280, 1400) << 3 << true << false << 330.0 << 50.0
+                                 << 3 << 877.0;
+    QTest::newRow("free scroll, short of room") << QSizeF(1280, 800) << 3 << true << false
+                                                << 330.0 << 50.0 << 3 << 349.0;
+}
+
+void TestEditor::layoutByHeight()
+{
+    QFETCH(QSizeF, size);
+    QFETCH(int, rowsInTab);
+    QFETCH(bool, freeScroll);
+    QFETCH(bool, shortLayout);
+    QFETCH(double, fretboardHeight);
+    QFETCH(double, labelHeight);
+    QFETCH(int, rows);
+    QFETCH(double, rowsHeight);
+    SavedData::shared().freeScrollSetting = freeScroll;
+    auto document = makeDocument(u"Tall"_qs, rowsInTab);
+    auto editor = std::make_unique<TabEditViewController>(document.get());
+    editor->applyViewSize(size.width(), size.height());
+    QCOMPARE(editor->shortLayout, shortLayout);
+    QCOMPARE(editor->fretboardHeight, fretboardHeight);
+    QCOMPARE(editor->fretLabelHeight, labelHeight);
+    QCOMPARE(editor->freeScroll(), freeScroll);
+    QCOMPARE(editor->visibleRows, rows);
+    QCOMPARE(editor->tabEditViewHeight, rowsHeight);
+    QCOMPARE(editor->tabEditView()->showingCount(), rows);
+    QCOMPARE(editor->tabEditView()->frameSize.height(), rowsHeight);
+    if (!freeScroll)
+        QCOMPARE(editor->tabEditView()->tabRowPitch(), 299.0);
+    // The preview shows the row after the window, where there is one and a fretboard.
+    const bool preview = !freeScroll && !shortLayout && rows < rowsInTab;
+    QCOMPARE(editor->nextRowPreviewRow, preview ? rows : -1);
+    // Once settled, the scroll style stays through later sizes.
+    SavedData::shared().freeScrollSetting = !freeScroll;
+    editor->applyViewSize(size.width() + 1, size.height());
+    QCOMPARE(editor->freeScroll(), freeScroll);
+}
+
+void TestEditor::compactArrowsFlash()
+{
+    auto document = makeDocument(u"Arrows"_qs);
+    auto editor = makeEditor(document.get());
+    editor->applyViewSize(400, 844);
+    editor->editRightPress();
+    QVERIFY(editor->editMoveButtsShown);
+    QVERIFY(editor->editLeftEnabled);
+    QCOMPARE(editor->editMoveButtsTimer.interval(), 1700);
+    QVERIFY(editor->editMoveButtsTimer.isActive());
+    editor->editMoveButtsTimer.setInterval(10);
+    editor->editRightPress();
+    QTRY_VERIFY(!editor->editMoveButtsShown);
+    // Wide enough for arrows of their own: nothing flashes; a setting turns it off as well.
+    editor->applyViewSize(600, 844);
+    editor->editRightPress();
+    QVERIFY(!editor->editMoveButtsShown);
+    editor->applyViewSize(400, 844);
+    SavedData::shared().disableFlashNavArrows = true;
+    editor->editLeftPress();
+    QVERIFY(!editor->editMoveButtsShown);
+}
+
+void TestEditor::rowPanMovesAtMostOneRow_data()
+{
+    QTest::addColumn<int>("startRow");
+    QTest::addColumn<double>("rowsDragged");
+    QTest::addColumn<double>("velocity");
+    QTest::addColumn<int>("endRow");
+    QTest::newRow("0.4 up stays") << 1 << -0.4 << 0.0 << 1;
+    QTest::newRow("0.6 up moves on") << 1 << -0.6 << 0.0 << 2;
+    QTest::newRow("0.6 down moves back") << 1 << 0.6 << 0.0 << 0;
+    QTest::newRow("flick moves one") << 0 << -0.2 << -20000.0 << 1;
+    QTest::newRow("first row can't go back") << 0 << 0.9 << 0.0 << 0;
+}
+
+void TestEditor::rowPanMovesAtMostOneRow()
+{
+    QFETCH(int, startRow);
+    QFETCH(double, rowsDragged);
+    QFETCH(double, velocity);
+    QFETCH(int, endRow);
+    auto document = makeDocument(u"Pan"_qs, 5);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    view->moveToTabRow(startRow, true, false);
+    QCOMPARE(view->tabRowIndex, startRow);
+    const double pitch = view->tabRowPitch();
+    QVERIFY(!editor->panBegan(100, -5));
+    QVERIFY(editor->panBegan(100, 100));
+    editor->panChanged(rowsDragged * pitch);
+    QCOMPARE(editor->panOffsetY, rowsDragged * pitch);
+    editor->panEnded(velocity);
+    QVERIFY(editor->panSettling);
+    QCOMPARE(editor->panSettleTimer.interval(), 100);
+    QCOMPARE(editor->panOffsetY, (startRow - endRow) * pitch);
+    QTRY_VERIFY(!editor->panSettling);
+    QCOMPARE(view->tabRowIndex, endRow);
+    QCOMPARE(editor->panOffsetY, 0.0);
+    QCOMPARE(editor->scrubberY(), endRow * editor->singlePositionHeight());
+}
+
+void TestEditor::scrollIndicatorDragMovesRows()
+{
+    auto document = makeDocument(u"Indicator"_qs, 9);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    QVERIFY(editor->indicatorVisible());
+    const double single = editor->singlePositionHeight();
+    QVERIFY(single > 0);
+    editor->indicatorTouchBegan(10);
+    QVERIFY(editor->indicatorDragging());
+    editor->indicatorTouchMoved(10 + single * 3.2);
+    editor->indicatorTouchEnded();
+    QCOMPARE(view->tabRowIndex, 3);
+    QVERIFY(!editor->indicatorDragging());
+    QVERIFY(editor->indicatorShown);
+    // Past the end the scrubber stops at the last position.
+    editor->indicatorTouchBegan(0);
+    editor->indicatorTouchMoved(5000);
+    editor->indicatorTouchEnded();
+    QCOMPARE(view->tabRowIndex, 8);
+    // A cancelled drag returns to where it was.
+    editor->indicatorTouchBegan(0);
+    editor->indicatorTouchMoved(-5000);
+    editor->indicatorTouchCancelled();
+    QTRY_COMPARE(view->tabRowIndex, 8);
+    QCOMPARE(editor->scrubberY(), 8 * single);
+}
+
+void TestEditor::rowsAddAndDelete()
+{
+    auto document = makeDocument(u"Rows"_qs, 1);
+    auto editor = makeEditor(document.get());
+    TabEditView *view = editor->tabEditView();
+    // A tab's only row stays.
+    editor->deleteTabRow();
+    QCOMPARE(view->tabRows.size(), 1);
+    QVERIFY(!document->undoManager()->canUndo());
+    editor->addTabRow();
+    QCOMPARE(view->tabRows.size(), 2);
+    // The window of one row can't grow: the rows slide in from one row lower.
+    QVERIFY(editor->panSettling);
+    QCOMPARE(view->tabRowIndex, 1);
+    QVERIFY(SavedData::shared().toolsMarkedSeen);
+    QTRY_VERIFY(!editor->panSettling);
+    QCOMPARE(editor->panOffsetY, 0.0);
+    editor->fretTouched(1, 9);
+    editor->fretTouchesEnded();
+    QCOMPARE(view->tabRows[1].colDatas[0].columnItems[0], note(9));
+    editor->insertTabRow();
+    QCOMPARE(view->tabRows.size(), 3);
+    QVERIFY(view->tabRows[1].colDatas[0].isSameColumn(TabColumnData(6)));
+    QCOMPARE(view->tabRows[2].colDatas[0].columnItems[0], note(9));
+    editor->deleteTabRow();
+    QCOMPARE(view->tabRows.size(), 2);
+}
+
+void TestEditor::unseenToolsDot_data()
+{
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("one row, last 8") << 1 << 32 << 24 << true;
+    QTest::newRow("one row, before last 8") << 1 << 32 << 23 << false;
+    QTest::newRow("two rows") << 2 << 32 << 30 << false;
+    QTest::newRow("10 columns") << 1 << 10 << 9 << false;
+}
+
+void TestEditor::unseenToolsDot()
+{
+    QFETCH(int, rows);
+    QFETCH(int, columns);
+    QFETCH(int, column);
+    QFETCH(bool, shown);
+    auto document = makeDocument(u"Beginner"_qs, rows, columns);
+    auto editor = makeEditor(document.get());
+    editor->tabEditView()->setEditPosition(column, 0);
+    editor->fretTouched(3, 2);
+    editor->fretTouchesEnded();
+    QCOMPARE(editor->moreToolsUnseenDotShown, shown);
+    if (shown) {
+        // Adding a column counts as having found the tools.
+        editor->addTabColumn();
+        QVERIFY(!editor->moreToolsUnseenDotShown);
+        QVERIFY(SavedData::shared().toolsMarkedSeen);
+    }
+}
+
+void TestEditor::columnMessagesGoToDialog()
+{
+    auto document = makeDocument(u"Narrow"_qs, 1, 13);
+    auto editor = makeEditor(document.get());
+    editor->deleteTabColumn();
+    QCOMPARE(dialogs.messages, QStringList({u"Minimum column count 12"_qs}));
+    QCOMPARE(editor->tabEditView()->numTabColumns, 13);
+}
+
+void TestEditor::finishEditingKeepsTheRows()
+{
+    auto document = makeDocument(u"Keep"_qs);
+    const QString path = document->fileURL();
+    auto editor = makeEditor(document.get());
+    QCOMPARE(editor->title(), u"Edit - Keep"_qs);
+    QSignalSpy finished(editor.get(), &TabEditViewController::finished);
+    editor->fretTouched(4, 12);
+    editor->fretTouchesEnded();
+    editor->finishEditing();
+    QCOMPARE(finished.size(), 1);
+    QVERIFY(document->documentState().testFlag(LutegridDocument::Closed));
+    QVERIFY(!document->changeListener);
+    LutegridDocument reopened(path, std::nullopt);
+    QVERIFY(reopened.open());
+    QVERIFY(reopened.tabData);
+    QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+}
+
+void TestEditor::reloadWithOtherStringCount()
+{
+    auto document = makeDocument(u"Bass"_qs, 2);
+    auto editor = makeEditor(document.get());
+    TabData bass(u"Bass"_qs, {TabRowData(20, 4), TabRowData(20, 4), TabRowData(20, 4)},
+                 standardStringNotes(4), std::nullopt, std::nullopt);
+    editor->documentReloaded(bass);
+    TabEditView *view = editor->tabEditView();
+    QCOMPARE(view->stringCount(), 4);
+    QCOMPARE(view->tabRows.size(), 3);
+    QCOMPARE(view->numTabColumns, 20);
+    QCOMPARE(editor->fretboard()->numStrings, 4.0);
+    // Four strings take 40 points less of both the rows and the fretboard.
+    QCOMPARE(editor->tabEditViewHeight, 239.0);
+    QCOMPARE(editor->fretboardHeight, 290.0);
+    QCOMPARE(editor->stringNotes().size(), 4);
+}
+
+LUTEGRID_TEST_MAIN(TestEditor)
+#include "tst_editor.moc"
