@@ -68,6 +68,7 @@ Rectangle {
             TabEditArea {
                 id: area
                 objectName: "surface"
+                rowsWanted: 2
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Component.onCompleted: loadTab("qrc:/Lutegrid/Surface/demo.lgrd")

@@ -4,23 +4,23 @@ import Lutegrid.Surface
 
 // The surface with its rows, lyric fields, cursor and note menu laid out from its geometry.
 TabEditSurface {
-    id: surface
+    id: area
 
     Item {
         id: content
-        x: -surface.contentX
-        y: -surface.contentY
-        width: surface.contentWidth
-        height: surface.contentHeight
+        x: -area.contentX
+        y: -area.contentY
+        width: area.contentWidth
+        height: area.contentHeight
 
         Repeater {
-            model: surface.shownRowCount
+            model: area.shownRowCount
             delegate: Item {
                 id: shownRow
                 required property int index
-                readonly property rect rowRect: surface.rowRects[index] ?? Qt.rect(0, 0, 0, 0)
-                readonly property rect chordRect: surface.chordRects[index] ?? Qt.rect(0, 0, 0, 0)
-                readonly property rect lyricRect: surface.lyricRects[index] ?? Qt.rect(0, 0, 0, 0)
+                readonly property rect rowRect: area.rowRects[index] ?? Qt.rect(0, 0, 0, 0)
+                readonly property rect chordRect: area.chordRects[index] ?? Qt.rect(0, 0, 0, 0)
+                readonly property rect lyricRect: area.lyricRects[index] ?? Qt.rect(0, 0, 0, 0)
 
                 TextField {
                     objectName: "lyricsField" + shownRow.index
@@ -28,10 +28,10 @@ TabEditSurface {
                     y: shownRow.lyricRect.y
                     width: shownRow.lyricRect.width
                     height: shownRow.lyricRect.height
-                    text: surface.lyricTexts[shownRow.index] ?? ""
+                    text: area.lyricTexts[shownRow.index] ?? ""
                     placeholderText: "lyrics"
                     font.family: "JetBrains Mono"
-                    font.pixelSize: surface.lyricFontSize
+                    font.pixelSize: area.lyricFontSize
                     color: SurfacePalette.colorLabel
                     placeholderTextColor: SurfacePalette.colorSecondaryLabel
                     background: Rectangle {
@@ -42,9 +42,9 @@ TabEditSurface {
                 }
                 ChordNamesDisplay {
                     objectName: "chordNames" + shownRow.index
-                    surface: surface
+                    surface: area
                     shownRow: shownRow.index
-                    visible: !surface.chordNamesHidden
+                    visible: !area.chordNamesHidden
                     x: shownRow.chordRect.x
                     y: shownRow.chordRect.y
                     width: shownRow.chordRect.width
@@ -52,7 +52,7 @@ TabEditSurface {
                 }
                 TabRowView {
                     objectName: "tabRow" + shownRow.index
-                    surface: surface
+                    surface: area
                     shownRow: shownRow.index
                     x: shownRow.rowRect.x
                     y: shownRow.rowRect.y
@@ -64,14 +64,14 @@ TabEditSurface {
 
         Rectangle {
             objectName: "editColumnHighlight"
-            visible: surface.highlightVisible
-            x: surface.highlightRect.x
-            y: surface.highlightRect.y
-            width: surface.highlightRect.width
-            height: surface.highlightRect.height
+            visible: area.highlightVisible
+            x: area.highlightRect.x
+            y: area.highlightRect.y
+            width: area.highlightRect.width
+            height: area.highlightRect.height
             color: SurfacePalette.colorEditColHighlightBg
             border.color: SurfacePalette.colorEditColHighlightBorder
-            border.width: surface.editColBorderWidth
+            border.width: area.editColBorderWidth
             radius: 2
         }
     }
@@ -79,7 +79,7 @@ TabEditSurface {
     ForceContextMenuView {
         objectName: "noteMenu"
         anchors.fill: parent
-        surface: surface
+        surface: area
         visible: open
         z: 10
     }

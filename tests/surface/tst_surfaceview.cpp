@@ -1,0 +1,261 @@
+#include "shell/saveddata.h"
+#include "surface/tabeditview.h"
+#include "surfacepalette.h"
+#include "tabeditsurface.h"
+#include "tabrowviewitem.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QPointingDevice>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
+
+// Drives the demo page as a user would, with touches and clicks, and keeps screenshots.
+class TestSurfaceView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void touchesPlaceCursorAndEdit();
+    void heldNoteOpensMenu();
+    void mouseWorksToo();
+    void screenshots_data();
+    void screenshots();
+    void pressRepaintsOnlyItsColumn();
+    void magicModeLeavesLyricFieldsUsable();
+
+private:
+    QPoint scenePoint(double contentX, double contentY) const;
+    QQuickItem *find(const char *name) const;
+    void tap(QPoint point);
+    QImage grab();
+
+    std::unique_ptr<QQuickView> window;
+    QPointingDevice *touch = nullptr;
+    TabEditSurface *surface = nullptr;
+    QString shots;
+};
+
+void TestSurfaceView::initTestCase()
+{
+    touch = QTest::createTouchDevice();
+    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/surface-shots"_qs);
+    QDir().mkpath(shots);
+}
+
+void TestSurfaceView::init()
+{
+    SavedData::resetShared();
+    SavedData::shared().autoCursorAmount = 1;
+    SurfacePalette::instance()->setDark(false);
+    window = std::make_unique<QQuickView>();
+    window->setResizeMode(QQuickView::SizeRootObjectToView);
+    window->resize(900, 640);
+    window->setSource(QUrl(u"qrc:/Lutegrid/Surface/SurfaceDemoPage.qml"_qs));
+    QVERIFY2(window->status() == QQuickView::Ready, qPrintable(window->errors().value(0).toString()));
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    surface = window->rootObject()->findChild<TabEditSurface *>(u"surface"_qs);
+    QVERIFY(surface);
+    QTRY_VERIFY(surface->view()->showingCount() >= 2);
+    QCOMPARE(surface->view()->stringNotes.size(), 6);
+}
+
+void TestSurfaceView::cleanup()
+{
+    window.reset();
+    surface = nullptr;
+}
+
+// Repeater delegates are children of their item only, so the search walks the item tree.
+static QQuickItem *findItem(QQuickItem *item, const QString &name)
+{
+    if (item->objectName() == name)
+        return item;
+    for (QQuickItem *child : item->childItems()) {
+        if (QQuickItem *found = findItem(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+QQuickItem *TestSurfaceView::find(const char *name) const
+{
+    return findItem(window->rootObject(), QString::fromLatin1(name));
+}
+
+QPoint TestSurfaceView::scenePoint(double contentX, double contentY) const
+{
+    const QPointF offset = surface->view()->contentOffset;
+    return surface->mapToScene(QPointF(contentX, contentY) - offset).toPoint();
+}
+
+void TestSurfaceView::tap(QPoint point)
+{
+    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
+    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
+    QCoreApplication::processEvents();
+}
+
+QImage TestSurfaceView::grab()
+{
+    QCoreApplication::processEvents();
+    QTest::qWait(30);
+    return window->grabWindow();
+}
+
+void TestSurfaceView::touchesPlaceCursorAndEdit()
+{
+    TabEditView *view = surface->view();
+    const double h = view->headerBandHeight();
+    const double item = view->itemHeight();
+    // Column 8 of the first row, fourth string.
+    tap(scenePoint(8 * 25 + 12, h + item * 3.5));
+    QCOMPARE(view->editColIndex, 8);
+    QCOMPARE(view->editColItemIndex, 3);
+    // The lyric band is no place for the cursor.
+    tap(scenePoint(20 * 25 + 12, 10));
+    QCOMPARE(view->editColIndex, 8);
+
+    const TabColumnData before = view->tabRows[0].colDatas[8];
+    QQuickItem *fret = find("fret7");
+    QVERIFY(fret);
+    tap(fret->mapToScene(QPointF(fret->width() / 2, fret->height() / 2)).toPoint());
+    QCOMPARE(view->tabRows[0].colDatas[8].columnItems[3], ColumnItemType::note(7));
+    QCOMPARE(view->editColIndex, 9); // advanced by one
+    QVERIFY(surface->canUndo());
+    QQuickItem *undo = find("demoUndo");
+    tap(undo->mapToScene(QPointF(undo->width() / 2, undo->height() / 2)).toPoint());
+    QCOMPARE(view->tabRows[0].colDatas[8], before);
+
+    // A tap on a chord name selects its column only.
+    QQuickItem *chords = find("chordNames1");
+    QVERIFY(chords);
+    tap(chords->mapToScene(QPointF(16 * 25 + 5, 12)).toPoint());
+    QCOMPARE(view->editShowingTabRowIndex, 1);
+    QCOMPARE(view->editColIndex, 16);
+}
+
+void TestSurfaceView::heldNoteOpensMenu()
+{
+    TabEditView *view = surface->view();
+    // Row 1, column 0 holds the open A string (item 4).
+    const QPoint point = scenePoint(12, view->headerBandHeight() + view->itemHeight() * 4.5);
+    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
+    QTest::qWait(450);
+    QVERIFY(view->noteContextMenu);
+    QQuickItem *menuItem = find("noteMenu");
+    QVERIFY(menuItem->isVisible());
+    QCOMPARE(view->noteContextMenu->labels.size(), 15);
+    QImage shot = grab();
+    shot.save(shots + u"/note-menu.png"_qs);
+    // Slide to the "h" entry and lift.
+    const int hammer = int(view->noteContextMenu->labels.indexOf(u"h"_qs));
+    const QPoint target =
+        surface->mapToScene(view->noteContextMenu->entryCenter(hammer)).toPoint();
+    QTest::touchEvent(window.get(), touch).move(0, target, window.get());
+    QTest::touchEvent(window.get(), touch).release(0, target, window.get());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4], ColumnItemType(ColumnItemType::Kind::hammer));
+    QTRY_VERIFY(!menuItem->isVisible());
+
+    // A quick tap opens nothing.
+    tap(point);
+    QTest::qWait(350);
+    QVERIFY(!view->noteContextMenu);
+}
+
+void TestSurfaceView::mouseWorksToo()
+{
+    TabEditView *view = surface->view();
+    QTest::mouseClick(window.get(), Qt::LeftButton, {},
+                      scenePoint(5 * 25 + 3, view->headerBandHeight() + view->itemHeight() * 1.2));
+    QCOMPARE(view->editColIndex, 5);
+    QCOMPARE(view->editColItemIndex, 1);
+}
+
+void TestSurfaceView::screenshots_data()
+{
+    QTest::addColumn<bool>("dark");
+    QTest::addColumn<bool>("notes");
+    QTest::newRow("light") << false << false;
+    QTest::newRow("dark-note-names") << true << true;
+}
+
+void TestSurfaceView::screenshots()
+{
+    QFETCH(bool, dark);
+    QFETCH(bool, notes);
+    SurfacePalette::instance()->setDark(dark);
+    surface->setNotesOnTab(notes);
+    TabEditView *view = surface->view();
+    view->setEditPosition(6, 0);
+    const QImage shot = grab();
+    QVERIFY(shot.save(shots + u"/surface-"_qs + QString::fromLatin1(QTest::currentDataTag()) +
+                      u".png"_qs));
+    const double scale = shot.devicePixelRatio();
+    auto pixel = [&](double x, double y) {
+        return QColor(shot.pixel((QPointF(scenePoint(x, y)) * scale).toPoint()));
+    };
+    const QColor label = SurfacePalette::instance()->colorLabel();
+    const QColor background = SurfacePalette::instance()->colorSystemBg();
+    auto near = [](const QColor &a, const QColor &b) {
+        return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue()) < 60;
+    };
+    const double top = view->headerBandHeight() + view->tabRowPitch(); // second row
+    const double item = view->itemHeight();
+    // Blank column 21 of row 2: the dash's middle is drawn, the gap between columns is not.
+    QVERIFY(near(pixel(21 * 25 + 12.5, top + item * 1.5), label));
+    QVERIFY(near(pixel(21 * 25 + 0.5, top + item * 1.5), background));
+    QVERIFY(near(pixel(21 * 25 + 12.5, top + item * 1.5 + 4), background));
+    // Column 12 of row 1 is a bar: the line runs through, nothing else stands beside it.
+    const double barTop = view->headerBandHeight();
+    for (double y : {item * 0.5, item * 2.9, item * 5.5})
+        QVERIFY(near(pixel(12 * 25 + 12.5, barTop + y), label));
+    QVERIFY(near(pixel(12 * 25 + 5, barTop + item * 2.5), background));
+}
+
+void TestSurfaceView::pressRepaintsOnlyItsColumn()
+{
+    auto *row = qobject_cast<TabRowViewItem *>(find("tabRow0"));
+    QVERIFY(row);
+    grab();
+    const int before = row->paintedColumnCount;
+    surface->view()->setEditPosition(25, 0);
+    surface->tapFret(3);
+    grab();
+    const int painted = row->paintedColumnCount - before;
+    QVERIFY2(painted >= 1 && painted <= 4, qPrintable(QString::number(painted)));
+}
+
+void TestSurfaceView::magicModeLeavesLyricFieldsUsable()
+{
+    TabEditView *view = surface->view();
+    view->setEditPosition(3, 0);
+    view->setMagicEditMode(true);
+    tap(scenePoint(10 * 25 + 3, view->headerBandHeight() + 5));
+    QCOMPARE(view->editColIndex, 3);
+    QQuickItem *lyrics = find("lyricsField0");
+    QVERIFY(lyrics);
+    QCOMPARE(lyrics->property("text").toString(), u"Down by the river where the willows grow"_qs);
+    tap(lyrics->mapToScene(QPointF(40, 20)).toPoint());
+    QTRY_VERIFY(lyrics->hasActiveFocus());
+}
+
+int main(int argc, char *argv[])
+{
+    QTemporaryDir home;
+    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
+    QGuiApplication app(argc, argv);
+    TestSurfaceView test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_surfaceview.moc"
