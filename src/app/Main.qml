@@ -1,20 +1,18 @@
 import QtQuick
 import QtQuick.Window
+import Lutegrid.Surface
 
 Window {
     id: root
-    width: 390
-    height: 844
+    width: 900
+    height: 700
     minimumWidth: 320
     minimumHeight: 480
     visible: true
     title: qsTr("Lutegrid")
-    color: palette.window
+    color: SurfacePalette.colorSystemBg
 
-    Text {
-        anchors.centerIn: parent
-        text: qsTr("No tabs created yet ✍️")
-        color: palette.windowText
-        font.pixelSize: 20
+    SurfaceDemoPage {
+        anchors.fill: parent
     }
 }

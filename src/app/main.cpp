@@ -1,6 +1,9 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QUrl>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
 
 int main(int argc, char *argv[])
 {
@@ -9,6 +12,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setApplicationName(u"Lutegrid"_qs);
 
     QQmlApplicationEngine engine;
+    // The feature modules live in the resources, under their URI.
+    engine.addImportPath(u"qrc:/"_qs);
     QObject::connect(
         &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);

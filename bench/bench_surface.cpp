@@ -1,0 +1,70 @@
+#include "benchtab.h"
+#include "benchutil.h"
+#include "shell/lgundomanager.h"
+#include "shell/saveddata.h"
+#include "surface/tabeditview.h"
+#include "surfacefonts.h"
+#include "surfacepainter.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+
+// Fret presses with their commits on the cursor row of a tab of `rows` rows: per press.
+static double pressCost(int rows)
+{
+    const TabData tab = makeBenchmarkTab(rows, 64, 6);
+    LgUndoManager undo;
+    undo.groupsByEvent = false;
+    TabEditView view;
+    view.docUndoManager = &undo;
+    view.stringNotes = tab.stringNotes;
+    view.setFrameSize(QSizeF(1600, 900));
+    view.loadTabRows(tab.tabRowDatas);
+    view.setVisibleTabRowCount(3);
+    view.moveToTabRow(rows / 2 - 1, false, false);
+    const int presses = 2000;
+    const double ms = bestOf([&] {
+        for (int i = 0; i < presses; ++i) {
+            view.setEditPosition(i % 64, 1);
+            view.pressFret(1 + i % 6, i % 13);
+            view.commitFretPress();
+        }
+    });
+    return ms * 1000.0 / presses;
+}
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QTemporaryDir home;
+    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
+    QGuiApplication app(argc, argv);
+    SavedData::shared().playSounds = false;
+
+    const double small = pressCost(10);
+    const double large = pressCost(1000);
+    printFigure("press+commit, 10 rows", small, "us");
+    printFigure("press+commit, 1,000 rows", large, "us");
+    printFigure("ratio 1,000 / 10 rows", large / small, "");
+
+    // One full row as the software renderer paints it: 64 columns on eight strings.
+    const TabData tab = makeBenchmarkTab(1, 64, 8);
+    QList<TabColumnView> columns;
+    for (const TabColumnData &column : tab.tabRowDatas.first().colDatas)
+        columns.append(TabColumnView(column));
+    SurfaceFonts::load();
+    const QRectF rowRect(0, 0, 64 * 25.0, 200.0);
+    QImage image(rowRect.size().toSize(), QImage::Format_ARGB32_Premultiplied);
+    const SurfacePainter::Colors colors = SurfacePainter::colors(false);
+    const double paint = bestOf(
+        [&] {
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            SurfacePainter::paintColumns(painter, columns, rowRect, tab.stringNotes, false, colors,
+                                         rowRect);
+        },
+        20);
+    printFigure("paint 64-column 8-string row", paint, "ms");
+    return 0;
+}
