@@ -8,8 +8,7 @@
 
 class ChordNamesDisplay;
 
-class ChordNamesDisplayListener
-{
+class ChordNamesDisplayListener {
 public:
     virtual ~ChordNamesDisplayListener() = default;
     virtual void chordNameTapped(ChordNamesDisplay *display, int column) = 0;
@@ -31,8 +30,7 @@ struct ChordNameLabel {
 };
 
 // The band of chord names over a row: which name stands where, and how long names share room.
-class ChordNamesDisplay
-{
+class ChordNamesDisplay {
 public:
     using Names = QList<std::optional<QString>>;
     static constexpr double fontSize = 20.0;

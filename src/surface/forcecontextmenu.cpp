@@ -17,8 +17,7 @@ void ForceContextMenu::setItems(const QStringList &entryLabels, int firstInView)
     labels = entryLabels;
     startIndex = std::clamp(firstInView, 0, std::max(int(labels.size()) - 1, 0));
     // Room for every entry on the ring, with a little air between them.
-    radius = std::max(minimumRadius,
-                      labels.size() * (entrySize + 4.0) / (2.0 * std::numbers::pi));
+    radius = std::max(minimumRadius, labels.size() * (entrySize + 4.0) / (2.0 * std::numbers::pi));
     // The ring stays inside the area where it can, so no entry is out of reach.
     const double reach = radius + entrySize * 0.5;
     center = origin;

@@ -6,8 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-class ForceContextMenuResponder
-{
+class ForceContextMenuResponder {
 public:
     virtual ~ForceContextMenuResponder() = default;
     // The chosen entry, or -1 when the finger lifted away from every entry.
@@ -17,8 +16,7 @@ public:
 // A ring of entries around the finger that held a note. Sliding picks the entry in the
 // finger's direction; lifting there chooses it, lifting near the centre or far outside
 // chooses nothing.
-class ForceContextMenu
-{
+class ForceContextMenu {
 public:
     static constexpr double entrySize = 40.0;
     static constexpr double minimumRadius = 64.0;

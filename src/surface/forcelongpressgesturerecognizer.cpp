@@ -2,8 +2,7 @@
 
 #include <QLineF>
 
-ForceLongPressGestureRecognizer::ForceLongPressGestureRecognizer(QObject *parent)
-    : QObject(parent)
+ForceLongPressGestureRecognizer::ForceLongPressGestureRecognizer(QObject *parent) : QObject(parent)
 {
     holdTimer.setSingleShot(true);
     holdTimer.setInterval(pressDurationMs);

@@ -6,8 +6,7 @@
 
 // Recognises a finger held still on one spot: it begins after the press duration if the
 // finger has not moved further than the allowance, then reports moves and the lift.
-class ForceLongPressGestureRecognizer : public QObject
-{
+class ForceLongPressGestureRecognizer : public QObject {
     Q_OBJECT
 
 public:

@@ -12,8 +12,7 @@
 // A column of evenly spaced items, one per string, repeated for each shown row, that answers
 // touches by string. The letters beside the tab and the strings across the fretboard are
 // drawn on its layout.
-class StringSpacedView
-{
+class StringSpacedView {
 public:
     int numItems = 0;
     double stringTouchHeight = 0.0;

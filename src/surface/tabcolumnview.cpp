@@ -20,7 +20,8 @@ bool TabColumnView::setColumnData(const TabColumnData &column)
 
 bool TabColumnView::setItem(int index, const ColumnItemType &item)
 {
-    if (index < 0 || index >= tabColData.columnItems.size() || tabColData.columnItems[index] == item)
+    if (index < 0 || index >= tabColData.columnItems.size() ||
+        tabColData.columnItems[index] == item)
         return false;
     tabColData.setColumnItem(index, item);
     return true;

@@ -25,8 +25,7 @@ struct ColumnDrawOp {
 
 // One column of a shown row: the data it draws, its magic-mode selection and its render gate.
 // The column is painted by its row, from the operations drawOps() lists.
-class TabColumnView
-{
+class TabColumnView {
 public:
     TabColumnView() = default;
     explicit TabColumnView(const TabColumnData &column);

@@ -54,7 +54,8 @@ TabEditView::~TabEditView() = default;
 
 double TabEditView::headerBandHeight() const
 {
-    return lyricsHeightSpacing + (SavedData::shared().hideColHeaders ? 0.0 : chordNamesDisplaySpacing);
+    return lyricsHeightSpacing +
+           (SavedData::shared().hideColHeaders ? 0.0 : chordNamesDisplaySpacing);
 }
 
 double TabEditView::tabRowPitch() const
@@ -443,8 +444,7 @@ TabEditView::Message TabEditView::addColumnAtCursor()
     return insertColumn(cursorTabRow(), editColIndex, TabColumnData(stringCount()));
 }
 
-TabEditView::Message TabEditView::insertColumn(int row, int column,
-                                               const TabColumnData &columnData)
+TabEditView::Message TabEditView::insertColumn(int row, int column, const TabColumnData &columnData)
 {
     if (numTabColumns >= maxNumTabColumns)
         return u"Maximum column count "_qs + QString::number(maxNumTabColumns);
@@ -498,11 +498,10 @@ TabEditView::Message TabEditView::removeColumn(int row, int column)
         std::max(0, std::min(showingCount() - 1, std::max(row - tabRowIndex, 0)));
     showColumnChange(column);
     setNumTabColumns(numTabColumns - 1);
-    registerSurfaceUndo(row, columnFrame(row, column),
-                        [row, column, removed](TabEditView &view) {
-                            // Refused at the maximum: the step is spent all the same.
-                            view.insertColumn(row, column, removed);
-                        });
+    registerSurfaceUndo(row, columnFrame(row, column), [row, column, removed](TabEditView &view) {
+        // Refused at the maximum: the step is spent all the same.
+        view.insertColumn(row, column, removed);
+    });
     return std::nullopt;
 }
 
@@ -542,9 +541,8 @@ void TabEditView::removeTabRow(int index)
         tabRowChangeListener->tabRowCountChanged();
     const int last = int(tabRows.size()) - showingCount();
     moveToTabRow(freeVerticalScroll || last >= index ? index : last, false, true);
-    registerSurfaceUndo(std::nullopt, std::nullopt, [index, removed](TabEditView &view) {
-        view.insertTabRow(index, removed);
-    });
+    registerSurfaceUndo(std::nullopt, std::nullopt,
+                        [index, removed](TabEditView &view) { view.insertTabRow(index, removed); });
 }
 
 void TabEditView::appendBlankTabRow()
@@ -557,8 +555,7 @@ void TabEditView::appendBlankTabRow()
 void TabEditView::setFreeVerticalScroll(bool free, double rowBandHeight, bool useDefaultHeight)
 {
     freeVerticalScroll = free;
-    baseTabRowHeightForFreeScroll =
-        useDefaultHeight ? 200.0 : rowBandHeight - headerBandHeight();
+    baseTabRowHeightForFreeScroll = useDefaultHeight ? 200.0 : rowBandHeight - headerBandHeight();
     if (free) {
         rightMarginContentBlocker = true;
         rightMarginWidth = 20.0;
@@ -582,17 +579,14 @@ void TabEditView::setVisibleTabRowCount(int count)
         contentSize.setHeight((tabRowHeight + h) * count + v * (count - 1));
 
     const bool hideHeaders = SavedData::shared().hideColHeaders;
-    const bool headersChanged =
-        std::any_of(showingTabRows.cbegin(), showingTabRows.cend(),
-                    [&](const VisibeTabRowView &view) {
-                        return view.chordNamesDisplay.hidden != hideHeaders;
-                    });
+    const bool headersChanged = std::any_of(
+        showingTabRows.cbegin(), showingTabRows.cend(),
+        [&](const VisibeTabRowView &view) { return view.chordNamesDisplay.hidden != hideHeaders; });
     if (showingCount() == count && tabRowHeight == oldHeight && !headersChanged)
         return;
 
     if (showingCount() < count && !freeVerticalScroll)
-        moveToTabRow(std::max(std::min(int(tabRows.size()) - count, tabRowIndex), 0), false,
-                     false);
+        moveToTabRow(std::max(std::min(int(tabRows.size()) - count, tabRowIndex), 0), false, false);
 
     while (showingCount() > count) {
         showingTabRows.removeLast();
@@ -625,8 +619,8 @@ void TabEditView::setVisibleTabRowCount(int count)
         view.lyricsField.frame = QRectF(inset, top, tabWidth, 40.0);
         view.lyricsField.text = tabRows[row].lyricText().value_or(QString());
         view.lyricsField.fontSize = 24.0 * lyricsSizePercentage / 100.0;
-        view.chordNamesDisplay.frame = QRectF(inset, top + lyricsHeightSpacing - 5.0, tabWidth,
-                                              chordNamesDisplaySpacing);
+        view.chordNamesDisplay.frame =
+            QRectF(inset, top + lyricsHeightSpacing - 5.0, tabWidth, chordNamesDisplaySpacing);
         view.chordNamesDisplay.listener = this;
         view.chordNamesDisplay.hidden = hideHeaders;
         view.tabRowFrame = QRectF(inset, top + h, tabWidth, tabRowHeight);
@@ -769,8 +763,8 @@ void TabEditView::pressFret(int stringNumber, qint64 fret)
     if (index < 0 || index >= column->columnItems.size())
         return;
     const ColumnItemType pressed = ColumnItemType::note(fret);
-    const ColumnItemType item = column->columnItems[index] == pressed ? ColumnItemType::blank()
-                                                                      : pressed;
+    const ColumnItemType item =
+        column->columnItems[index] == pressed ? ColumnItemType::blank() : pressed;
     if (column->columnItems[index] != item) {
         TabColumnData changed = *column;
         changed.setColumnItem(index, item);
@@ -796,7 +790,8 @@ bool TabEditView::commitFretPress()
     bool added = false;
     for (int i = 0; i < column->columnItems.size(); ++i) {
         const ColumnItemType &item = column->columnItems[i];
-        if (!item.isBlank() && (i >= snapshot.columnItems.size() || snapshot.columnItems[i] != item))
+        if (!item.isBlank() &&
+            (i >= snapshot.columnItems.size() || snapshot.columnItems[i] != item))
             added = true;
     }
     const int row = cursorTabRow();
@@ -823,17 +818,16 @@ void TabEditView::putItemAtCursor(const QString &text)
     const TabColumnData *column = cursorColumn();
     if (!column || editColItemIndex >= column->columnItems.size())
         return;
-    setColumnItemAt(cursorTabRow(), editColIndex, editColItemIndex,
-                    ColumnItemType::fromText(text), true);
+    setColumnItemAt(cursorTabRow(), editColIndex, editColItemIndex, ColumnItemType::fromText(text),
+                    true);
 }
 
 void TabEditView::setColumnItemAt(int row, int column, int itemIndex, const ColumnItemType &item,
                                   bool moveCursor)
 {
     Q_ASSERT(row >= 0 && row < tabRows.size());
-    if (row < 0 || row >= tabRows.size() || column < 0 ||
-        column >= tabRows[row].colDatas.size() || itemIndex < 0 ||
-        itemIndex >= tabRows[row].colDatas[column].columnItems.size())
+    if (row < 0 || row >= tabRows.size() || column < 0 || column >= tabRows[row].colDatas.size() ||
+        itemIndex < 0 || itemIndex >= tabRows[row].colDatas[column].columnItems.size())
         return;
     const ColumnItemType old = tabRows[row].colDatas[column].columnItems[itemIndex];
     if (old == item)
@@ -901,13 +895,13 @@ void TabEditView::toggleBarColumn()
     const TabColumnData *column = cursorColumn();
     if (!column)
         return;
-    const bool allBars =
-        std::all_of(column->columnItems.cbegin(), column->columnItems.cend(),
-                    [](const ColumnItemType &item) { return item.isBar(); });
+    const bool allBars = std::all_of(column->columnItems.cbegin(), column->columnItems.cend(),
+                                     [](const ColumnItemType &item) { return item.isBar(); });
     if (allBars)
         clearCursorColumn();
     else
-        putColumnAtCursor(std::nullopt, QList<ColumnItemType>(stringCount(), ColumnItemType::bar()));
+        putColumnAtCursor(std::nullopt,
+                          QList<ColumnItemType>(stringCount(), ColumnItemType::bar()));
 }
 
 void TabEditView::setColumnChordName(int row, int column, const std::optional<QString> &name)
@@ -1010,8 +1004,8 @@ NoteMenuEntries TabEditView::noteMenuEntries(const ColumnItemType &current, int 
     auto label = [&](const ColumnItemType &item) {
         return displayText(item, itemIndex, &tuning, notesOnTab);
     };
-    entries.results = {current,     Kind::plus,    Kind::slap,  Kind::slideDown, Kind::pull,
-                       Kind::release, Kind::vibrato, Kind::hold, Kind::bend,     Kind::hammer,
+    entries.results = {current,       Kind::plus,    Kind::slap,  Kind::slideDown, Kind::pull,
+                       Kind::release, Kind::vibrato, Kind::hold,  Kind::bend,      Kind::hammer,
                        Kind::slideUp, Kind::tap,     Kind::muted, Kind::star};
     for (const ColumnItemType &item : std::as_const(entries.results))
         entries.labels.append(label(item));
@@ -1038,8 +1032,7 @@ NoteMenuEntries TabEditView::noteMenuEntries(const ColumnItemType &current, int 
     return entries;
 }
 
-void TabEditView::handleForceTouch(ForceLongPressGestureRecognizer::State state,
-                                   QPointF location)
+void TabEditView::handleForceTouch(ForceLongPressGestureRecognizer::State state, QPointF location)
 {
     using State = ForceLongPressGestureRecognizer::State;
     if (state == State::began) {
@@ -1088,8 +1081,8 @@ void TabEditView::openNoteContextMenu(QPointF location)
         return;
     noteContextMenuSource = NoteContextMenuSource{tabRowIndex + shown, column, item, shown};
     const QPointF origin = location - contentOffset;
-    noteContextMenu = std::make_unique<ForceContextMenu>(
-        origin, QRectF(QPointF(0, 0), frameSize), this);
+    noteContextMenu =
+        std::make_unique<ForceContextMenu>(origin, QRectF(QPointF(0, 0), frameSize), this);
     const NoteMenuEntries entries =
         noteMenuEntries(data.columnItems[item], item, stringNotes, SavedData::shared().notesOnTab);
     noteContextMenuItemResults = entries.results;
@@ -1103,14 +1096,15 @@ void TabEditView::forceContextMenuFinished(int selectedIndex)
     if (!noteContextMenuSource)
         return;
     const NoteContextMenuSource source = *noteContextMenuSource;
-    const QList<ColumnItemType> results = noteContextMenuItemResults.value_or(QList<ColumnItemType>());
+    const QList<ColumnItemType> results =
+        noteContextMenuItemResults.value_or(QList<ColumnItemType>());
     noteContextMenuSource.reset();
     noteContextMenuItemResults.reset();
     // The menu is on the call stack: let it go once the choice has been made.
     std::unique_ptr<ForceContextMenu> menu = std::move(noteContextMenu);
     if (selectedIndex != -1 && selectedIndex >= 0 && selectedIndex < results.size()) {
-        setColumnItemAt(source.tRowIndex, source.colIndex, source.itemIndex,
-                        results[selectedIndex], false);
+        setColumnItemAt(source.tRowIndex, source.colIndex, source.itemIndex, results[selectedIndex],
+                        false);
         if (tabRowChangeListener)
             tabRowChangeListener->columnItemChanged();
     }

@@ -25,22 +25,19 @@
 class LgUndoManager;
 class SoundManager;
 
-class UndoListener
-{
+class UndoListener {
 public:
     virtual ~UndoListener() = default;
     virtual void undoStateChanged() = 0;
 };
 
-class EditHighlightListener
-{
+class EditHighlightListener {
 public:
     virtual ~EditHighlightListener() = default;
     virtual void editHighlightMoved(bool atFirstColumn, bool atLastColumn) = 0;
 };
 
-class TabRowChangeListener
-{
+class TabRowChangeListener {
 public:
     virtual ~TabRowChangeListener() = default;
     virtual void tabWidthChanged(double tabWidth) = 0;
@@ -69,8 +66,9 @@ struct NoteMenuEntries {
 // geometry in points, the cursor, and every edit with its undo step. It draws nothing; the
 // views read the shown rows and redraw when told. Geometry is in content coordinates: the
 // top left of the first shown row's lyric band is (0, 0) and contentOffset scrolls over it.
-class TabEditView : public QObject, public ForceContextMenuResponder, public ChordNamesDisplayListener
-{
+class TabEditView : public QObject,
+                    public ForceContextMenuResponder,
+                    public ChordNamesDisplayListener {
     Q_OBJECT
 
 public:

@@ -68,9 +68,8 @@ void TabRowWithMarkupView::setWidth(double width)
     const double a = share * lyricUnadjustedHeight;
     const double b = a * lyricsSizePercentange / 100.0;
     lyricLineHeight = b * 0.75;
-    lyricsHeight = options.showLyrics
-                       ? b - lyricLineHeight + lyricLineHeight * lyricLines.size()
-                       : b - lyricLineHeight;
+    lyricsHeight = options.showLyrics ? b - lyricLineHeight + lyricLineHeight * lyricLines.size()
+                                      : b - lyricLineHeight;
     // Room for the turned capo label beside the letters.
     if (capoFretNum >= 1)
         lyricsHeight = std::max(lyricsHeight, 37.0 / d * frameSize.height());
@@ -106,9 +105,8 @@ TabRowWithMarkupView::Layout TabRowWithMarkupView::layout(const QSizeF &size) co
     const double unit = options.showTabRowViews ? rest / (c + strings) : rest / std::max(c, 1.0);
     double top = options.lyricsBelow ? 0.0 : lyrics;
     if (showsChordNames()) {
-        const double overlap = options.showLyrics && !options.lyricsBelow
-                                   ? TabRowValues::chordOverlap * unit
-                                   : 0.0;
+        const double overlap =
+            options.showLyrics && !options.lyricsBelow ? TabRowValues::chordOverlap * unit : 0.0;
         result.chordNamesDisplay = QRectF(a, top - overlap, w - a, c * unit);
         top = result.chordNamesDisplay.bottom();
     }
@@ -151,8 +149,7 @@ QList<QRectF> TabRowSideBySideWithMarkupView::childFrames(double width,
     return frames;
 }
 
-int TabRowSideBySideWithMarkupView::rowAt(QPointF point, double width,
-                                          const QList<QRectF> &frames)
+int TabRowSideBySideWithMarkupView::rowAt(QPointF point, double width, const QList<QRectF> &frames)
 {
     const double dx = width / 400.0 * 20.0;
     const double dy = width / 400.0 * 10.0;

@@ -12,8 +12,7 @@
 
 // A whole row for reading: tuning letters, lyric lines, chord names and the string lines, all
 // sized from the width it is given. View mode, print and reduced rows lay out through it.
-class TabRowWithMarkupView
-{
+class TabRowWithMarkupView {
 public:
     struct Options {
         QString fontName;
@@ -69,8 +68,7 @@ private:
 };
 
 // Two reading rows side by side, each a little under half the width.
-class TabRowSideBySideWithMarkupView
-{
+class TabRowSideBySideWithMarkupView {
 public:
     static constexpr int numTabRows = 2;
 

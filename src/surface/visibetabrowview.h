@@ -15,8 +15,7 @@ struct LyricsField {
 };
 
 // The views of one shown row, kept across moves and pointed at other model rows.
-class VisibeTabRowView
-{
+class VisibeTabRowView {
 public:
     LyricsField lyricsField;
     ChordNamesDisplay chordNamesDisplay;

@@ -16,8 +16,7 @@
 Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
 
 // Drives the demo page as a user would, with touches and clicks, and keeps screenshots.
-class TestSurfaceView : public QObject
-{
+class TestSurfaceView : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -60,7 +59,8 @@ void TestSurfaceView::init()
     window->setResizeMode(QQuickView::SizeRootObjectToView);
     window->resize(900, 640);
     window->setSource(QUrl(u"qrc:/Lutegrid/Surface/SurfaceDemoPage.qml"_qs));
-    QVERIFY2(window->status() == QQuickView::Ready, qPrintable(window->errors().value(0).toString()));
+    QVERIFY2(window->status() == QQuickView::Ready,
+             qPrintable(window->errors().value(0).toString()));
     window->show();
     QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     surface = window->rootObject()->findChild<TabEditSurface *>(u"surface"_qs);
@@ -159,11 +159,11 @@ void TestSurfaceView::heldNoteOpensMenu()
     shot.save(shots + u"/note-menu.png"_qs);
     // Slide to the "h" entry and lift.
     const int hammer = int(view->noteContextMenu->labels.indexOf(u"h"_qs));
-    const QPoint target =
-        surface->mapToScene(view->noteContextMenu->entryCenter(hammer)).toPoint();
+    const QPoint target = surface->mapToScene(view->noteContextMenu->entryCenter(hammer)).toPoint();
     QTest::touchEvent(window.get(), touch).move(0, target, window.get());
     QTest::touchEvent(window.get(), touch).release(0, target, window.get());
-    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4], ColumnItemType(ColumnItemType::Kind::hammer));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4],
+             ColumnItemType(ColumnItemType::Kind::hammer));
     QTRY_VERIFY(!menuItem->isVisible());
 
     // A quick tap opens nothing.
@@ -207,7 +207,8 @@ void TestSurfaceView::screenshots()
     const QColor label = SurfacePalette::instance()->colorLabel();
     const QColor background = SurfacePalette::instance()->colorSystemBg();
     auto near = [](const QColor &a, const QColor &b) {
-        return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue()) < 60;
+        return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue()) <
+               60;
     };
     const double top = view->headerBandHeight() + view->tabRowPitch(); // second row
     const double item = view->itemHeight();

@@ -24,7 +24,10 @@ struct Recorder : UndoListener, EditHighlightListener, TabRowChangeListener {
     QList<QList<int>> positions;
     int itemChanges = 0;
     void undoStateChanged() override { ++undoChanges; }
-    void editHighlightMoved(bool first, bool last) override { highlightMoves.append({first, last}); }
+    void editHighlightMoved(bool first, bool last) override
+    {
+        highlightMoves.append({first, last});
+    }
     void tabWidthChanged(double width) override { widths.append(width); }
     void tabRowCountChanged() override { ++rowCountChanges; }
     void tabRowPositionChanged(int index, int showing, int total) override
@@ -66,8 +69,7 @@ struct Fixture {
 
 } // namespace
 
-class TestTabEditView : public QObject
-{
+class TestTabEditView : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -152,8 +154,8 @@ void TestTabEditView::columnLimits()
     QFETCH(QString, message);
     Fixture f(3, columns);
     const QList<TabRowData> before = f.view.tabRows;
-    const auto result = insert ? f.view.insertColumn(1, 4, TabColumnData(6))
-                               : f.view.removeColumn(1, 4);
+    const auto result =
+        insert ? f.view.insertColumn(1, 4, TabColumnData(6)) : f.view.removeColumn(1, 4);
     QCOMPARE(result.value_or(QString()), message);
     if (!message.isEmpty()) {
         QCOMPARE(f.view.tabRows, before);
@@ -502,11 +504,10 @@ void TestTabEditView::noteMenuChoiceByHold()
 void TestTabEditView::undoRedoOfEveryEditKind_data()
 {
     QTest::addColumn<int>("kind");
-    const char *names[] = {"fret press",        "typed item",        "menu item",
-                           "replace column",    "chord at cursor",   "clear column",
-                           "bar",               "chord name",        "move string",
-                           "insert column",     "remove column",     "insert row",
-                           "remove row",        "edit off screen"};
+    const char *names[] = {"fret press",      "typed item",     "menu item",     "replace column",
+                           "chord at cursor", "clear column",   "bar",           "chord name",
+                           "move string",     "insert column",  "remove column", "insert row",
+                           "remove row",      "edit off screen"};
     for (int i = 0; i < int(std::size(names)); ++i)
         QTest::newRow(names[i]) << i;
 }
@@ -530,19 +531,45 @@ void TestTabEditView::undoRedoOfEveryEditKind()
         f.view.pressFret(4, 0);
         QVERIFY(f.view.commitFretPress());
         break;
-    case 1: f.view.putItemAtCursor(u"h"_qs); break;
-    case 2: f.view.setColumnItemAt(1, 3, 1, ColumnItemType(Kind::vibrato), false); break;
-    case 3: f.view.replaceColumn(0, 7, TabColumnData(chord, u"G"_qs)); break;
-    case 4: f.view.putColumnAtCursor(u"A"_qs, chord); break;
-    case 5: f.view.clearCursorColumn(); break;
-    case 6: f.view.toggleBarColumn(); break;
-    case 7: f.view.setColumnChordName(1, 3, std::nullopt); break;
-    case 8: f.view.moveStringItems(1, 4, 1); break;
-    case 9: QVERIFY(!f.view.addColumnAtCursor()); break;
-    case 10: QVERIFY(!f.view.removeColumn(1, 3)); break;
-    case 11: f.view.insertTabRow(2, TabRowData(20, 6)); break;
-    case 12: f.view.removeTabRow(1); break;
-    case 13: f.view.setColumnItemAt(4, 3, 0, ColumnItemType::note(1), false); break;
+    case 1:
+        f.view.putItemAtCursor(u"h"_qs);
+        break;
+    case 2:
+        f.view.setColumnItemAt(1, 3, 1, ColumnItemType(Kind::vibrato), false);
+        break;
+    case 3:
+        f.view.replaceColumn(0, 7, TabColumnData(chord, u"G"_qs));
+        break;
+    case 4:
+        f.view.putColumnAtCursor(u"A"_qs, chord);
+        break;
+    case 5:
+        f.view.clearCursorColumn();
+        break;
+    case 6:
+        f.view.toggleBarColumn();
+        break;
+    case 7:
+        f.view.setColumnChordName(1, 3, std::nullopt);
+        break;
+    case 8:
+        f.view.moveStringItems(1, 4, 1);
+        break;
+    case 9:
+        QVERIFY(!f.view.addColumnAtCursor());
+        break;
+    case 10:
+        QVERIFY(!f.view.removeColumn(1, 3));
+        break;
+    case 11:
+        f.view.insertTabRow(2, TabRowData(20, 6));
+        break;
+    case 12:
+        f.view.removeTabRow(1);
+        break;
+    case 13:
+        f.view.setColumnItemAt(4, 3, 0, ColumnItemType::note(1), false);
+        break;
     }
     const QList<TabRowData> after = f.view.tabRows;
     QVERIFY(after != before);
@@ -748,7 +775,8 @@ void TestTabEditView::markupRowHeights()
     six.setWidth(1000);
     five.setWidth(1000);
     const double ratio = 0.318 * 279.0 / (279.0 - 19.0);
-    QVERIFY(qAbs(six.requestedHeight - six.lyricsHeight - (ratio * 1000 - six.lyricsHeight)) < 1e-9);
+    QVERIFY(qAbs(six.requestedHeight - six.lyricsHeight - (ratio * 1000 - six.lyricsHeight)) <
+            1e-9);
     // Lyric band aside, a five-string row is 20/279 lower.
     options.showLyrics = false;
     TabRowWithMarkupView sixBare(TabRowData(30, 6), standardStringNotes(6), 0, 100, options);
@@ -767,8 +795,7 @@ void TestTabEditView::markupRowHeights()
     QCOMPARE(highlight.left(), parts.tabRowView.left() + parts.tabRowView.width() / 30 * 29 -
                                    parts.tabRowView.width() / 30 * 3.0 / 25.0 * 0.5);
     QCOMPARE(TabRowSideBySideWithMarkupView::childFrames(400, {100, 120})[1].left(), 204.0);
-    QCOMPARE(TabRowSideBySideWithMarkupView::rowAt(QPointF(-19, 0), 400,
-                                                   {QRectF(0, 0, 196, 100)}),
+    QCOMPARE(TabRowSideBySideWithMarkupView::rowAt(QPointF(-19, 0), 400, {QRectF(0, 0, 196, 100)}),
              0);
 }
 

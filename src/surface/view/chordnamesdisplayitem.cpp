@@ -47,7 +47,8 @@ void ChordNamesDisplayItem::paint(QPainter *painter)
     const ChordNamesDisplay &display = host->view()->showingTabRows[row].chordNamesDisplay;
     if (display.hidden)
         return;
-    SurfacePainter::paintChordNames(*painter, display, QPointF(0, 0), SurfacePainter::colors(false));
+    SurfacePainter::paintChordNames(*painter, display, QPointF(0, 0),
+                                    SurfacePainter::colors(false));
 }
 
 void ChordNamesDisplayItem::mousePressEvent(QMouseEvent *event)

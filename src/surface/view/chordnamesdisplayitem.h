@@ -6,8 +6,7 @@
 #include <QQuickPaintedItem>
 
 // The chord names over one shown row. A tap names the column under the finger to the surface.
-class ChordNamesDisplayItem : public QQuickPaintedItem
-{
+class ChordNamesDisplayItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(ChordNamesDisplay)
     Q_PROPERTY(TabEditSurface *surface READ surface WRITE setSurface NOTIFY surfaceChanged)

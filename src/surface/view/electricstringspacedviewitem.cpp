@@ -37,6 +37,7 @@ void ElectricStringSpacedViewItem::paint(QPainter *painter)
         const QRectF &frame = frames[i];
         const double t =
             StringSpacedView::electricStringThickness(i, layout.numItems, frame.height());
-        painter->fillRect(QRectF(frame.left(), frame.center().y() - t / 2, frame.width(), t), color);
+        painter->fillRect(QRectF(frame.left(), frame.center().y() - t / 2, frame.width(), t),
+                          color);
     }
 }

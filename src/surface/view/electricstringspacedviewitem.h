@@ -5,8 +5,7 @@
 #include <QQuickPaintedItem>
 
 // The strings drawn across the fretboard, thickest at the low strings.
-class ElectricStringSpacedViewItem : public QQuickPaintedItem
-{
+class ElectricStringSpacedViewItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(ElectricStringSpacedView)
     Q_PROPERTY(int numItems READ numItems WRITE setNumItems NOTIFY changed)

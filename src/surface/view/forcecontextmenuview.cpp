@@ -51,7 +51,8 @@ void ForceContextMenuView::paint(QPainter *painter)
         const QRectF box(c.x() - size * 0.5, c.y() - size * 0.5, size, size);
         const bool selected = i == menu.selectedIndex;
         painter->setPen(QPen(palette->colorEditColHighlightBorder(), selected ? 0 : 1.5));
-        painter->setBrush(selected ? palette->colorEditColHighlightBorder() : palette->colorFieldBg());
+        painter->setBrush(selected ? palette->colorEditColHighlightBorder()
+                                   : palette->colorFieldBg());
         painter->drawEllipse(box);
         painter->setPen(selected ? palette->colorSystemBg() : palette->colorLabel());
         SurfacePainter::paintFittedText(*painter, box.adjusted(4, 0, -4, 0), menu.labels[i],

@@ -6,8 +6,7 @@
 #include <QQuickPaintedItem>
 
 // The ring of the note menu, drawn over the surface while a held note's menu is open.
-class ForceContextMenuView : public QQuickPaintedItem
-{
+class ForceContextMenuView : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(TabEditSurface *surface READ surface WRITE setSurface NOTIFY surfaceChanged)

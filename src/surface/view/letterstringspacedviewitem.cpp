@@ -91,11 +91,13 @@ void LetterStringSpacedViewItem::paint(QPainter *painter)
         const QRectF &frame = frames[k];
         if (i < fretHighlights.size() && fretHighlights[i]) {
             QColor mark = palette->colorFretHighlight();
-            mark.setAlphaF(mark.alphaF() * StringSpacedView::openStringHighlightAlpha(palette->isDark()));
+            mark.setAlphaF(mark.alphaF() *
+                           StringSpacedView::openStringHighlightAlpha(palette->isDark()));
             const double d = std::min(frame.width(), frame.height()) * 0.95;
             painter->setPen(Qt::NoPen);
             painter->setBrush(mark);
-            painter->drawEllipse(QRectF(frame.center().x() - d / 2, frame.center().y() - d / 2, d, d));
+            painter->drawEllipse(
+                QRectF(frame.center().x() - d / 2, frame.center().y() - d / 2, d, d));
         }
         painter->setPen(colors.label);
         painter->setFont(SurfaceFonts::black(StringSpacedView::letterFontSize(frame.height())));

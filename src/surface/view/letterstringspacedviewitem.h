@@ -7,8 +7,7 @@
 #include <QVariantList>
 
 // The tuning letters beside the tab or the fretboard, with open-string marks and the capo.
-class LetterStringSpacedViewItem : public QQuickPaintedItem
-{
+class LetterStringSpacedViewItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(LetterStringSpacedView)
     Q_PROPERTY(QStringList letters READ letters WRITE setLetters NOTIFY changed)

@@ -5,8 +5,7 @@
 
 // The bundled fonts: a heavy geometric sans in two weights for notes, chord names and letters,
 // and a monospace for lyrics. Loaded once from the resources.
-class SurfaceFonts
-{
+class SurfaceFonts {
 public:
     static void load();
     static QFont heavy(double pointSize);

@@ -57,8 +57,8 @@ void paintColumns(QPainter &painter, const QList<TabColumnView> &columns, const 
                 break;
             case ColumnDrawOp::Kind::text: {
                 painter.setPen(column.forceBlack ? QColor(Qt::black) : colors.label);
-                const QFont font = op.black ? SurfaceFonts::black(op.fontSize)
-                                            : SurfaceFonts::heavy(op.fontSize);
+                const QFont font =
+                    op.black ? SurfaceFonts::black(op.fontSize) : SurfaceFonts::heavy(op.fontSize);
                 // A little wider than the cell, as a label sized to fit may be.
                 paintFittedText(painter, op.rect.adjusted(-cw * 0.2, 0, cw * 0.2, 0), op.text,
                                 font);

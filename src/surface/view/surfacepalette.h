@@ -5,8 +5,7 @@
 #include <QQmlEngine>
 
 // The named colours of the surface, each with a light and a dark value, in one place.
-class SurfacePalette : public QObject
-{
+class SurfacePalette : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON

@@ -14,7 +14,8 @@
 #include <cmath>
 
 TabEditSurface::TabEditSurface(QQuickItem *parent)
-    : QQuickItem(parent), editView(new TabEditView(this)), ownUndo(std::make_unique<LgUndoManager>())
+    : QQuickItem(parent), editView(new TabEditView(this)),
+      ownUndo(std::make_unique<LgUndoManager>())
 {
     SurfaceFonts::load();
     setAcceptTouchEvents(true);
@@ -173,7 +174,7 @@ bool TabEditSurface::loadTab(const QString &pathOrUrl)
         return false;
     const QByteArray bytes = file.readAll();
     std::optional<TabData> tab = path.endsWith(u".lgrdi"_qs) ? tabDataFromDocumentData(bytes)
-                                                              : tabDataFromExchangeData(bytes);
+                                                             : tabDataFromExchangeData(bytes);
     if (!tab)
         return false;
     loadTabData(*tab);

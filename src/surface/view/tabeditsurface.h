@@ -14,8 +14,7 @@ class LgUndoManager;
 // Hosts the editing surface in a scene: hands it the item's size, turns touches, mouse and
 // pen into its touch operations and the press recogniser, scrolls, and publishes the layout
 // that the row items and lyric fields bind to. Every decision stays in TabEditView.
-class TabEditSurface : public QQuickItem
-{
+class TabEditSurface : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(qreal contentX READ contentX NOTIFY contentOffsetChanged)

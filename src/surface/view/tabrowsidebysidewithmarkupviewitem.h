@@ -3,8 +3,7 @@
 #include "tabrowwithmarkupviewitem.h"
 
 // Two reading rows next to each other, the second after a small gap, painted in one item.
-class TabRowSideBySideWithMarkupViewItem : public TabRowWithMarkupViewItem
-{
+class TabRowSideBySideWithMarkupViewItem : public TabRowWithMarkupViewItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(TabRowSideBySideWithMarkupView)
 

@@ -7,8 +7,7 @@
 
 // The string lines and items of one shown row, painted whole in one item. Only the columns
 // the surface marks for rendering are painted again.
-class TabRowViewItem : public QQuickPaintedItem
-{
+class TabRowViewItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(TabRowView)
     Q_PROPERTY(TabEditSurface *surface READ surface WRITE setSurface NOTIFY surfaceChanged)

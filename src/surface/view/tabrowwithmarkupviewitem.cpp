@@ -108,13 +108,14 @@ void TabRowWithMarkupViewItem::paintRow(QPainter &painter, const TabRowWithMarku
         const QList<QRectF> frames = letters.layoutItems();
         painter.setPen(colors.label);
         for (int i = 0; i < frames.size(); ++i) {
-            painter.setFont(SurfaceFonts::black(StringSpacedView::letterFontSize(frames[i].height())));
+            painter.setFont(
+                SurfaceFonts::black(StringSpacedView::letterFontSize(frames[i].height())));
             painter.drawText(frames[i], Qt::AlignCenter,
                              StringSpacedView::letter(*row.stringNotes, i));
         }
         if (row.capoFretNum >= 1) {
-            const auto capo = StringSpacedView::capoLabels(parts.notesView.width(),
-                                                           parts.notesTopPadding);
+            const auto capo =
+                StringSpacedView::capoLabels(parts.notesView.width(), parts.notesTopPadding);
             painter.save();
             painter.setFont(SurfaceFonts::label(capo.capoFontSize));
             painter.translate(capo.capoFrame.center());

@@ -8,8 +8,7 @@
 
 // A reading row painted whole: letters, lyric lines, chord names and strings. Its height
 // follows its width by the row's ratios.
-class TabRowWithMarkupViewItem : public QQuickPaintedItem
-{
+class TabRowWithMarkupViewItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(TabRowWithMarkupView)
     Q_PROPERTY(TabEditSurface *surface MEMBER host NOTIFY changed)
