@@ -2,6 +2,7 @@
 
 #include "binaryplistwriter.h"
 #include "modellog.h"
+#include "plistvariant.h"
 
 #include <QHash>
 
@@ -13,6 +14,8 @@
 namespace {
 
 const QString nsObjectsKey = u"NS.objects"_qs;
+// Far beyond any tab a person writes: a 1,000-row tab takes 7 MB.
+constexpr qsizetype maximumArchiveBytes = 256 * 1024 * 1024;
 const QString classKey = u"$class"_qs;
 
 struct PlistFree {
@@ -182,8 +185,16 @@ public:
     {
         if (bytes.size() < 8 || std::memcmp(bytes.data(), "bplist00", 8) != 0)
             return fail(u"not a binary property list"_qs);
-        if (bytes.size() > qsizetype(std::numeric_limits<uint32_t>::max()))
+        if (bytes.size() > maximumArchiveBytes)
             return fail(u"file too large"_qs);
+        // libplist copies an object for each reference to it and stops the program on some
+        // damaged keys, so the file's structure is checked before libplist sees it. A tab's
+        // archive expands to about one node for every four bytes of file.
+        PlistVariant::GraphLimits limits;
+        limits.expandedNodes = 1'000'000 + quint64(bytes.size());
+        limits.expandedPayloadBytes = 64 * 1024 * 1024 + 4 * quint64(bytes.size());
+        if (!PlistVariant::isSafeBinaryPlist(bytes, limits))
+            return fail(u"damaged property list"_qs);
         plist_t parsed = nullptr;
         plist_from_bin(bytes.data(), uint32_t(bytes.size()), &parsed);
         root.reset(parsed);

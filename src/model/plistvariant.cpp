@@ -28,8 +28,6 @@ const QDateTime &referenceDate()
 
 // Limits on the tree that a binary file may expand into: a few thousand bytes of shared
 // references could otherwise describe billions of nodes.
-constexpr quint64 maximumExpandedNodes = 1'000'000;
-constexpr quint64 maximumExpandedPayload = 64 * 1024 * 1024;
 
 plist_t toNode(const QVariant &value, int depth)
 {
@@ -174,8 +172,9 @@ QVariant fromNode(plist_t node, int depth)
 class BinaryGraph
 {
 public:
-    explicit BinaryGraph(QByteArrayView bytes)
-        : data(reinterpret_cast<const uchar *>(bytes.data())), size(quint64(bytes.size()))
+    BinaryGraph(QByteArrayView bytes, const GraphLimits &limits)
+        : limits(limits), data(reinterpret_cast<const uchar *>(bytes.data())),
+          size(quint64(bytes.size()))
     {
     }
 
@@ -324,7 +323,7 @@ private:
             for (const quint64 child : frame.children) {
                 totalNodes += nodes[child];
                 totalPayload += payload[child];
-                if (totalNodes > maximumExpandedNodes || totalPayload > maximumExpandedPayload)
+                if (totalNodes > limits.expandedNodes || totalPayload > limits.expandedPayloadBytes)
                     return false;
             }
             nodes[frame.index] = totalNodes;
@@ -337,7 +336,7 @@ private:
 
     bool enter(quint64 index, std::vector<Frame> &stack)
     {
-        if (stack.size() > size_t(maximumDepth))
+        if (stack.size() > size_t(limits.depth))
             return false;
         Frame frame{index, {}, 0};
         quint64 bytes = 0;
@@ -349,6 +348,7 @@ private:
         return true;
     }
 
+    GraphLimits limits;
     const uchar *data;
     quint64 size;
     quint64 offsetSize = 0;
@@ -397,11 +397,9 @@ std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes)
     return fromNode(root.get(), 0).toMap();
 }
 
-bool isSafeBinaryPlist(QByteArrayView bytes)
+bool isSafeBinaryPlist(QByteArrayView bytes, const GraphLimits &limits)
 {
-    if (bytes.size() > maximumFileBytes)
-        return false;
-    return BinaryGraph(bytes).check();
+    return BinaryGraph(bytes, limits).check();
 }
 
 } // namespace PlistVariant

@@ -31,9 +31,18 @@ std::optional<QByteArray> binaryData(const QVariantMap &dictionary);
 // Entries of types that have no QVariant form (UIDs) are left out.
 std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes);
 
+// How large the tree that a parser builds from a file may grow. The parser copies an object
+// for every reference to it, so a small file that shares objects cleverly could otherwise
+// expand into billions of nodes.
+struct GraphLimits {
+    int depth = maximumDepth;
+    quint64 expandedNodes = 1'000'000;
+    quint64 expandedPayloadBytes = 64 * 1024 * 1024;
+};
+
 // Checks the object graph of a binary property list before it is parsed: references in
-// range, no cycles, nesting within maximumDepth, and no sharing that would expand the tree
-// far beyond the file's own size.
-bool isSafeBinaryPlist(QByteArrayView bytes);
+// range, no cycles, dictionary keys the parser can hold, nesting and expansion within the
+// limits.
+bool isSafeBinaryPlist(QByteArrayView bytes, const GraphLimits &limits = GraphLimits());
 
 } // namespace PlistVariant

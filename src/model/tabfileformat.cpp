@@ -1,5 +1,6 @@
 #include "tabfileformat.h"
 
+#include "jsoninteger.h"
 #include "keyedarchive.h"
 #include "modellog.h"
 
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 Q_LOGGING_CATEGORY(lcModel, "lutegrid.model")
 
@@ -151,17 +151,6 @@ std::optional<TabRowData> decodeRow(const ArchiveValue &value, ItemCache &cache)
     QStringList lines = value.value(u"lmkey").stringListValue().value_or(QStringList());
     adoptSingleLyric(value.value(u"lkey").stringValue(), lines);
     return TabRowData(std::move(columns), std::move(lines));
-}
-
-std::optional<qint64> jsonInteger(const QJsonValue &value)
-{
-    if (!value.isDouble())
-        return std::nullopt;
-    const double number = value.toDouble();
-    if (number != std::trunc(number) || number < -9223372036854775808.0
-        || number >= 9223372036854775808.0)
-        return std::nullopt;
-    return static_cast<qint64>(number);
 }
 
 std::optional<TabData> importFailure(ImportError *error, const QString &message)

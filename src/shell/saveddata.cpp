@@ -75,12 +75,9 @@ void SavedData::load()
 {
     QFile file(filePath);
     std::optional<ArchiveValue> top;
-    if (file.open(QIODevice::ReadOnly) && file.size() <= PlistVariant::maximumFileBytes) {
-        const QByteArray bytes = file.readAll();
-        // libplist stops the program on some damaged files; those count as no file.
-        if (PlistVariant::isSafeBinaryPlist(bytes))
-            top = KeyedUnarchiver::unarchivedTopLevel(bytes);
-    }
+    // A settings file is small: anything this large is damage, and counts as no file.
+    if (file.open(QIODevice::ReadOnly) && file.size() <= PlistVariant::maximumFileBytes)
+        top = KeyedUnarchiver::unarchivedTopLevel(file.readAll());
     if (top) {
         createdFirstTab = top->value(u"firsttabkey").toBool();
         tabCreateCount = top->value(u"tabcreatecountkey").toInteger();
@@ -224,9 +221,7 @@ QList<ChordShortcut> SavedData::loadCloudCustomChords() const
         return {};
     QList<ChordShortcut> chords;
     for (const QVariant &entry : cloudStore->arrayForKey(customChordsKey)) {
-        // Entries come from other machines: one that libplist can't take safely is undecodable.
-        if (entry.typeId() != QMetaType::QByteArray
-            || !PlistVariant::isSafeBinaryPlist(entry.toByteArray()))
+        if (entry.typeId() != QMetaType::QByteArray)
             return {};
         const auto chord = ChordShortcut::fromArchivedData(entry.toByteArray());
         if (!chord)

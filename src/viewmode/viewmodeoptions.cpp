@@ -1,26 +1,9 @@
 #include "viewmodeoptions.h"
 
+#include "model/jsoninteger.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include <cmath>
-
-namespace {
-
-std::optional<qint64> integerMember(const QJsonObject &object, const QString &key)
-{
-    const QJsonValue value = object.value(key);
-    if (!value.isDouble())
-        return std::nullopt;
-    const double number = value.toDouble();
-    // 2^63 as a double: anything at or past it does not fit.
-    if (number != std::trunc(number) || number < -9223372036854775808.0
-        || number >= 9223372036854775808.0)
-        return std::nullopt;
-    return static_cast<qint64>(number);
-}
-
-} // namespace
 
 QByteArray ViewModePlaybackOptions::toJson() const
 {
@@ -50,9 +33,9 @@ std::optional<ViewModePlaybackOptions> ViewModePlaybackOptions::fromJson(const Q
     const QJsonObject object = document.object();
 
     ViewModePlaybackOptions options;
-    const auto speed = integerMember(object, u"playbackSpeed"_qs);
-    const auto columnsInBeat = integerMember(object, u"playbackColumnsInBeat"_qs);
-    const auto beatsPerMeasure = integerMember(object, u"playbackBeatsPerMeasure"_qs);
+    const auto speed = jsonInteger(object.value(u"playbackSpeed"_qs));
+    const auto columnsInBeat = jsonInteger(object.value(u"playbackColumnsInBeat"_qs));
+    const auto beatsPerMeasure = jsonInteger(object.value(u"playbackBeatsPerMeasure"_qs));
     const QJsonValue byMeasure = object.value(u"playbackByMeasure"_qs);
     const QJsonValue loop = object.value(u"loopPlayback"_qs);
     if (!speed || !columnsInBeat || !beatsPerMeasure || !byMeasure.isBool() || !loop.isBool())

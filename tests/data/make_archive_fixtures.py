@@ -162,6 +162,19 @@ def hostile():
         previous = a.array([previous])
     write("hostile_deep.plist", a.bytes({"root": previous}))
 
+    # One list shared twice at every level: 41 lists in the file, 2^40 leaves once copied out.
+    a = Archive()
+    shared = []
+    for _ in range(40):
+        shared = [shared, shared]
+    root = a.obj("Lutegrid.TabData", {"trk": shared})
+    write("hostile_expansion.plist", a.bytes({"root": root}))
+
+    # A key with a NUL in it, as UTF-16 and as ASCII.
+    a = Archive()
+    root = a.obj("Lutegrid.TabData", {"tr\u00e9\u0000k": UID(0), "trk\u0000": UID(0)})
+    write("hostile_nul_key.plist", a.bytes({"root": root}))
+
 
 if __name__ == "__main__":
     platform_tab()

@@ -1,22 +1,10 @@
 #include "model/keyedarchive.h"
+#include "testdata.h"
 #include "testmain.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-
-namespace {
-
-QByteArray fixture(const char *name)
-{
-    QFile file(QStringLiteral(LUTEGRID_TEST_DATA "/") + QString::fromLatin1(name));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing fixture %s", name);
-    return file.readAll();
-}
-
-} // namespace
 
 class TestKeyedArchive : public QObject
 {
@@ -133,7 +121,7 @@ print('ok')
 void TestKeyedArchive::readsForeignArchive()
 {
     QString error;
-    const auto root = KeyedUnarchiver::unarchivedRootObject(fixture("platform_tab.lgrdi"), &error);
+    const auto root = KeyedUnarchiver::unarchivedRootObject(testDataFile("platform_tab.lgrdi"), &error);
     QVERIFY2(root, qPrintable(error));
     QCOMPARE(root->className(), u"Lutegrid.TabData"_qs);
     const ArchiveArray &rows = root->value(u"trk").toArray();
@@ -153,7 +141,7 @@ void TestKeyedArchive::readsForeignArchive()
 void TestKeyedArchive::readsKeyedDirectlyTopLevel()
 {
     QString error;
-    const auto top = KeyedUnarchiver::unarchivedTopLevel(fixture("platform_settings.plist"), &error);
+    const auto top = KeyedUnarchiver::unarchivedTopLevel(testDataFile("platform_settings.plist"), &error);
     QVERIFY2(top, qPrintable(error));
     QCOMPARE(top->value(u"tabcreatecountkey").toInteger(), 7);
     QCOMPARE(top->value(u"lastrrtKey").toReal(), 1700000000.5);
@@ -169,7 +157,7 @@ void TestKeyedArchive::readsKeyedDirectlyTopLevel()
 
 void TestKeyedArchive::readsNestedArchiveInData()
 {
-    const auto root = KeyedUnarchiver::unarchivedRootObject(fixture("nested_archive.plist"));
+    const auto root = KeyedUnarchiver::unarchivedRootObject(testDataFile("nested_archive.plist"));
     QVERIFY(root);
     QCOMPARE(root->value(u"count").toInteger(), 3);
     QVERIFY(root->value(u"nothing").isNull());
@@ -190,6 +178,8 @@ void TestKeyedArchive::hostileArchivesAreUnreadable_data()
     QTest::newRow("cycle") << u"hostile_cycle.plist"_qs << u"cycle"_qs;
     QTest::newRow("past end") << u"hostile_past_end.plist"_qs << u"past the end"_qs;
     QTest::newRow("10,000 deep") << u"hostile_deep.plist"_qs << u"too deep"_qs;
+    QTest::newRow("2^40 expansion") << u"hostile_expansion.plist"_qs << u"damaged"_qs;
+    QTest::newRow("NUL in a key") << u"hostile_nul_key.plist"_qs << u"damaged"_qs;
 }
 
 void TestKeyedArchive::hostileArchivesAreUnreadable()
@@ -199,7 +189,7 @@ void TestKeyedArchive::hostileArchivesAreUnreadable()
     QElapsedTimer timer;
     timer.start();
     QString error;
-    QVERIFY(!KeyedUnarchiver::unarchivedRootObject(fixture(qPrintable(file)), &error));
+    QVERIFY(!KeyedUnarchiver::unarchivedRootObject(testDataFile(qPrintable(file)), &error));
     QVERIFY2(error.contains(reason), qPrintable(error));
 }
 

@@ -1,6 +1,7 @@
 #include "model/keyedarchive.h"
 #include "model/tabfileformat.h"
 #include "shell/saveddata.h"
+#include "testdata.h"
 #include "testmain.h"
 
 #include <QFile>
@@ -49,13 +50,6 @@ ArchiveValue rowValue(ArchiveFields extra)
     return ArchiveValue::object(u"Lutegrid.TabRowData"_qs, std::move(fields));
 }
 
-QByteArray fixture(const char *name)
-{
-    QFile file(QStringLiteral(LUTEGRID_TEST_DATA "/") + QString::fromLatin1(name));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing fixture %s", name);
-    return file.readAll();
-}
 
 } // namespace
 
@@ -254,7 +248,7 @@ void TestTabFileFormat::documentUnreadable()
 void TestTabFileFormat::documentFromAnotherWriter()
 {
     QString error;
-    const auto tab = tabDataFromDocumentData(fixture("platform_tab.lgrdi"), &error);
+    const auto tab = tabDataFromDocumentData(testDataFile("platform_tab.lgrdi"), &error);
     QVERIFY2(tab, qPrintable(error));
     QCOMPARE(tab->stringNotes, QStringList({u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E3"_qs.left(2)}));
     QCOMPARE(tab->capoFret, 2);
