@@ -38,6 +38,31 @@ void appendMarker(QByteArray &out, quint8 type, quint64 length)
     appendBigEndian(out, length, size);
 }
 
+uchar *writeBigEndian(uchar *p, quint64 value, int size)
+{
+    for (int shift = (size - 1) * 8; shift >= 0; shift -= 8)
+        *p++ = uchar((value >> shift) & 0xFF);
+    return p;
+}
+
+// Bytes taken by a container's marker and, past 14 elements, its length.
+quint64 markerSize(quint64 length)
+{
+    return length < 15 ? 1 : 2 + quint64(bytesNeeded(length));
+}
+
+uchar *writeMarker(uchar *p, quint8 type, quint64 length)
+{
+    if (length < 15) {
+        *p++ = uchar(type | quint8(length));
+        return p;
+    }
+    *p++ = uchar(type | 0x0F);
+    const int size = bytesNeeded(length);
+    *p++ = uchar(0x10 | (size == 1 ? 0 : size == 2 ? 1 : size == 4 ? 2 : 3));
+    return writeBigEndian(p, length, size);
+}
+
 } // namespace
 
 BinaryPlistWriter::Ref BinaryPlistWriter::addScalar(const QByteArray &encoded)
@@ -155,40 +180,46 @@ QByteArray BinaryPlistWriter::finish(Ref topObject) const
     const quint64 objectCount = entries.size();
     const int refSize = bytesNeeded(objectCount ? objectCount - 1 : 0);
 
-    QByteArray out;
-    out.reserve(qsizetype(8 + scalarBytes.size() + containerRefs.size() * size_t(refSize)
-                          + entries.size() * 6 + 32));
-    out.append("bplist00", 8);
+    // Sizes first, so that the whole file is written into one buffer of the right length.
+    quint64 objectsEnd = 8;
     std::vector<quint64> offsets;
     offsets.reserve(entries.size());
     for (const Entry &entry : entries) {
-        offsets.push_back(quint64(out.size()));
-        switch (entry.kind) {
-        case Kind::Scalar:
-            out.append(scalarBytes.constData() + entry.start, entry.count);
-            break;
-        case Kind::Array:
-            appendMarker(out, 0xA0, entry.count);
-            for (quint32 i = 0; i < entry.count; ++i)
-                appendBigEndian(out, containerRefs[entry.start + i], refSize);
-            break;
-        case Kind::Dictionary:
-            appendMarker(out, 0xD0, entry.count);
-            for (quint32 i = 0; i < entry.count * 2; ++i)
-                appendBigEndian(out, containerRefs[entry.start + i], refSize);
-            break;
+        offsets.push_back(objectsEnd);
+        if (entry.kind == Kind::Scalar) {
+            objectsEnd += entry.count;
+            continue;
         }
+        const quint64 refs = entry.kind == Kind::Dictionary ? 2 * quint64(entry.count) : entry.count;
+        objectsEnd += markerSize(entry.count) + refs * quint64(refSize);
     }
-    const quint64 offsetTableStart = quint64(out.size());
-    const int offsetSize = bytesNeeded(offsetTableStart);
-    for (quint64 offset : offsets)
-        appendBigEndian(out, offset, offsetSize);
+    const int offsetSize = bytesNeeded(objectsEnd);
+    const quint64 total = objectsEnd + objectCount * quint64(offsetSize) + 32;
 
-    out.append(QByteArray(6, '\0'));
-    out.append(char(offsetSize));
-    out.append(char(refSize));
-    appendBigEndian(out, objectCount, 8);
-    appendBigEndian(out, topObject, 8);
-    appendBigEndian(out, offsetTableStart, 8);
+    QByteArray out(qsizetype(total), Qt::Uninitialized);
+    uchar *p = reinterpret_cast<uchar *>(out.data());
+    std::memcpy(p, "bplist00", 8);
+    p += 8;
+    for (const Entry &entry : entries) {
+        if (entry.kind == Kind::Scalar) {
+            std::memcpy(p, scalarBytes.constData() + entry.start, entry.count);
+            p += entry.count;
+            continue;
+        }
+        const bool dictionary = entry.kind == Kind::Dictionary;
+        p = writeMarker(p, dictionary ? 0xD0 : 0xA0, entry.count);
+        const quint32 refs = dictionary ? 2 * entry.count : entry.count;
+        for (quint32 i = 0; i < refs; ++i)
+            p = writeBigEndian(p, containerRefs[entry.start + i], refSize);
+    }
+    for (quint64 offset : offsets)
+        p = writeBigEndian(p, offset, offsetSize);
+    std::memset(p, 0, 6);
+    p += 6;
+    *p++ = uchar(offsetSize);
+    *p++ = uchar(refSize);
+    p = writeBigEndian(p, objectCount, 8);
+    p = writeBigEndian(p, topObject, 8);
+    writeBigEndian(p, objectsEnd, 8);
     return out;
 }

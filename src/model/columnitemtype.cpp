@@ -53,9 +53,25 @@ QStringView ColumnItemType::markText(Kind kind)
 
 QString ColumnItemType::text() const
 {
-    if (itemKind == Kind::note)
-        return QString::number(fretNum);
-    return markText(itemKind).toString();
+    // Files and exports ask for the text of every cell: the common ones are made once and
+    // shared rather than allocated each time.
+    static const std::array<QString, kindCount> marks = [] {
+        std::array<QString, kindCount> texts;
+        for (int k = 1; k < kindCount; ++k)
+            texts[k] = markText(static_cast<Kind>(k)).toString();
+        return texts;
+    }();
+    static const std::array<QString, 100> frets = [] {
+        std::array<QString, 100> texts;
+        for (int fret = 0; fret < 100; ++fret)
+            texts[fret] = QString::number(fret);
+        return texts;
+    }();
+    if (itemKind != Kind::note)
+        return marks[static_cast<int>(itemKind)];
+    if (fretNum >= 0 && fretNum < qint64(frets.size()))
+        return frets[size_t(fretNum)];
+    return QString::number(fretNum);
 }
 
 ColumnItemType ColumnItemType::fromText(QStringView text)

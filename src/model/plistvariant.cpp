@@ -201,9 +201,12 @@ public:
 private:
     enum State : quint8 { Unvisited, InProgress, Done };
     struct Frame {
-        quint64 index;
-        std::vector<quint64> children;
-        size_t next = 0;
+        quint64 index = 0;
+        quint64 refs = 0; // where the object's references start
+        quint64 count = 0;
+        quint64 next = 0;
+        quint64 nodes = 0;
+        quint64 payload = 0;
     };
 
     static bool validWidth(quint64 width) { return width >= 1 && width <= 8; }
@@ -271,27 +274,29 @@ private:
         return true;
     }
 
-    // Reads an object's header: its children (for containers) and its payload length.
-    bool describe(quint64 index, std::vector<quint64> &children, quint64 &payloadBytes) const
+    // Reads an object's header: where its references start and how many (for containers),
+    // and its payload length. Dictionary keys are checked here, once per dictionary.
+    bool describe(quint64 index, Frame &frame, quint64 &payloadBytes) const
     {
         Header object;
         if (!header(index, object))
             return false;
-        children.clear();
         payloadBytes = 0;
+        frame.index = index;
+        frame.refs = object.pos;
+        frame.count = 0;
+        frame.next = 0;
         if (isContainer(object.type)) {
             const quint64 refs = object.type == 0xD ? 2 : 1;
             if (object.count > (tableOffset - object.pos) / refSize / refs)
                 return false;
-            const quint64 total = object.count * refs;
-            children.reserve(total);
-            for (quint64 i = 0; i < total; ++i) {
-                const quint64 child = readNumber(data + object.pos + i * refSize, refSize);
-                if (child >= objectCount)
-                    return false;
-                if (object.type == 0xD && i < object.count && !isCleanKey(child))
-                    return false;
-                children.push_back(child);
+            frame.count = object.count * refs;
+            if (object.type == 0xD) {
+                for (quint64 i = 0; i < object.count; ++i) {
+                    const quint64 key = readNumber(data + object.pos + i * refSize, refSize);
+                    if (key >= objectCount || !isCleanKey(key))
+                        return false;
+                }
             }
         } else if (hasCount(object.type)) {
             payloadBytes = object.type == 0x6 ? object.count * 2 : object.count;
@@ -306,30 +311,35 @@ private:
     bool walk(quint64 top)
     {
         std::vector<Frame> stack;
+        stack.reserve(size_t(limits.depth) + 1);
         if (!enter(top, stack))
             return false;
         while (!stack.empty()) {
             Frame &frame = stack.back();
-            if (frame.next < frame.children.size()) {
-                const quint64 child = frame.children[frame.next++];
-                if (state[child] == InProgress)
+            if (frame.next < frame.count) {
+                const quint64 child = readNumber(data + frame.refs + frame.next * refSize, refSize);
+                ++frame.next;
+                if (child >= objectCount || state[child] == InProgress)
                     return false;
-                if (state[child] == Unvisited && !enter(child, stack))
+                if (state[child] == Done) {
+                    frame.nodes += nodes[child];
+                    frame.payload += payload[child];
+                } else if (!enter(child, stack)) {
                     return false;
+                }
                 continue;
             }
-            quint64 totalNodes = 1;
-            quint64 totalPayload = payload[frame.index];
-            for (const quint64 child : frame.children) {
-                totalNodes += nodes[child];
-                totalPayload += payload[child];
-                if (totalNodes > limits.expandedNodes || totalPayload > limits.expandedPayloadBytes)
-                    return false;
-            }
-            nodes[frame.index] = totalNodes;
-            payload[frame.index] = totalPayload;
-            state[frame.index] = Done;
+            if (frame.nodes > limits.expandedNodes || frame.payload > limits.expandedPayloadBytes)
+                return false;
+            const quint64 index = frame.index;
+            nodes[index] = frame.nodes;
+            payload[index] = frame.payload;
+            state[index] = Done;
             stack.pop_back();
+            if (!stack.empty()) {
+                stack.back().nodes += nodes[index];
+                stack.back().payload += payload[index];
+            }
         }
         return true;
     }
@@ -338,13 +348,14 @@ private:
     {
         if (stack.size() > size_t(limits.depth))
             return false;
-        Frame frame{index, {}, 0};
+        Frame frame;
         quint64 bytes = 0;
-        if (!describe(index, frame.children, bytes))
+        if (!describe(index, frame, bytes))
             return false;
-        payload[index] = bytes;
+        frame.nodes = 1;
+        frame.payload = bytes;
         state[index] = InProgress;
-        stack.push_back(std::move(frame));
+        stack.push_back(frame);
         return true;
     }
 

@@ -153,6 +153,79 @@ std::optional<TabRowData> decodeRow(const ArchiveValue &value, ItemCache &cache)
     return TabRowData(std::move(columns), std::move(lines));
 }
 
+// ---- JSON text ------------------------------------------------------------------------------
+
+void appendJsonString(QByteArray &out, QStringView text)
+{
+    static const char hex[] = "0123456789abcdef";
+    out.append('"');
+    const QByteArray utf8 = text.toUtf8();
+    for (const char byte : utf8) {
+        const auto c = static_cast<unsigned char>(byte);
+        switch (c) {
+        case '"':
+            out.append("\\\"");
+            break;
+        case '\\':
+            out.append("\\\\");
+            break;
+        case '\b':
+            out.append("\\b");
+            break;
+        case '\f':
+            out.append("\\f");
+            break;
+        case '\n':
+            out.append("\\n");
+            break;
+        case '\r':
+            out.append("\\r");
+            break;
+        case '\t':
+            out.append("\\t");
+            break;
+        default:
+            if (c < 0x20) {
+                out.append("\\u00");
+                out.append(hex[c >> 4]);
+                out.append(hex[c & 0xF]);
+            } else {
+                out.append(byte);
+            }
+        }
+    }
+    out.append('"');
+}
+
+void appendJsonStrings(QByteArray &out, const QStringList &texts)
+{
+    out.append('[');
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        if (i)
+            out.append(',');
+        appendJsonString(out, texts[i]);
+    }
+    out.append(']');
+}
+
+// A cell as a JSON string, from texts escaped once.
+void appendJsonItem(QByteArray &out, const ColumnItemType &item)
+{
+    static const std::array<QByteArray, ColumnItemType::kindCount> marks = [] {
+        std::array<QByteArray, ColumnItemType::kindCount> texts;
+        for (int k = 1; k < ColumnItemType::kindCount; ++k)
+            appendJsonString(texts[k], ColumnItemType::markText(ColumnItemType::Kind(k)));
+        return texts;
+    }();
+    if (item.isMark()) {
+        out.append(marks[static_cast<int>(item.kind())]);
+        return;
+    }
+    out.append('"');
+    out.append(QByteArray::number(item.fret()));
+    out.append('"');
+}
+
 std::optional<TabData> importFailure(ImportError *error, const QString &message)
 {
     if (error)
@@ -235,39 +308,55 @@ std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *er
 
 std::optional<QByteArray> exchangeData(const TabData &tabData)
 {
-    QJsonArray rows;
-    for (const TabRowData &row : tabData.tabRowDatas) {
-        QJsonArray columns;
-        QJsonArray headers;
-        for (const TabColumnData &column : row.colDatas) {
-            QJsonArray items;
-            for (const ColumnItemType &item : column.columnItems)
-                items.append(item.text());
-            columns.append(items);
-            headers.append(column.chordName ? QJsonValue(*column.chordName)
-                                            : QJsonValue(QJsonValue::Null));
+    // Written by hand rather than through a JSON tree: a large tab has hundreds of thousands
+    // of cells, and a tree of them costs far more than the text. Members stand in the order
+    // of their names, as a JSON object sorts them.
+    QByteArray out;
+    out.reserve(64 + tabData.tabRowDatas.size() * 1024);
+    out.append("{\"cFret\":");
+    out.append(QByteArray::number(tabData.capoFret));
+    if (tabData.introText) {
+        out.append(",\"intro\":");
+        appendJsonString(out, *tabData.introText);
+    }
+    out.append(",\"stringNotes\":");
+    appendJsonStrings(out, tabData.stringNotes);
+    out.append(",\"tabRows\":[");
+    for (qsizetype r = 0; r < tabData.tabRowDatas.size(); ++r) {
+        const TabRowData &row = tabData.tabRowDatas[r];
+        out.append(r ? ",{\"columnHeaders\":[" : "{\"columnHeaders\":[");
+        for (qsizetype c = 0; c < row.colDatas.size(); ++c) {
+            if (c)
+                out.append(',');
+            const auto &name = row.colDatas[c].chordName;
+            if (name)
+                appendJsonString(out, *name);
+            else
+                out.append("null");
         }
-        QJsonObject rowObject;
-        rowObject.insert(u"lyrics"_qs, row.lyricLines.isEmpty() ? QString() : row.lyricLines[0]);
-        rowObject.insert(u"lyricLines"_qs, QJsonArray::fromStringList(row.lyricLines));
-        rowObject.insert(u"columns"_qs, columns);
-        rowObject.insert(u"columnHeaders"_qs, headers);
-        rows.append(rowObject);
+        out.append("],\"columns\":[");
+        for (qsizetype c = 0; c < row.colDatas.size(); ++c) {
+            out.append(c ? ",[" : "[");
+            const QList<ColumnItemType> &items = row.colDatas[c].columnItems;
+            for (qsizetype i = 0; i < items.size(); ++i) {
+                if (i)
+                    out.append(',');
+                appendJsonItem(out, items[i]);
+            }
+            out.append(']');
+        }
+        out.append("],\"lyricLines\":");
+        appendJsonStrings(out, row.lyricLines);
+        out.append(",\"lyrics\":");
+        appendJsonString(out, row.lyricLines.isEmpty() ? QString() : row.lyricLines[0]);
+        out.append('}');
     }
-    QJsonObject object;
-    object.insert(u"title"_qs, tabData.title);
-    if (tabData.introText)
-        object.insert(u"intro"_qs, *tabData.introText);
-    object.insert(u"tempo"_qs, tabData.tempo);
-    object.insert(u"tabRows"_qs, rows);
-    object.insert(u"stringNotes"_qs, QJsonArray::fromStringList(tabData.stringNotes));
-    object.insert(u"cFret"_qs, tabData.capoFret);
-    QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
-    if (json.isEmpty()) {
-        qCWarning(lcModel) << "LGRD error " << "the tab could not be written as JSON";
-        return std::nullopt;
-    }
-    return json;
+    out.append("],\"tempo\":");
+    out.append(QByteArray::number(tabData.tempo));
+    out.append(",\"title\":");
+    appendJsonString(out, tabData.title);
+    out.append('}');
+    return out;
 }
 
 std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportError *error)

@@ -73,6 +73,7 @@ private Q_SLOTS:
 
     void exchangeRoundTrip();
     void exchangeIsCompactAndNamed();
+    void exchangeEscapesText();
     void exchangeReadsColumnsAsTheyStand();
     void exchangeOptionalMembers();
     void exchangeErrors_data();
@@ -317,6 +318,26 @@ void TestTabFileFormat::exchangeIsCompactAndNamed()
     TabData noIntro = richTab();
     noIntro.introText.reset();
     QVERIFY(!QJsonDocument::fromJson(exchangeData(noIntro).value()).object().contains(u"intro"));
+}
+
+void TestTabFileFormat::exchangeEscapesText()
+{
+    TabData tab = richTab();
+    tab.title = u"Say \"hi\" \\ / back\tslash\n\u0001 caf\u00e9 \U0001F3B8"_qs;
+    tab.tabRowDatas[0].lyricLines = {u"line\r\nbreak \u001f"_qs};
+    tab.tabRowDatas[0].colDatas[0].chordName = u"A\"m"_qs;
+    tab.tabRowDatas[0].colDatas[0].columnItems[1] = ColumnItemType(ColumnItemType::Kind::slideDown);
+    const QByteArray json = exchangeData(tab).value();
+    // Byte for byte what Qt's own writer makes of the same document.
+    QJsonParseError parseError;
+    const QJsonDocument parsed = QJsonDocument::fromJson(json, &parseError);
+    QCOMPARE(parseError.error, QJsonParseError::NoError);
+    QCOMPARE(parsed.toJson(QJsonDocument::Compact), json);
+    const auto read = tabDataFromExchangeData(json);
+    QVERIFY(read);
+    QCOMPARE(read->title, tab.title);
+    QCOMPARE(read->tabRowDatas[0].lyricLines, tab.tabRowDatas[0].lyricLines);
+    QCOMPARE(read->tabRowDatas[0].colDatas[0], tab.tabRowDatas[0].colDatas[0]);
 }
 
 void TestTabFileFormat::exchangeReadsColumnsAsTheyStand()
