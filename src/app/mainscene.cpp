@@ -1,0 +1,171 @@
+#include "mainscene.h"
+
+#include "shell/appmanager.h"
+#include "shell/lutegriddocument.h"
+#include "shell/saveddata.h"
+#include "surfacepalette.h"
+
+#include "iconprovider.h"
+
+#include <QDebug>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickWindow>
+#include <QWindow>
+
+MainScene::MainScene(QObject *parent) : QObject(parent)
+{
+    connect(&tabFolders, &TabFoldersViewController::listRequested, this,
+            [this](const QString &tag, bool unlabeled, bool deleted) {
+                pushList(tag, unlabeled, deleted, true);
+                AppManager::shared().refreshTabs();
+            });
+    AppManager::shared().registerWindow(this);
+}
+
+MainScene::~MainScene()
+{
+    AppManager &manager = AppManager::shared();
+    if (manager.topTabViewController == topTabsList())
+        manager.topTabViewController = nullptr;
+    manager.unregisterWindow(this);
+}
+
+QQuickWindow *MainScene::loadWindow(QQmlEngine &engine)
+{
+    if (!engine.imageProvider(u"icon"_qs))
+        engine.addImageProvider(u"icon"_qs, new IconProvider);
+    // The modules are in the resources under their URI.
+    engine.addImportPath(u"qrc:/"_qs);
+    QQmlComponent component(&engine, QUrl(u"qrc:/Lutegrid/App/Main.qml"_qs));
+    if (!component.isReady()) {
+        qWarning().noquote() << component.errorString();
+        return nullptr;
+    }
+    QObject *object = component.createWithInitialProperties({{u"scene"_qs, QVariant::fromValue(this)}});
+    auto *window = qobject_cast<QQuickWindow *>(object);
+    if (!window) {
+        qWarning().noquote() << component.errorString();
+        delete object;
+        return nullptr;
+    }
+    setWindow(window);
+    return window;
+}
+
+void MainScene::start()
+{
+    AppManager::shared().applyAppearance(int(SavedData::shared().appearanceSetting), this);
+    stack.append({Folders, &tabFolders});
+    Q_EMIT screenPushed(Folders, &tabFolders, false);
+    pushList(QString(), false, false, false);
+    AppManager::shared().refreshTabs();
+}
+
+TabsListViewController *MainScene::pushList(const QString &tagName, bool isUnlabeledList,
+                                            bool isDeletedFolder, bool animated)
+{
+    std::optional<QString> tag;
+    if (!tagName.isEmpty())
+        tag = tagName;
+    auto *list = new TabsListViewController(tag, isUnlabeledList, isDeletedFolder, &dialogHost,
+                                            this);
+    connect(list, &TabsListViewController::editorRequested, this, &MainScene::pushEditor);
+    stack.append({TabsList, list});
+    AppManager::shared().topTabViewController = list;
+    Q_EMIT screenPushed(TabsList, list, animated);
+    return list;
+}
+
+void MainScene::pushEditor(LutegridDocument *document)
+{
+    if (!document || topKind() != TabsList)
+        return;
+    stack.append({Editor, document});
+    Q_EMIT screenPushed(Editor, document, true);
+}
+
+void MainScene::goBack()
+{
+    if (stack.size() < 2 || dialogHost.isPresenting())
+        return;
+    const Screen top = stack.takeLast();
+    Q_EMIT screenPopped();
+    AppManager &manager = AppManager::shared();
+    if (top.kind == TabsList) {
+        auto *list = qobject_cast<TabsListViewController *>(top.object.data());
+        if (list && manager.topTabViewController == list)
+            manager.topTabViewController = nullptr;
+        if (top.object)
+            top.object->deleteLater();
+        tabFolders.refresh();
+    } else if (top.kind == Editor) {
+        manager.topTabViewController = topList();
+        manager.refreshTabs();
+    }
+}
+
+TabsListViewController *MainScene::topList() const
+{
+    for (auto it = stack.crbegin(); it != stack.crend(); ++it) {
+        if (it->kind == TabsList)
+            return qobject_cast<TabsListViewController *>(it->object.data());
+    }
+    return nullptr;
+}
+
+LutegridDocument *MainScene::editorDocument() const
+{
+    if (topKind() != Editor)
+        return nullptr;
+    return qobject_cast<LutegridDocument *>(stack.last().object.data());
+}
+
+SceneWindow::TopScreen MainScene::topScreen() const
+{
+    switch (topKind()) {
+    case Folders:
+        return TopScreen::Folders;
+    case TabsList:
+        return TopScreen::TabsList;
+    case Editor:
+        break;
+    }
+    return TopScreen::Other;
+}
+
+TabsListScreen *MainScene::topTabsList() const
+{
+    return topKind() == TabsList ? topList() : nullptr;
+}
+
+TabsListScreen *MainScene::pushAllTabsList()
+{
+    return pushList(QString(), false, false, false);
+}
+
+void MainScene::requestSceneSessionActivation()
+{
+    if (sceneWindow) {
+        sceneWindow->raise();
+        sceneWindow->requestActivate();
+    }
+}
+
+std::optional<QStringList> MainScene::shownTabStringNotes() const
+{
+    for (const Screen &screen : stack) {
+        if (screen.kind != Editor)
+            continue;
+        if (auto *document = qobject_cast<LutegridDocument *>(screen.object.data());
+            document && document->tabData)
+            return document->tabData->stringNotes;
+    }
+    return std::nullopt;
+}
+
+void MainScene::setOverrideUserInterfaceStyle(int style)
+{
+    // 0 follows the system, which offers no dark setting of its own here: light.
+    SurfacePalette::instance()->setDark(style == 2);
+}

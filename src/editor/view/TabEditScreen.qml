@@ -1,0 +1,329 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Lutegrid.Surface
+import Lutegrid.Shell
+import Lutegrid.Editor
+
+// The editor screen: the rows with their letters and scroll indicator, the toolbar, and the
+// fretboard with the open-string letters. Sizes come from the controller's layout.
+EditorScreenItem {
+    id: screen
+    surface: area
+    fretboard: board
+    signal backRequested()
+    readonly property var c: controller
+    readonly property real rowsTop: c ? c.navHeight : 56
+    readonly property real toolbarTop: height - (c ? c.fretboardHeight : 0) - (c && c.shortLayout ? 0 : 55)
+
+    Rectangle { anchors.fill: parent; color: Theme.background }
+
+    // The rows, between the bar and the toolbar.
+    Item {
+        id: rowsRegion
+        y: screen.rowsTop
+        width: parent.width
+        height: Math.max(0, screen.toolbarTop - y)
+        clip: true
+
+        Item {
+            id: panContent
+            width: parent.width
+            height: parent.height
+            y: screen.c ? screen.c.panOffsetY : 0
+            Behavior on y {
+                enabled: screen.c !== null && screen.c.panSettling
+                NumberAnimation { duration: 100; easing.type: Easing.OutQuad }
+            }
+
+            LetterStringSpacedView {
+                objectName: "tabLetters"
+                x: 0
+                width: screen.c ? screen.c.tabLettersWidth : 28
+                height: area.height
+                y: -area.contentY
+                letters: area.stringNotes
+                numItemGroups: area.shownRowCount
+                topPadding: area.headerBandHeight
+                itemSpacing: area.tabRowVertSpacing
+            }
+            TabEditArea {
+                id: area
+                objectName: "surface"
+                x: screen.c ? screen.c.tabLettersWidth : 28
+                width: screen.c ? screen.c.tabEditViewWidth : 0
+                height: screen.c ? screen.c.tabEditViewHeight : 0
+                rowsWanted: screen.c ? screen.c.visibleRows : 0
+            }
+            TabRowWithMarkupView {
+                id: nextRowPreview
+                objectName: "nextRowPreview"
+                visible: screen.c !== null && screen.c.nextRowPreviewRow >= 0
+                surface: area
+                modelRow: screen.c ? screen.c.nextRowPreviewRow : -1
+                editMode: true
+                showLyrics: true
+                showChordNames: !area.chordNamesHidden
+                opacity: 0.5
+                x: area.x - area.contentX
+                y: area.y + area.height + area.tabRowVertSpacing
+                width: area.contentWidth
+                height: area.height / Math.max(1, area.shownRowCount) + 0.5
+            }
+        }
+
+        Rectangle {
+            id: fadeOutBottomCover
+            objectName: "fadeOutBottomCover"
+            visible: screen.c !== null && !screen.c.fadeOutBottomCoverHidden
+            y: area.y + area.height
+            width: parent.width
+            height: Math.max(0, parent.height - y)
+            gradient: Gradient {
+                GradientStop { position: 0.0; color: Qt.alpha(Theme.background, 0) }
+                GradientStop { position: 0.5; color: Qt.alpha(Theme.background, 0.95) }
+                GradientStop { position: 1.0; color: Qt.alpha(Theme.background, 0.95) }
+            }
+        }
+
+        // The row pan: a vertical drag over the rows moves by one row at most.
+        Item {
+            anchors.fill: parent
+            DragHandler {
+                id: rowPan
+                target: null
+                xAxis.enabled: false
+                enabled: screen.c !== null && !screen.c.freeScroll
+                property bool taken: false
+                onActiveChanged: {
+                    if (active) {
+                        taken = screen.c.panBegan(centroid.pressPosition.x - area.x + area.contentX,
+                                                  centroid.pressPosition.y)
+                    } else if (taken) {
+                        taken = false
+                        screen.c.panEnded(centroid.velocity.y)
+                    }
+                }
+                onTranslationChanged: if (taken) screen.c.panChanged(translation.y)
+                onCanceled: if (taken) { taken = false; screen.c.panCancelled() }
+            }
+        }
+
+        // The scroll indicator, which a finger can drag.
+        Item {
+            id: tabScrollIndicator
+            objectName: "tabScrollIndicator"
+            visible: screen.c !== null && screen.c.indicatorVisible
+            x: parent.width - (screen.c && screen.c.indicatorDragging ? 20 : 14)
+            width: screen.c && screen.c.indicatorDragging ? 20 : 14
+            height: area.height
+            opacity: screen.c && (screen.c.indicatorShown || screen.c.indicatorDragging) ? 1 : 0.35
+            Behavior on opacity { NumberAnimation { duration: 300 } }
+            Rectangle {
+                x: parent.width - width - 3
+                y: screen.c ? screen.c.scrubberY : 0
+                width: screen.c && screen.c.indicatorDragging ? 12 : 5
+                height: screen.c ? screen.c.scrubberHeight : 0
+                radius: width / 2
+                color: Theme.secondaryLabel
+                Behavior on width { NumberAnimation { duration: 120 } }
+            }
+            MouseArea {
+                anchors.fill: parent
+                anchors.leftMargin: -10
+                preventStealing: true
+                onPressed: (mouse) => screen.c.indicatorTouchBegan(mouse.y)
+                onPositionChanged: (mouse) => screen.c.indicatorTouchMoved(mouse.y)
+                onReleased: screen.c.indicatorTouchEnded()
+                onCanceled: screen.c.indicatorTouchCancelled()
+            }
+        }
+    }
+
+    NavBar {
+        id: nav
+        width: parent.width
+        title: screen.c ? screen.c.title : ""
+        canGoBack: true
+        backTitle: "Tabs"
+        onBackClicked: screen.backRequested()
+    }
+
+    // The toolbar.
+    Rectangle {
+        id: toolbar
+        objectName: "toolbar"
+        visible: screen.c !== null && !screen.c.shortLayout
+        y: screen.toolbarTop
+        width: parent.width
+        height: 55
+        color: Theme.toolbar
+        readonly property var widths: screen.c ? screen.c.buttonWidths : ({})
+        readonly property bool compact: screen.c !== null && screen.c.compactToolbar
+        Rectangle { width: parent.width; height: 1; color: Theme.separator }
+
+        RowLayout {
+            id: toolRow
+            anchors.fill: parent
+            anchors.leftMargin: toolbar.compact ? 2 : 8
+            anchors.rightMargin: toolbar.compact ? 2 : 8
+            spacing: toolbar.compact ? 0 : 2
+
+            IconButton {
+                objectName: "undoButton"; iconName: "undo"
+                Layout.preferredWidth: toolbar.widths.undo ?? 44
+                enabled: screen.c !== null && screen.c.undoEnabled
+                onClicked: screen.c.undoEdit()
+            }
+            IconButton {
+                objectName: "redoButt"; iconName: "redo"
+                Layout.preferredWidth: toolbar.widths.redo ?? 44
+                enabled: screen.c !== null && screen.c.redoEnabled
+                onClicked: screen.c.redoEdit()
+            }
+            Rectangle { width: 1; Layout.preferredHeight: 26; color: Theme.separator; Layout.leftMargin: 2; Layout.rightMargin: 2 }
+            IconButton {
+                objectName: "clearButt"; iconName: "clear"
+                Layout.preferredWidth: toolbar.widths.clear ?? 44
+                onClicked: screen.c.tabClear()
+            }
+            IconButton {
+                objectName: "addColumnButt"; iconName: "addcolumn"
+                Layout.preferredWidth: toolbar.widths.add ?? 44
+                onClicked: screen.c.addTabColumn()
+            }
+            IconButton {
+                objectName: "deleteColumnButt"; iconName: "deletecolumn"
+                Layout.preferredWidth: toolbar.widths["delete"] ?? 44
+                onClicked: screen.c.deleteTabColumn()
+            }
+            IconButton {
+                objectName: "putBarButt"; iconName: "bar"
+                Layout.preferredWidth: toolbar.widths.bar ?? 44
+                onClicked: screen.c.putBarButtPress()
+            }
+            Item { Layout.fillWidth: true; Layout.minimumWidth: 0 }
+            Item {
+                id: modeButts
+                Layout.preferredWidth: addRow.width + deleteRow.width + 2
+                Layout.preferredHeight: 44
+                Row {
+                    spacing: 2
+                    IconButton {
+                        id: addRow
+                        objectName: "addRowButt"; iconName: "addrow"
+                        width: toolbar.widths.row ?? 44
+                        onClicked: screen.c.addTabRow()
+                        Rectangle {
+                            objectName: "moreToolsUnseenDot"
+                            visible: screen.c !== null && screen.c.moreToolsUnseenDotShown
+                            width: 9; height: 9; radius: 4.5
+                            color: Theme.destructive
+                            x: parent.width - 12; y: 6
+                        }
+                    }
+                    IconButton {
+                        id: deleteRow
+                        objectName: "deleteRowButt"; iconName: "deleterow"
+                        width: toolbar.widths.row ?? 44
+                        onClicked: screen.c.deleteTabRow()
+                    }
+                }
+                // On narrow screens the arrows flash over these after each cursor move.
+                Rectangle {
+                    id: modeButtsCoverView
+                    objectName: "modeButtsCoverView"
+                    anchors.fill: parent
+                    anchors.margins: -2
+                    color: toolbar.color
+                    visible: opacity > 0
+                    opacity: screen.c !== null && screen.c.editMoveButtsShown ? 1 : 0
+                    Behavior on opacity {
+                        enabled: !(screen.c && screen.c.editMoveButtsShown)
+                        NumberAnimation { duration: 300; easing.type: Easing.InOutQuad }
+                    }
+                    Row {
+                        anchors.centerIn: parent
+                        spacing: 2
+                        IconButton {
+                            objectName: "flashLeftButt"; iconName: "left"; tint: Theme.accent
+                            enabled: screen.c !== null && screen.c.editLeftEnabled
+                            onClicked: screen.c.editLeftPress()
+                        }
+                        IconButton {
+                            objectName: "flashRightButt"; iconName: "right"; tint: Theme.accent
+                            enabled: screen.c !== null && screen.c.editRightEnabled
+                            onClicked: screen.c.editRightPress()
+                        }
+                    }
+                }
+            }
+            Rectangle {
+                visible: !(screen.c && screen.c.editMoveButtsCompacted)
+                width: 1; Layout.preferredHeight: 26; color: Theme.separator
+            }
+            IconButton {
+                objectName: "editLeftButt"; iconName: "left"; tint: Theme.accent
+                visible: !(screen.c && screen.c.editMoveButtsCompacted)
+                enabled: screen.c !== null && screen.c.editLeftEnabled
+                onClicked: screen.c.editLeftPress()
+            }
+            IconButton {
+                objectName: "editRightButt"; iconName: "right"; tint: Theme.accent
+                visible: !(screen.c && screen.c.editMoveButtsCompacted)
+                enabled: screen.c !== null && screen.c.editRightEnabled
+                onClicked: screen.c.editRightPress()
+            }
+        }
+    }
+
+    // The fretboard and the open-string letters at its left.
+    Item {
+        id: fretArea
+        visible: screen.c !== null && screen.c.fretboardHeight > 0
+        y: screen.height - height
+        width: parent.width
+        height: screen.c ? screen.c.fretboardHeight : 0
+
+        Rectangle {
+            id: fretLetters
+            width: screen.c ? screen.c.fretLettersWidth : 44
+            height: parent.height
+            color: Theme.toolbar
+            LetterStringSpacedView {
+                id: fretLetterView
+                objectName: "fretLetters"
+                width: parent.width
+                height: board.stringAreaHeight
+                letters: area.stringNotes
+                numItemGroups: 1
+                Connections {
+                    target: screen.c
+                    function onHighlightsChanged() {
+                        fretLetterView.showOpenStringHighlights(screen.c.openStringMarks)
+                    }
+                }
+            }
+            FretLettersTouchArea {
+                objectName: "fretLettersTouch"
+                anchors.fill: fretLetterView
+                controller: screen.c
+                numStrings: area.stringNotes.length
+            }
+        }
+        FretboardItem {
+            id: board
+            objectName: "fretboard"
+            x: fretLetters.width
+            width: parent.width - x
+            height: parent.height
+        }
+        ElectricStringSpacedView {
+            objectName: "fretStrings"
+            x: board.x
+            width: board.width
+            height: board.stringAreaHeight
+            numItems: area.stringNotes.length
+        }
+    }
+}

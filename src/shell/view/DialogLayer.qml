@@ -1,0 +1,59 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Lutegrid.Shell
+
+// Whatever dialog the window's host has up, over a dimmed screen. A tap on the dim goes to the
+// host, which decides what it means for that dialog.
+Item {
+    id: layer
+    required property DialogHost host
+    readonly property bool open: host.kind !== DialogHost.None
+    visible: opacity > 0
+    opacity: open ? 1 : 0
+    Behavior on opacity { NumberAnimation { duration: 160; easing.type: Easing.OutCubic } }
+
+    Rectangle {
+        objectName: "dialogBg"
+        anchors.fill: parent
+        color: Theme.dim
+        MouseArea {
+            anchors.fill: parent
+            onClicked: layer.host.tapOutside()
+        }
+    }
+
+    Rectangle {
+        id: panel
+        objectName: "dialogPanel"
+        anchors.centerIn: parent
+        width: Math.min(layer.width - 40, 380)
+        height: loader.item ? loader.item.implicitHeight : 0
+        radius: Theme.radius
+        color: Theme.raised
+        scale: layer.open ? 1 : 0.94
+        Behavior on scale { NumberAnimation { duration: 160; easing.type: Easing.OutCubic } }
+        // Presses on the panel stay on the panel.
+        MouseArea { anchors.fill: parent }
+
+        Loader {
+            id: loader
+            width: parent.width
+            sourceComponent: {
+                switch (layer.host.kind) {
+                case DialogHost.Message: return message
+                case DialogHost.TwoOption: return twoOption
+                case DialogHost.Confirm: return confirm
+                case DialogHost.LoadingStandby: return standby
+                case DialogHost.Conflict: return conflict
+                }
+                return null
+            }
+        }
+    }
+
+    Component { id: message; MessageDialogView { host: layer.host } }
+    Component { id: twoOption; TwoOptionDialogView { host: layer.host } }
+    Component { id: confirm; ConfirmDialogView { host: layer.host } }
+    Component { id: standby; LoadingStandbyDialogView { host: layer.host } }
+    Component { id: conflict; ConflictDialogView { host: layer.host } }
+}
