@@ -222,8 +222,6 @@ public:
             objects.push_back(item);
         }
         free(iter);
-        resolved.resize(objects.size());
-        state.assign(objects.size(), State::Untouched);
         return true;
     }
 
@@ -234,6 +232,7 @@ public:
             fail(u"keyed archive without a root object"_qs);
             return std::nullopt;
         }
+        prepareTree();
         ArchiveValue value = inlineValue(rootRef, 0);
         if (failed)
             return std::nullopt;
@@ -242,16 +241,140 @@ public:
 
     std::optional<ArchiveValue> topLevel()
     {
+        prepareTree();
         ArchiveValue value = ArchiveValue::fromDictionary(fieldsOf(top, 0));
         if (failed)
             return std::nullopt;
         return value;
     }
 
+    // ---- In place, for readers that walk a known shape --------------------------------------
+
+    std::optional<quint64> rootUid() const
+    {
+        plist_t rootRef = plist_dict_get_item(top, "root");
+        if (!rootRef || plist_get_node_type(rootRef) != PLIST_UID)
+            return std::nullopt;
+        uint64_t uid = 0;
+        plist_get_uid_val(rootRef, &uid);
+        return uid;
+    }
+
+    // The object at `uid` if it is an object of some class.
+    plist_t objectNode(quint64 uid) const
+    {
+        if (uid >= objects.size())
+            return nullptr;
+        plist_t node = objects[uid];
+        if (plist_get_node_type(node) != PLIST_DICT)
+            return nullptr;
+        plist_t classRef = plist_dict_get_item(node, "$class");
+        return classRef && plist_get_node_type(classRef) == PLIST_UID ? node : nullptr;
+    }
+
+    QString classNameOf(quint64 uid)
+    {
+        plist_t node = objectNode(uid);
+        const auto *klass = node ? classOf(node) : nullptr;
+        return klass ? klass->first : QString();
+    }
+
+    static std::optional<quint64> uidOf(plist_t node)
+    {
+        if (!node || plist_get_node_type(node) != PLIST_UID)
+            return std::nullopt;
+        uint64_t uid = 0;
+        plist_get_uid_val(node, &uid);
+        return uid;
+    }
+
+    plist_t fieldNode(quint64 uid, const char *key) const
+    {
+        plist_t node = objectNode(uid);
+        return node ? plist_dict_get_item(node, key) : nullptr;
+    }
+
+    std::optional<qint64> numberOf(plist_t node) const
+    {
+        if (const auto uid = uidOf(node))
+            node = *uid < objects.size() ? objects[*uid] : nullptr;
+        if (!node)
+            return std::nullopt;
+        switch (plist_get_node_type(node)) {
+        case PLIST_UINT: {
+            uint64_t value = 0;
+            plist_get_uint_val(node, &value);
+            return static_cast<qint64>(value);
+        }
+        case PLIST_BOOLEAN: {
+            uint8_t value = 0;
+            plist_get_bool_val(node, &value);
+            return value ? 1 : 0;
+        }
+        case PLIST_REAL: {
+            double value = 0;
+            plist_get_real_val(node, &value);
+            return ArchiveValue::fromReal(value).toInteger();
+        }
+        default:
+            return std::nullopt;
+        }
+    }
+
+    std::optional<QString> stringAt(quint64 uid)
+    {
+        if (uid == 0 || uid >= objects.size())
+            return std::nullopt;
+        plist_t node = objects[uid];
+        if (plist_get_node_type(node) == PLIST_STRING)
+            return stringOf(node);
+        const QString className = classNameOf(uid);
+        if (className != u"NSString" && className != u"NSMutableString")
+            return std::nullopt;
+        plist_t text = plist_dict_get_item(node, "NS.string");
+        if (!text || plist_get_node_type(text) != PLIST_STRING)
+            return std::nullopt;
+        return stringOf(text);
+    }
+
+    std::optional<std::vector<quint64>> arrayAt(quint64 uid)
+    {
+        if (!isKeyedArchiveArray(classNameOf(uid)))
+            return std::nullopt;
+        plist_t list = plist_dict_get_item(objects[uid], "NS.objects");
+        if (!list || plist_get_node_type(list) != PLIST_ARRAY)
+            return std::nullopt;
+        const uint32_t count = plist_array_get_size(list);
+        std::vector<quint64> elements;
+        elements.reserve(count);
+        plist_array_iter iter = nullptr;
+        plist_array_new_iter(list, &iter);
+        for (uint32_t i = 0; i < count; ++i) {
+            plist_t item = nullptr;
+            plist_array_next_item(list, iter, &item);
+            const auto element = uidOf(item);
+            if (!element) {
+                free(iter);
+                return std::nullopt;
+            }
+            elements.push_back(*element);
+        }
+        free(iter);
+        return elements;
+    }
+
     QString error;
 
 private:
     enum class State : quint8 { Untouched, InProgress, Done };
+
+    // The whole-tree decoding remembers every object it has decoded; readers that walk in
+    // place never pay for that table.
+    void prepareTree()
+    {
+        resolved.resize(objects.size());
+        state.assign(objects.size(), State::Untouched);
+    }
 
     bool fail(const QString &message)
     {
@@ -517,6 +640,65 @@ private:
 };
 
 } // namespace
+
+struct KeyedArchiveView::Private {
+    Reader reader;
+};
+
+KeyedArchiveView::KeyedArchiveView() : d(std::make_unique<Private>()) {}
+
+KeyedArchiveView::~KeyedArchiveView() = default;
+
+bool KeyedArchiveView::open(QByteArrayView bytes, QString *error)
+{
+    d = std::make_unique<Private>();
+    if (d->reader.open(bytes))
+        return true;
+    if (error)
+        *error = d->reader.error;
+    return false;
+}
+
+std::optional<KeyedArchiveView::Uid> KeyedArchiveView::rootObject() const
+{
+    return d->reader.rootUid();
+}
+
+QString KeyedArchiveView::className(Uid object) const
+{
+    return d->reader.classNameOf(object);
+}
+
+bool KeyedArchiveView::contains(Uid object, const char *key) const
+{
+    return d->reader.fieldNode(object, key) != nullptr;
+}
+
+std::optional<KeyedArchiveView::Uid> KeyedArchiveView::reference(Uid object, const char *key) const
+{
+    return Reader::uidOf(d->reader.fieldNode(object, key));
+}
+
+std::optional<qint64> KeyedArchiveView::integer(Uid object, const char *key) const
+{
+    return d->reader.numberOf(d->reader.fieldNode(object, key));
+}
+
+std::optional<QString> KeyedArchiveView::string(Uid object) const
+{
+    return d->reader.stringAt(object);
+}
+
+std::optional<QString> KeyedArchiveView::stringField(Uid object, const char *key) const
+{
+    const auto uid = reference(object, key);
+    return uid ? string(*uid) : std::nullopt;
+}
+
+std::optional<std::vector<KeyedArchiveView::Uid>> KeyedArchiveView::array(Uid object) const
+{
+    return d->reader.arrayAt(object);
+}
 
 QByteArray KeyedArchiver::archivedData(const ArchiveValue &rootObject)
 {

@@ -6,7 +6,9 @@
 #include <QByteArrayView>
 #include <QString>
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 // The keyed-archive layout over a binary property list: "$archiver", "$version", "$top" and
 // "$objects", with objects referenced by UID and classes described by "$classname" and
@@ -32,4 +34,36 @@ public:
     // Gives all of "$top" as a dictionary.
     static std::optional<ArchiveValue> unarchivedTopLevel(QByteArrayView bytes,
                                                           QString *error = nullptr);
+};
+
+// An archive read in place, object by object, without a tree of values: for readers that
+// walk a shape they know, such as a tab with its hundreds of thousands of cells. Objects are
+// named by their UID; anything missing or of another kind reads as nothing.
+class KeyedArchiveView
+{
+public:
+    using Uid = quint64;
+
+    KeyedArchiveView();
+    ~KeyedArchiveView();
+
+    bool open(QByteArrayView bytes, QString *error = nullptr);
+
+    std::optional<Uid> rootObject() const;
+    // The class of an object; empty for anything that is no object.
+    QString className(Uid object) const;
+    bool contains(Uid object, const char *key) const;
+    // A field that refers to another object.
+    std::optional<Uid> reference(Uid object, const char *key) const;
+    // A field holding a number, inline or referred to.
+    std::optional<qint64> integer(Uid object, const char *key) const;
+    // A string, plain or as a string object.
+    std::optional<QString> string(Uid object) const;
+    std::optional<QString> stringField(Uid object, const char *key) const;
+    // The elements of an array object, each by UID.
+    std::optional<std::vector<Uid>> array(Uid object) const;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
 };

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 
 Q_LOGGING_CATEGORY(lcModel, "lutegrid.model")
 
@@ -91,67 +92,115 @@ ArchiveValue encodeRow(const TabRowData &row)
                                  {u"lmkey"_qs, ArchiveValue::fromStringList(row.lyricLines)}});
 }
 
-// Equal cell texts are one shared string in a decoded archive, so the item read from a string's
-// data serves every cell that points at the same data. The decoded archive outlives the cache,
-// so no address it remembers is freed and reused meanwhile.
-class ItemCache
+// Reads a tab out of its archive in place. Every row, column and cell text is decoded once
+// however many places refer to it, so an archive that points at one object a million times
+// costs a million references, not a million decodings.
+class TabDocumentReader
 {
 public:
-    ColumnItemType item(const QString &text)
+    explicit TabDocumentReader(const KeyedArchiveView &view) : view(view) {}
+
+    std::optional<TabRowData> row(KeyedArchiveView::Uid uid)
     {
-        Slot &slot = slots[(quintptr(text.constData()) >> 4) % slots.size()];
-        if (slot.data != text.constData() || slot.size != text.size()) {
-            slot = {text.constData(), text.size(), ColumnItemType::fromText(text)};
+        if (const auto found = rows.find(uid); found != rows.end()) {
+            cells += found->second.cells;
+            if (cells > maximumCells)
+                return std::nullopt;
+            return found->second.row;
         }
-        return slot.item;
+        if (view.className(uid).isEmpty())
+            return std::nullopt;
+        const auto columnUids = arrayField(uid, "cdkey");
+        if (!columnUids)
+            return std::nullopt;
+        QList<TabColumnData> columns;
+        columns.reserve(qsizetype(columnUids->size()));
+        quint64 rowCells = 0;
+        for (const KeyedArchiveView::Uid columnUid : *columnUids) {
+            auto decoded = column(columnUid);
+            if (!decoded)
+                return std::nullopt;
+            rowCells += quint64(decoded->columnItems.size());
+            cells += quint64(decoded->columnItems.size());
+            if (cells > maximumCells)
+                return std::nullopt;
+            columns.append(std::move(*decoded));
+        }
+        QStringList lines = stringList(view.reference(uid, "lmkey")).value_or(QStringList());
+        adoptSingleLyric(view.stringField(uid, "lkey"), lines);
+        TabRowData decoded(std::move(columns), std::move(lines));
+        rows.emplace(uid, DecodedRow{decoded, rowCells});
+        return decoded;
     }
+
+    std::optional<QStringList> stringList(std::optional<KeyedArchiveView::Uid> uid)
+    {
+        const auto elements = uid ? view.array(*uid) : std::nullopt;
+        if (!elements)
+            return std::nullopt;
+        QStringList texts;
+        texts.reserve(qsizetype(elements->size()));
+        for (const KeyedArchiveView::Uid element : *elements) {
+            auto text = view.string(element);
+            if (!text)
+                return std::nullopt;
+            texts.append(std::move(*text));
+        }
+        return texts;
+    }
+
+    std::optional<std::vector<KeyedArchiveView::Uid>> arrayField(KeyedArchiveView::Uid uid,
+                                                                 const char *key)
+    {
+        const auto list = view.reference(uid, key);
+        return list ? view.array(*list) : std::nullopt;
+    }
+
+    // More cells than any tab a person writes: the mark of an archive built to exhaust memory.
+    static constexpr quint64 maximumCells = 16'000'000;
+    bool tooLarge() const { return cells > maximumCells; }
 
 private:
-    struct Slot {
-        const QChar *data = nullptr;
-        qsizetype size = 0;
-        ColumnItemType item;
+    std::optional<TabColumnData> column(KeyedArchiveView::Uid uid)
+    {
+        if (const auto found = columns.find(uid); found != columns.end())
+            return found->second;
+        if (view.className(uid).isEmpty())
+            return std::nullopt;
+        const auto itemUids = arrayField(uid, "colikey");
+        if (!itemUids)
+            return std::nullopt;
+        TabColumnData decoded;
+        decoded.columnItems.reserve(qsizetype(itemUids->size()));
+        for (const KeyedArchiveView::Uid itemUid : *itemUids) {
+            const auto found = items.find(itemUid);
+            if (found != items.end()) {
+                decoded.columnItems.append(found->second);
+                continue;
+            }
+            const auto text = view.string(itemUid);
+            if (!text)
+                return std::nullopt;
+            const ColumnItemType item = ColumnItemType::fromText(*text);
+            items.emplace(itemUid, item);
+            decoded.columnItems.append(item);
+        }
+        decoded.chordName = view.stringField(uid, "chnmkey");
+        columns.emplace(uid, decoded);
+        return decoded;
+    }
+
+    struct DecodedRow {
+        TabRowData row;
+        quint64 cells;
     };
-    std::array<Slot, 64> slots;
+
+    const KeyedArchiveView &view;
+    std::unordered_map<KeyedArchiveView::Uid, DecodedRow> rows;
+    std::unordered_map<KeyedArchiveView::Uid, TabColumnData> columns;
+    std::unordered_map<KeyedArchiveView::Uid, ColumnItemType> items;
+    quint64 cells = 0;
 };
-
-std::optional<TabColumnData> decodeColumn(const ArchiveValue &value, ItemCache &cache)
-{
-    if (!value.isObject())
-        return std::nullopt;
-    const ArchiveValue texts = value.value(u"colikey");
-    if (!texts.isArray())
-        return std::nullopt;
-    TabColumnData column;
-    column.columnItems.reserve(qsizetype(texts.toArray().size()));
-    for (const ArchiveValue &text : texts.toArray()) {
-        if (!text.isString())
-            return std::nullopt;
-        column.columnItems.append(cache.item(text.toString()));
-    }
-    column.chordName = value.value(u"chnmkey").stringValue();
-    return column;
-}
-
-std::optional<TabRowData> decodeRow(const ArchiveValue &value, ItemCache &cache)
-{
-    if (!value.isObject())
-        return std::nullopt;
-    const ArchiveValue columnValues = value.value(u"cdkey");
-    if (!columnValues.isArray())
-        return std::nullopt;
-    QList<TabColumnData> columns;
-    columns.reserve(qsizetype(columnValues.toArray().size()));
-    for (const ArchiveValue &columnValue : columnValues.toArray()) {
-        auto column = decodeColumn(columnValue, cache);
-        if (!column)
-            return std::nullopt;
-        columns.append(std::move(*column));
-    }
-    QStringList lines = value.value(u"lmkey").stringListValue().value_or(QStringList());
-    adoptSingleLyric(value.value(u"lkey").stringValue(), lines);
-    return TabRowData(std::move(columns), std::move(lines));
-}
 
 // ---- JSON text ------------------------------------------------------------------------------
 
@@ -264,39 +313,41 @@ std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *er
             *error = message;
         return std::nullopt;
     };
-    const std::optional<ArchiveValue> root = KeyedUnarchiver::unarchivedRootObject(bytes, error);
-    if (!root)
+    KeyedArchiveView view;
+    if (!view.open(bytes, error))
         return std::nullopt;
-    if (!root->isObject() || root->className() != tabDataClass)
+    const auto root = view.rootObject();
+    if (!root || view.className(*root) != tabDataClass)
         return fail(u"the archive holds no tab"_qs);
 
-    const ArchiveValue rowValues = root->value(u"trk");
-    if (!rowValues.isArray())
+    TabDocumentReader reader(view);
+    const auto rowUids = reader.arrayField(*root, "trk");
+    if (!rowUids)
         return fail(u"the tab has no rows"_qs);
     QList<TabRowData> rows;
-    rows.reserve(qsizetype(rowValues.toArray().size()));
-    ItemCache cache;
-    for (const ArchiveValue &rowValue : rowValues.toArray()) {
-        auto row = decodeRow(rowValue, cache);
+    rows.reserve(qsizetype(rowUids->size()));
+    for (const KeyedArchiveView::Uid rowUid : *rowUids) {
+        auto row = reader.row(rowUid);
         if (!row)
-            return fail(u"a row of the tab is damaged"_qs);
+            return fail(reader.tooLarge() ? u"the tab is too large"_qs
+                                          : u"a row of the tab is damaged"_qs);
         rows.append(std::move(*row));
     }
 
     QStringList stringNotes =
-        root->value(u"snkey").stringListValue().value_or(standardStringNotes(6));
-    const qint64 capoFret = root->value(u"cftkey").toInteger();
-    const qint64 storedLyricSize = root->value(u"lcszkey").toInteger();
-    const std::optional<QString> introText = root->value(u"introkey").stringValue();
+        reader.stringList(view.reference(*root, "snkey")).value_or(standardStringNotes(6));
+    const qint64 capoFret = view.integer(*root, "cftkey").value_or(0);
+    const qint64 storedLyricSize = view.integer(*root, "lcszkey").value_or(0);
+    const std::optional<QString> introText = view.stringField(*root, "introkey");
     for (QString &entry : stringNotes)
         entry = cutTuningEntry(entry);
-    const bool hasTempo = root->contains(u"tempokey");
-    const std::optional<QString> playbackJson = root->value(u"plbkoptionskey").stringValue();
+    const bool hasTempo = view.contains(*root, "tempokey");
+    const std::optional<QString> playbackJson = view.stringField(*root, "plbkoptionskey");
 
     TabData tab(u"?"_qs, std::move(rows), std::move(stringNotes), capoFret, introText);
     tab.lyricSize = storedLyricSize <= 0 ? 100 : std::clamp<qint64>(storedLyricSize, 25, 120);
     if (hasTempo)
-        tab.tempo = root->value(u"tempokey").toInteger();
+        tab.tempo = view.integer(*root, "tempokey").value_or(0);
     if (playbackJson) {
         QString jsonError;
         tab.playbackOptions = ViewModePlaybackOptions::fromJson(playbackJson->toUtf8(), &jsonError);

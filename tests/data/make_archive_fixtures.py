@@ -170,6 +170,14 @@ def hostile():
     root = a.obj("Lutegrid.TabData", {"trk": shared})
     write("hostile_expansion.plist", a.bytes({"root": root}))
 
+    # Few bytes, many cells: a thousand references to a row of two thousand references to
+    # one column of ten cells makes twenty million cells.
+    a = Archive()
+    column = a.obj("Lutegrid.TabColumnData", {"colikey": a.array([a.string("5")] * 10), "chnmkey": UID(0)})
+    row = a.obj("Lutegrid.TabRowData", {"cdkey": a.array([column] * 2000)})
+    root = a.obj("Lutegrid.TabData", {"trk": a.array([row] * 1000)})
+    write("hostile_shared_rows.lgrdi", a.bytes({"root": root}))
+
     # A key with a NUL in it, as UTF-16 and as ASCII.
     a = Archive()
     root = a.obj("Lutegrid.TabData", {"tr\u00e9\u0000k": UID(0), "trk\u0000": UID(0)})

@@ -69,6 +69,7 @@ private Q_SLOTS:
     void documentBadPlaybackOptionsStillLoads();
     void documentUnreadable_data();
     void documentUnreadable();
+    void documentSharesWhatTheArchiveShares();
     void documentFromAnotherWriter();
 
     void exchangeRoundTrip();
@@ -236,6 +237,10 @@ void TestTabFileFormat::documentUnreadable_data()
     QTest::newRow("root of another class") << KeyedArchiver::archivedData(
         ArchiveValue::object(u"Lutegrid.Other"_qs, {{u"trk"_qs, ArchiveValue::fromArray({})}}));
     QTest::newRow("exchange form") << exchangeData(richTab()).value();
+    for (const char *hostile : {"hostile_cycle.plist", "hostile_past_end.plist", "hostile_deep.plist",
+                                "hostile_expansion.plist", "hostile_nul_key.plist",
+                                "hostile_shared_rows.lgrdi"})
+        QTest::newRow(hostile) << testDataFile(hostile);
 }
 
 void TestTabFileFormat::documentUnreadable()
@@ -244,6 +249,21 @@ void TestTabFileFormat::documentUnreadable()
     QString error;
     QVERIFY(!tabDataFromDocumentData(bytes, &error));
     QVERIFY(!error.isEmpty());
+}
+
+void TestTabFileFormat::documentSharesWhatTheArchiveShares()
+{
+    // A row referred to many times is read once and shared, as the archive shares it.
+    TabRowData row(3, 6);
+    row.colDatas[1].setColumnItem(2, ColumnItemType::note(7));
+    const ArchiveValue encodedRow = KeyedUnarchiver::unarchivedRootObject(documentData(
+        TabData(u"t"_qs, {row}, standardStringNotes(6), std::nullopt, std::nullopt)))
+                                        ->value(u"trk").toArray()[0];
+    const auto tab = tabDataFromDocumentData(
+        archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray(ArchiveArray(500, encodedRow))}}));
+    QVERIFY(tab);
+    QCOMPARE(tab->tabRowDatas.size(), 500);
+    QVERIFY(tab->tabRowDatas[499] == row);
 }
 
 void TestTabFileFormat::documentFromAnotherWriter()
