@@ -48,9 +48,16 @@ std::optional<TabTagStore::TagMap> TabTagStore::tagMapFromLocalFileData(QByteArr
     if (!root || root->type() != ArchiveValue::Type::Dictionary)
         return fail();
     TagMap map;
+    // An archive may point every tab at one huge label list; past any real library's size
+    // the file counts as damaged instead of being copied out without end.
+    constexpr qsizetype maximumLabels = 1'000'000;
+    qsizetype labels = 0;
     for (const auto &[name, value] : root->fields()) {
         const auto tags = value.stringListValue();
         if (!tags)
+            return fail();
+        labels += tags->size();
+        if (labels > maximumLabels)
             return fail();
         map.insert(name, *tags);
     }

@@ -85,9 +85,13 @@ void SavedData::load()
         notesOnTab = top->value(u"notk").toBool();
         hasTurnedICloudOff = top->value(u"hasturnedicloudoff").toBool();
         const ArchiveValue recents = top->value(u"rcsck");
+        // Only as many entries as the lists keep are read: a damaged file could repeat one
+        // entry without end.
         if (recents.isArray()) {
             QList<RecentChord> list;
             for (const ArchiveValue &entry : recents.toArray()) {
+                if (list.size() == recentChordLimit)
+                    break;
                 if (const auto recent = RecentChord::fromArchiveValue(entry))
                     list.append(*recent);
             }
@@ -97,6 +101,8 @@ void SavedData::load()
         if (customs.isArray()) {
             QList<ChordShortcut> list;
             for (const ArchiveValue &entry : customs.toArray()) {
+                if (list.size() == customChordLimit)
+                    break;
                 if (const auto chord = ChordShortcut::fromArchiveValue(entry))
                     list.append(*chord);
             }
@@ -174,7 +180,7 @@ bool SavedData::addRecentChord(const ChordShortcut &chord)
     QList<ChordShortcut> list;
     for (const RecentChord &recent : recentChords.value_or(QList<RecentChord>()))
         list.append(ChordShortcut{recent.name, {}, recent.isCustom});
-    if (!moveToFront(list, ChordShortcut{chord.name, {}, chord.isCustom}, 10).changed)
+    if (!moveToFront(list, ChordShortcut{chord.name, {}, chord.isCustom}, recentChordLimit).changed)
         return false;
     QList<RecentChord> recents;
     for (const ChordShortcut &entry : list)

@@ -58,6 +58,7 @@ public:
 
     QString filePath;
     QString tabTagFileURL;
+    static constexpr int recentChordLimit = 10;
     int customChordLimit = 50;
     bool createdFirstTab = false;
     qint64 tabCreateCount = 0;

@@ -178,6 +178,14 @@ def hostile():
     root = a.obj("Lutegrid.TabData", {"trk": a.array([row] * 1000)})
     write("hostile_shared_rows.lgrdi", a.bytes({"root": root}))
 
+    # Folder labels where two thousand tabs all point at one list of a thousand labels.
+    inner = Archive()
+    labels = inner.array([inner.string("L%d" % i) for i in range(1000)])
+    root = inner.dictionary([("Tab %d" % i, labels) for i in range(2000)])
+    outer = Archive()
+    data = outer.data(inner.bytes({"root": root}))
+    write("hostile_shared_labels.plist", outer.bytes({"localtgmpKey": data}))
+
     # A key with a NUL in it, as UTF-16 and as ASCII.
     a = Archive()
     root = a.obj("Lutegrid.TabData", {"tr\u00e9\u0000k": UID(0), "trk\u0000": UID(0)})

@@ -2,6 +2,7 @@
 #include "library/tabtagstore.h"
 #include "model/keyedarchive.h"
 #include "shell/saveddata.h"
+#include "testdata.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -150,6 +151,8 @@ void TestLabels::unreadableLocalFile_data()
               ArchiveValue::fromDictionary({{u"Song"_qs, ArchiveValue::fromInteger(3)}})))}});
     QTest::newRow("entry missing") << KeyedArchiver::archivedDataKeyedDirectly(
         {{u"other"_qs, ArchiveValue::fromString(u"x"_qs)}});
+    // Two million labels out of a file of a few kilobytes.
+    QTest::newRow("one list shared by every tab") << testDataFile("hostile_shared_labels.plist");
 }
 
 void TestLabels::unreadableLocalFile()
