@@ -11,6 +11,7 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickWindow>
+#include <QTimer>
 #include <QWindow>
 
 MainScene::MainScene(QObject *parent) : QObject(parent)
@@ -96,8 +97,9 @@ void MainScene::goBack()
         auto *list = qobject_cast<TabsListViewController *>(top.object.data());
         if (list && manager.topTabViewController == list)
             manager.topTabViewController = nullptr;
+        // The page slides out still showing the list: it goes once the slide is over.
         if (top.object)
-            top.object->deleteLater();
+            QTimer::singleShot(1000, top.object.data(), &QObject::deleteLater);
         tabFolders.refresh();
     } else if (top.kind == Editor) {
         manager.topTabViewController = topList();

@@ -177,6 +177,9 @@ QList<FretHighlight> Fretboard::visibleHighlights() const
 
 void Fretboard::touchBegan(int id, const QPointF &position)
 {
+    // A finger already down is not a new note, however often its press is delivered.
+    if (fretTouchesInProgress.contains(id) || ignoredTouches.contains(id) || scrollTouchId == id)
+        return;
     if (scrollTouchId || !ignoredTouches.isEmpty()) {
         // The board is being scrolled: a further finger plays nothing.
         ignoredTouches.insert(id, position);

@@ -65,13 +65,20 @@ void FretLettersTouchArea::touchEvent(QTouchEvent *event)
         cancel();
         return;
     }
-    for (const QEventPoint &point : event->points()) {
-        if (point.state() == QEventPoint::Pressed)
-            press(point.id(), point.position().y());
-        else if (point.state() == QEventPoint::Released)
-            release(point.id());
+    for (qsizetype i = 0; i < event->pointCount(); ++i) {
+        QEventPoint &point = event->point(i);
+        if (point.state() == QEventPoint::Pressed) {
+            // Only the finger that holds a letter is ours; any other goes where it landed.
+            const bool taken = heldId == -2 && contains(point.position());
+            if (taken)
+                press(point.id(), point.position().y());
+            point.setAccepted(taken);
+        } else {
+            if (point.state() == QEventPoint::Released)
+                release(point.id());
+            point.setAccepted(point.id() == heldId || point.state() == QEventPoint::Released);
+        }
     }
-    event->accept();
 }
 
 void FretLettersTouchArea::touchUngrabEvent()

@@ -5,7 +5,7 @@ import Lutegrid.Shell
 // Whatever dialog the window's host has up, over a dimmed screen. A tap on the dim goes to the
 // host, which decides what it means for that dialog.
 Item {
-    id: layer
+    id: dialogLayer
     required property DialogHost host
     readonly property bool open: host.kind !== DialogHost.None
     visible: opacity > 0
@@ -18,7 +18,9 @@ Item {
         color: Theme.dim
         MouseArea {
             anchors.fill: parent
-            onClicked: layer.host.tapOutside()
+            enabled: dialogLayer.open
+            onClicked: dialogLayer.host.tapOutside()
+            onDoubleClicked: dialogLayer.host.tapOutside()
         }
     }
 
@@ -26,20 +28,20 @@ Item {
         id: panel
         objectName: "dialogPanel"
         anchors.centerIn: parent
-        width: Math.min(layer.width - 40, 380)
+        width: Math.min(dialogLayer.width - 40, 380)
         height: loader.item ? loader.item.implicitHeight : 0
         radius: Theme.radius
         color: Theme.raised
-        scale: layer.open ? 1 : 0.94
+        scale: dialogLayer.open ? 1 : 0.94
         Behavior on scale { NumberAnimation { duration: 160; easing.type: Easing.OutCubic } }
         // Presses on the panel stay on the panel.
-        MouseArea { anchors.fill: parent }
+        MouseArea { anchors.fill: parent; enabled: dialogLayer.open }
 
         Loader {
             id: loader
             width: parent.width
             sourceComponent: {
-                switch (layer.host.kind) {
+                switch (dialogLayer.host.kind) {
                 case DialogHost.Message: return message
                 case DialogHost.TwoOption: return twoOption
                 case DialogHost.Confirm: return confirm
@@ -51,9 +53,9 @@ Item {
         }
     }
 
-    Component { id: message; MessageDialogView { host: layer.host } }
-    Component { id: twoOption; TwoOptionDialogView { host: layer.host } }
-    Component { id: confirm; ConfirmDialogView { host: layer.host } }
-    Component { id: standby; LoadingStandbyDialogView { host: layer.host } }
-    Component { id: conflict; ConflictDialogView { host: layer.host } }
+    Component { id: message; MessageDialogView { host: dialogLayer.host } }
+    Component { id: twoOption; TwoOptionDialogView { host: dialogLayer.host } }
+    Component { id: confirm; ConfirmDialogView { host: dialogLayer.host } }
+    Component { id: standby; LoadingStandbyDialogView { host: dialogLayer.host } }
+    Component { id: conflict; ConflictDialogView { host: dialogLayer.host } }
 }

@@ -117,9 +117,16 @@ void FretboardItem::touchEvent(QTouchEvent *event)
         return;
     }
     momentumTimer.stop();
-    for (const QEventPoint &point : event->points()) {
+    for (qsizetype i = 0; i < event->pointCount(); ++i) {
+        QEventPoint &point = event->point(i);
         switch (point.state()) {
         case QEventPoint::Pressed:
+            // A finger that lands elsewhere while this board holds one belongs to what it
+            // landed on.
+            if (!contains(point.position())) {
+                point.setAccepted(false);
+                continue;
+            }
             fretboard->touchBegan(point.id(), point.position());
             break;
         case QEventPoint::Updated:
@@ -137,8 +144,8 @@ void FretboardItem::touchEvent(QTouchEvent *event)
         default:
             break;
         }
+        point.setAccepted(true);
     }
-    event->accept();
 }
 
 void FretboardItem::touchUngrabEvent()

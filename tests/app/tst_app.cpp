@@ -1,0 +1,685 @@
+#include "editorscreenitem.h"
+#include "fretboarditem.h"
+#include "library/conflictresolver.h"
+#include "library/icloudmanager.h"
+#include "lutegridqmlimports.h"
+#include "mainscene.h"
+#include "model/tabfileformat.h"
+#include "shell/appmanager.h"
+#include "shell/lgundomanager.h"
+#include "shell/lutegriddocument.h"
+#include "shell/saveddata.h"
+#include "surfacepalette.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QPointingDevice>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+QQuickItem *findItem(QQuickItem *item, const QString &name)
+{
+    if (!item)
+        return nullptr;
+    if (item->objectName() == name && item->isVisible())
+        return item;
+    const QList<QQuickItem *> children = item->childItems();
+    for (QQuickItem *child : children) {
+        if (QQuickItem *found = findItem(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+template <typename T>
+T *findType(QQuickItem *item)
+{
+    if (!item)
+        return nullptr;
+    if (auto *found = qobject_cast<T *>(item))
+        return found;
+    const QList<QQuickItem *> children = item->childItems();
+    for (QQuickItem *child : children) {
+        if (T *found = findType<T>(child))
+            return found;
+    }
+    return nullptr;
+}
+
+QString storageFolder()
+{
+    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
+}
+
+void writeTab(const QString &name, const TabData &tab, const QDateTime &modified = {})
+{
+    const QString path = QDir(storageFolder()).filePath(name);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(documentData(tab));
+    file.close();
+    if (modified.isValid()) {
+        QFile stamp(path);
+        QVERIFY(stamp.open(QIODevice::ReadWrite));
+        stamp.setFileTime(modified, QFileDevice::FileModificationTime);
+    }
+}
+
+TabData tabWithNote(const QString &title, qint64 fret)
+{
+    TabData tab(title);
+    tab.tabRowDatas.append(TabRowData(32, 6));
+    tab.tabRowDatas[0].colDatas[0].setColumnItem(1, ColumnItemType::note(fret));
+    return tab;
+}
+
+std::optional<TabData> readTab(const QString &name)
+{
+    QFile file(QDir(storageFolder()).filePath(name));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return tabDataFromDocumentData(file.readAll());
+}
+
+} // namespace
+
+// The app as a guitarist meets it, headless: the list, a new tab, notes played in on the
+// fretboard with fingers, the tools, the dialogs, a conflict, and the tab kept across windows.
+class TestApp : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void emptyListThenNewTab();
+    void fretTouchWritesOneStepAndAdvances();
+    void samePressClearsWithoutAdvance();
+    void twoFingersInEitherOrder_data();
+    void twoFingersInEitherOrder();
+    void letterHeldDuringFretPress();
+    void slideCancelsThePress();
+    void toolsGuardedDuringPress();
+    void sizeThresholds();
+    void dialogsAndTheTapOutside();
+    void openFailureAndStandby();
+    void conflictCopyBringsDialog_data();
+    void conflictCopyBringsDialog();
+    void notesSurviveClosingTheWindow();
+    void screenshots_data();
+    void screenshots();
+
+private:
+    void openWindow(QSize size = QSize(390, 844));
+    void closeWindow();
+    void tap(QPoint point);
+    QPoint centerOf(QQuickItem *item) const;
+    QQuickItem *item(const QString &name) const;
+    void waitForStack();
+    EditorScreenItem *openNewTab();
+    EditorScreenItem *openListRow(int row);
+    QPoint fretPoint(int stringNum, int fretNum) const;
+    TabEditViewController *editor() const;
+    void saveShot(const QString &name);
+
+    QPointingDevice *touch = nullptr;
+    QString shots;
+    std::unique_ptr<QQmlEngine> engine;
+    std::unique_ptr<MainScene> scene;
+    std::unique_ptr<QQuickWindow> window;
+};
+
+void TestApp::initTestCase()
+{
+    touch = QTest::createTouchDevice();
+    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/editor-shots"_qs);
+    QDir().mkpath(shots);
+    iCloudManager::shared().findCloudContainer();
+    QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
+}
+
+void TestApp::init()
+{
+    QDir folder(storageFolder());
+    const QStringList entries = folder.entryList(QDir::Files | QDir::Hidden);
+    for (const QString &entry : entries)
+        folder.remove(entry);
+    AppManager &manager = AppManager::shared();
+    manager.activeDocUrls.clear();
+    manager.existingTabPaths.clear();
+    SavedData &saved = SavedData::shared();
+    saved.tabCreateCount = 0;
+    saved.autoCursorAmount = 1;
+    saved.playSounds = false;
+    saved.freeScrollSetting = false;
+    saved.disableFlashNavArrows = false;
+    saved.appearanceSetting = 0;
+    SurfacePalette::instance()->setDark(false);
+}
+
+void TestApp::cleanup()
+{
+    closeWindow();
+}
+
+void TestApp::openWindow(QSize size)
+{
+    engine = std::make_unique<QQmlEngine>();
+    scene = std::make_unique<MainScene>();
+    window.reset(scene->loadWindow(*engine));
+    QVERIFY(window);
+    window->resize(size);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    waitForStack();
+    QTRY_COMPARE(scene->topKind(), MainScene::TabsList);
+}
+
+void TestApp::closeWindow()
+{
+    window.reset();
+    scene.reset();
+    engine.reset();
+}
+
+void TestApp::waitForStack()
+{
+    QQuickItem *stack = item(u"stack"_qs);
+    QVERIFY(stack);
+    QTRY_VERIFY(!stack->property("busy").toBool());
+}
+
+QQuickItem *TestApp::item(const QString &name) const
+{
+    return findItem(window->contentItem(), name);
+}
+
+QPoint TestApp::centerOf(QQuickItem *target) const
+{
+    return target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
+}
+
+void TestApp::tap(QPoint point)
+{
+    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
+    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
+    QCoreApplication::processEvents();
+}
+
+EditorScreenItem *TestApp::openNewTab()
+{
+    QQuickItem *button = item(u"newTabButt"_qs);
+    if (!button)
+        return nullptr;
+    tap(centerOf(button));
+    waitForStack();
+    auto *screen = findType<EditorScreenItem>(window->contentItem());
+    if (screen)
+        QTest::qWaitFor([screen] { return screen->controller() != nullptr; });
+    return screen;
+}
+
+EditorScreenItem *TestApp::openListRow(int row)
+{
+    QQuickItem *target = item(u"tabRow"_qs + QString::number(row));
+    if (!target)
+        return nullptr;
+    tap(centerOf(target));
+    waitForStack();
+    return findType<EditorScreenItem>(window->contentItem());
+}
+
+TabEditViewController *TestApp::editor() const
+{
+    auto *screen = findType<EditorScreenItem>(window->contentItem());
+    return screen ? screen->controller() : nullptr;
+}
+
+QPoint TestApp::fretPoint(int stringNum, int fretNum) const
+{
+    auto *board = findType<FretboardItem>(window->contentItem());
+    const Fretboard *logic = board->board();
+    const QPointF local((fretNum - 0.5) * logic->fretSpacing - logic->contentOffset.x(),
+                        (stringNum - 0.5) * logic->stringTouchHeight);
+    return board->mapToScene(local).toPoint();
+}
+
+void TestApp::saveShot(const QString &name)
+{
+    QTest::qWait(50);
+    const QImage image = window->grabWindow();
+    QVERIFY(!image.isNull());
+    QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
+}
+
+void TestApp::emptyListThenNewTab()
+{
+    openWindow();
+    QQuickItem *empty = item(u"emptyText"_qs);
+    QVERIFY(empty);
+    QCOMPARE(empty->property("text").toString(), u"No tabs created yet ✍️"_qs);
+    EditorScreenItem *screen = openNewTab();
+    QVERIFY(screen);
+    QCOMPARE(scene->topKind(), MainScene::Editor);
+    QCOMPARE(screen->controller()->title(), u"Edit - Untitled 1"_qs);
+    QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Untitled 1.lgrdi"_qs)));
+    // Back in the list, the new tab is listed, and the next one takes the next number.
+    tap(centerOf(item(u"backButton"_qs)));
+    waitForStack();
+    QCOMPARE(scene->topKind(), MainScene::TabsList);
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(!item(u"emptyList"_qs));
+    screen = openNewTab();
+    QVERIFY(screen);
+    QCOMPARE(screen->controller()->title(), u"Edit - Untitled 2"_qs);
+    // And one step further back, the folder screen with its fixed rows.
+    tap(centerOf(item(u"backButton"_qs)));
+    waitForStack();
+    tap(centerOf(item(u"backButton"_qs)));
+    waitForStack();
+    QCOMPARE(scene->topKind(), MainScene::Folders);
+    QVERIFY(!AppManager::shared().topTabViewController);
+    const QStringList rows = scene->folders()->rows();
+    QCOMPARE(rows.mid(0, 3), QStringList({u"All Tabs"_qs, u"Unlabeled"_qs, u"Deleted"_qs}));
+    tap(centerOf(item(u"folderRow0"_qs)));
+    waitForStack();
+    QCOMPARE(scene->topKind(), MainScene::TabsList);
+    QTRY_VERIFY(item(u"tabRow1"_qs));
+}
+
+void TestApp::fretTouchWritesOneStepAndAdvances()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    TabEditView *view = c->tabEditView();
+    LgUndoManager *undo = c->lgDocument->undoManager();
+    QVERIFY(!item(u"undoButton"_qs)->isEnabled());
+    const QPoint p = fretPoint(2, 3);
+    QTest::touchEvent(window.get(), touch).press(0, p, window.get());
+    QVERIFY(c->fretRegTouchInProgress);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
+    QTest::touchEvent(window.get(), touch).release(0, p, window.get());
+    QVERIFY(!c->pressInProgress());
+    QCOMPARE(view->editColIndex, 1);
+    QTRY_VERIFY(item(u"undoButton"_qs)->isEnabled());
+    tap(centerOf(item(u"undoButton"_qs)));
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
+    QVERIFY(!undo->canUndo());
+    QTRY_VERIFY(item(u"redoButt"_qs)->isEnabled());
+    tap(centerOf(item(u"redoButt"_qs)));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
+}
+
+void TestApp::samePressClearsWithoutAdvance()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    TabEditView *view = c->tabEditView();
+    tap(fretPoint(2, 3));
+    view->setEditPosition(0, 0);
+    QCOMPARE(c->fretboard()->visibleHighlights().size(), 1);
+    tap(fretPoint(2, 3));
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
+    QCOMPARE(view->editColIndex, 0);
+    QCOMPARE(c->fretboard()->visibleHighlights().size(), 0);
+    QVERIFY(c->undoEnabled);
+}
+
+void TestApp::twoFingersInEitherOrder_data()
+{
+    QTest::addColumn<bool>("firstLiftsFirst");
+    QTest::newRow("first lifts first") << true;
+    QTest::newRow("second lifts first") << false;
+}
+
+void TestApp::twoFingersInEitherOrder()
+{
+    QFETCH(bool, firstLiftsFirst);
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    TabEditView *view = c->tabEditView();
+    c->lgDocument->undoManager()->groupsByEvent = false;
+    const QPoint a = fretPoint(1, 2);
+    const QPoint b = fretPoint(2, 3);
+    QTest::touchEvent(window.get(), touch).press(0, a, window.get());
+    QTest::touchEvent(window.get(), touch).stationary(0).press(1, b, window.get());
+    QCOMPARE(c->fretboard()->visibleHighlights().size(), 2);
+    if (firstLiftsFirst) {
+        QTest::touchEvent(window.get(), touch).release(0, a, window.get()).stationary(1);
+        QVERIFY(c->fretRegTouchInProgress);
+        QTest::touchEvent(window.get(), touch).release(1, b, window.get());
+    } else {
+        QTest::touchEvent(window.get(), touch).stationary(0).release(1, b, window.get());
+        QVERIFY(c->fretRegTouchInProgress);
+        QTest::touchEvent(window.get(), touch).release(0, a, window.get());
+    }
+    QVERIFY(!c->pressInProgress());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], ColumnItemType::note(2));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
+    QCOMPARE(view->editColIndex, 1);
+    c->lgDocument->undoManager()->undo();
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
+    QVERIFY(!c->lgDocument->undoManager()->canUndo());
+}
+
+void TestApp::letterHeldDuringFretPress()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    TabEditView *view = c->tabEditView();
+    QQuickItem *letters = item(u"fretLettersTouch"_qs);
+    QVERIFY(letters);
+    const QPoint letter =
+        letters->mapToScene(QPointF(letters->width() / 2, letters->height() * 11 / 12)).toPoint();
+    const QPoint fret = fretPoint(1, 2);
+    QTest::touchEvent(window.get(), touch).press(0, letter, window.get());
+    QVERIFY(c->fretZeroTouchInProgress);
+    QTest::touchEvent(window.get(), touch).stationary(0).press(1, fret, window.get());
+    QTest::touchEvent(window.get(), touch).stationary(0).release(1, fret, window.get());
+    // The letter is still held: nothing committed, the cursor stays.
+    QVERIFY(view->preEditColumnData);
+    QVERIFY(!c->undoEnabled);
+    QCOMPARE(view->editColIndex, 0);
+    QTest::touchEvent(window.get(), touch).release(0, letter, window.get());
+    QVERIFY(!view->preEditColumnData);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[5], ColumnItemType::note(0));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], ColumnItemType::note(2));
+    QCOMPARE(view->editColIndex, 1);
+    QVERIFY(c->undoEnabled);
+}
+
+void TestApp::slideCancelsThePress()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    TabEditView *view = c->tabEditView();
+    const QPoint start = fretPoint(3, 4);
+    QTest::touchEvent(window.get(), touch).press(0, start, window.get());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[2], ColumnItemType::note(4));
+    // Sliding sideways scrolls the board, which cancels the press.
+    for (int dx = 10; dx <= 120; dx += 10) {
+        QTest::touchEvent(window.get(), touch).move(0, start - QPoint(dx, 0), window.get());
+        QTest::qWait(20);
+    }
+    QTest::touchEvent(window.get(), touch).release(0, start - QPoint(120, 0), window.get());
+    QVERIFY(!c->pressInProgress());
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
+    QVERIFY(!c->lgDocument->undoManager()->canUndo());
+    QCOMPARE(view->editColIndex, 0);
+    QVERIFY(c->fretboard()->contentOffset.x() >= 100);
+}
+
+void TestApp::toolsGuardedDuringPress()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    TabEditView *view = c->tabEditView();
+    tap(fretPoint(1, 5));
+    view->setEditPosition(0, 0);
+    const QPoint fret = fretPoint(2, 4);
+    QTest::touchEvent(window.get(), touch).press(0, fret, window.get());
+    QVERIFY(c->fretRegTouchInProgress);
+    for (const QString &name : {u"undoButton"_qs, u"clearButt"_qs, u"addRowButt"_qs}) {
+        const QPoint button = centerOf(item(name));
+        QTest::touchEvent(window.get(), touch).stationary(0).press(1, button, window.get());
+        QTest::touchEvent(window.get(), touch).stationary(0).release(1, button, window.get());
+    }
+    QCOMPARE(view->tabRows.size(), 1);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], ColumnItemType::note(5));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(4));
+    // Column tools act during a press.
+    const QPoint add = centerOf(item(u"addColumnButt"_qs));
+    QTest::touchEvent(window.get(), touch).stationary(0).press(1, add, window.get());
+    QTest::touchEvent(window.get(), touch).stationary(0).release(1, add, window.get());
+    QCOMPARE(view->numTabColumns, 33);
+    QTest::touchEvent(window.get(), touch).release(0, fret, window.get());
+    tap(centerOf(item(u"addRowButt"_qs)));
+    QCOMPARE(view->tabRows.size(), 2);
+}
+
+void TestApp::sizeThresholds()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    TabEditViewController *c = editor();
+    struct Case {
+        QSize size;
+        bool compact;
+        bool arrowsOwn;
+        bool fretboard;
+    };
+    const QList<Case> cases = {{{339, 844}, true, false, true},
+                               {{340, 844}, false, false, true},
+                               {{475, 844}, false, true, true},
+                               {{800, 460}, false, true, false},
+                               {{1280, 800}, false, true, true}};
+    for (const Case &test : cases) {
+        window->resize(test.size);
+        QTRY_COMPARE(c->prevViewSize, std::optional<QSizeF>(QSizeF(test.size)));
+        QCOMPARE(c->compactToolbar, test.compact);
+        QCOMPARE(bool(item(u"fretboard"_qs)), test.fretboard);
+        QCOMPARE(bool(item(u"toolbar"_qs)), test.fretboard);
+        if (test.fretboard)
+            QCOMPARE(bool(item(u"editLeftButt"_qs)), test.arrowsOwn);
+        // Every toolbar button keeps its full height as a touch target.
+        if (QQuickItem *undo = item(u"undoButton"_qs))
+            QVERIFY(undo->height() >= 44);
+    }
+    // Narrow screens flash the arrows after a cursor move.
+    window->resize(400, 844);
+    QTRY_COMPARE(c->prevViewSize, std::optional<QSizeF>(QSizeF(400, 844)));
+    tap(fretPoint(1, 1));
+    QVERIFY(c->editMoveButtsShown);
+    QTRY_VERIFY(item(u"flashRightButt"_qs));
+}
+
+void TestApp::dialogsAndTheTapOutside()
+{
+    openWindow();
+    DialogHost *host = scene->dialogs();
+    const QPoint outside(10, 10);
+    host->showMessage(u"Maximum column count 64"_qs);
+    QTRY_VERIFY(item(u"messageLabel"_qs));
+    tap(centerOf(item(u"messageLabel"_qs)));
+    QVERIFY(host->isPresenting());
+    tap(outside);
+    QVERIFY(!host->isPresenting());
+
+    int chosen = 0;
+    host->showTwoOption(u"Sort By Modified"_qs, u"Sort Alphabetically"_qs, u"sort"_qs,
+                        [&](int option, const QString &) { chosen = option; });
+    QTRY_VERIFY(item(u"optionTwoButt"_qs));
+    tap(outside);
+    QVERIFY(!host->isPresenting());
+    QCOMPARE(chosen, 0);
+    host->showTwoOption(u"Remove From Folder"_qs, u"Delete Tab"_qs, u"label"_qs,
+                        [&](int option, const QString &) { chosen = option; });
+    QTRY_VERIFY(item(u"optionTwoButt"_qs));
+    tap(centerOf(item(u"optionTwoButt"_qs)));
+    QCOMPARE(chosen, 2);
+
+    QString confirmed;
+    host->showConfirm(u"Restore this tab?"_qs, u"Restore"_qs, u"restoreDeleted"_qs,
+                      [&](const QString &tag) { confirmed = tag; });
+    QTRY_VERIFY(item(u"confirmButt"_qs));
+    tap(outside);
+    QVERIFY(confirmed.isEmpty());
+
+    int cancelled = 0;
+    host->showLoadingStandby([&] { ++cancelled; });
+    QTRY_VERIFY(item(u"standbyCancel"_qs));
+    tap(outside);
+    QCOMPARE(cancelled, 1);
+    QVERIFY(!host->isPresenting());
+}
+
+void TestApp::openFailureAndStandby()
+{
+    QFile broken(QDir(storageFolder()).filePath(u"Broken.lgrdi"_qs));
+    QVERIFY(broken.open(QIODevice::WriteOnly));
+    broken.write("not a tab at all");
+    broken.close();
+    writeTab(u"Busy.lgrdi"_qs, tabWithNote(u"Busy"_qs, 4),
+             QDateTime::currentDateTime().addSecs(-3600));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow1"_qs));
+    TabsListViewController *list = scene->topList();
+    QCOMPARE(list->rowNames(), QStringList({u"Broken"_qs, u"Busy"_qs}));
+    QVERIFY(!openListRow(0));
+    QCOMPARE(scene->dialogs()->kind(), DialogHost::Kind::Message);
+    QCOMPARE(scene->dialogs()->messageString, u"Unable to open tab."_qs);
+    tap(QPoint(5, 5));
+
+    // A document still open elsewhere is waited for, in rounds, with the standby dialog from
+    // the 18th on; cancelling it stops the waiting.
+    const QString busyPath = QDir(storageFolder()).filePath(u"Busy.lgrdi"_qs);
+    LutegridDocument *busy = AppManager::shared().documentFor(busyPath);
+    QVERIFY(busy->open());
+    list->tabOpenFlow.roundInterval = 5;
+    tap(centerOf(item(u"tabRow1"_qs)));
+    QVERIFY(list->tabOpenFlow.waiting());
+    QTRY_COMPARE(scene->dialogs()->kind(), DialogHost::Kind::LoadingStandby);
+    QVERIFY(list->tabOpenFlow.tabOpenStatusCheckerCount >= 18);
+    tap(QPoint(5, 5));
+    QVERIFY(!list->tabOpenFlow.waiting());
+    QCOMPARE(scene->topKind(), MainScene::TabsList);
+    // Once it has closed, the same touch opens it.
+    busy->close();
+    tap(centerOf(item(u"tabRow1"_qs)));
+    waitForStack();
+    QCOMPARE(scene->topKind(), MainScene::Editor);
+    QCOMPARE(editor()->tabEditView()->tabRows[0].colDatas[0].columnItems[1],
+             ColumnItemType::note(4));
+}
+
+void TestApp::conflictCopyBringsDialog_data()
+{
+    QTest::addColumn<int>("choice");
+    QTest::newRow("current") << 0;
+    QTest::newRow("version") << 1;
+    QTest::newRow("all") << 2;
+}
+
+void TestApp::conflictCopyBringsDialog()
+{
+    QFETCH(int, choice);
+    writeTab(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    TabEditViewController *c = editor();
+    QVERIFY(c);
+    const QDateTime copyDate(QDate(2026, 11, 21), QTime(10, 15, 30));
+    const QString copyName = u"Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs;
+    writeTab(copyName, tabWithNote(u"Song"_qs, 2), copyDate);
+    DialogHost *host = scene->dialogs();
+    QTRY_COMPARE_WITH_TIMEOUT(host->kind(), DialogHost::Kind::Conflict, 5000);
+    QCOMPARE(host->conflictRows.size(), 3);
+    QCOMPARE(host->conflictRows.first(), u"Current"_qs);
+    QCOMPARE(host->conflictRows.last(), u"All"_qs);
+    // There is no way out but a choice.
+    tap(QPoint(5, 5));
+    QCOMPARE(host->kind(), DialogHost::Kind::Conflict);
+    if (choice == 0)
+        saveShot(u"conflict-dialog"_qs);
+    QTRY_VERIFY(item(u"version"_qs + QString::number(choice)));
+    tap(centerOf(item(u"version"_qs + QString::number(choice))));
+    tap(centerOf(item(u"confirmSelection"_qs)));
+    QVERIFY(!host->isPresenting());
+    QVERIFY(!QFile::exists(QDir(storageFolder()).filePath(copyName)));
+    const qint64 expected = choice == 1 ? 2 : 1;
+    QTRY_COMPARE(c->tabEditView()->tabRows[0].colDatas[0].columnItems[1],
+                 ColumnItemType::note(expected));
+    QCOMPARE(readTab(u"Song.lgrdi"_qs)->tabRowDatas[0].colDatas[0].columnItems[1],
+             ColumnItemType::note(expected));
+    if (choice == 2) {
+        const QString kept =
+            u"Song "_qs + ConflictResolver::fileNameDateText(copyDate) + u".lgrdi"_qs;
+        const auto version = readTab(kept);
+        QVERIFY2(version, qPrintable(kept));
+        QCOMPARE(version->tabRowDatas[0].colDatas[0].columnItems[1], ColumnItemType::note(2));
+    }
+}
+
+void TestApp::notesSurviveClosingTheWindow()
+{
+    openWindow();
+    QVERIFY(openNewTab());
+    tap(fretPoint(1, 3));
+    tap(fretPoint(2, 5));
+    tap(fretPoint(6, 4));
+    QCOMPARE(editor()->tabEditView()->editColIndex, 3);
+    closeWindow();
+
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QCOMPARE(scene->topList()->rowNames(), QStringList({u"Untitled 1"_qs}));
+    QVERIFY(openListRow(0));
+    const QList<TabColumnData> columns = editor()->tabEditView()->tabRows[0].colDatas;
+    QCOMPARE(columns[0].columnItems[0], ColumnItemType::note(3));
+    QCOMPARE(columns[1].columnItems[1], ColumnItemType::note(5));
+    QCOMPARE(columns[2].columnItems[5], ColumnItemType::note(4));
+}
+
+void TestApp::screenshots_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("dark");
+    for (const auto &[name, size] : {std::pair{"phone", QSize(390, 844)},
+                                     std::pair{"tablet", QSize(820, 1180)},
+                                     std::pair{"desktop", QSize(1280, 800)}}) {
+        QTest::newRow(QByteArray(QByteArray(name) + "-light").constData()) << size << false;
+        QTest::newRow(QByteArray(QByteArray(name) + "-dark").constData()) << size << true;
+    }
+}
+
+void TestApp::screenshots()
+{
+    QFETCH(QSize, size);
+    QFETCH(bool, dark);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+    SavedData::shared().appearanceSetting = dark ? 2 : 1;
+    TabData song = tabWithNote(u"Wish You Were Here"_qs, 3);
+    song.tabRowDatas.append(TabRowData(32, 6));
+    song.tabRowDatas.append(TabRowData(32, 6));
+    writeTab(u"Wish You Were Here.lgrdi"_qs, song, QDateTime::currentDateTime().addDays(-2));
+    writeTab(u"Blackbird.lgrdi"_qs, tabWithNote(u"Blackbird"_qs, 7),
+             QDateTime::currentDateTime().addDays(-1));
+    openWindow(size);
+    QTRY_VERIFY(item(u"tabRow1"_qs));
+    saveShot(tag + u"-list"_qs);
+    QVERIFY(openListRow(1));
+    TabEditViewController *c = editor();
+    for (const auto &[s, f] : {std::pair{2, 3}, {3, 2}, {1, 1}, {3, 5}, {2, 5}, {4, 4}})
+        tap(fretPoint(s, f));
+    c->tabEditView()->setEditPosition(1, 0);
+    QVERIFY(c->fretboard()->visibleHighlights().size() >= 1);
+    saveShot(tag + u"-editor"_qs);
+}
+
+int main(int argc, char *argv[])
+{
+    QTemporaryDir home;
+    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
+    QGuiApplication app(argc, argv);
+    TestApp test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_app.moc"
