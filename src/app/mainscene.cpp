@@ -43,7 +43,8 @@ QQuickWindow *MainScene::loadWindow(QQmlEngine &engine)
         qWarning().noquote() << component.errorString();
         return nullptr;
     }
-    QObject *object = component.createWithInitialProperties({{u"scene"_qs, QVariant::fromValue(this)}});
+    QObject *object =
+        component.createWithInitialProperties({{u"scene"_qs, QVariant::fromValue(this)}});
     auto *window = qobject_cast<QQuickWindow *>(object);
     if (!window) {
         qWarning().noquote() << component.errorString();
@@ -69,8 +70,8 @@ TabsListViewController *MainScene::pushList(const QString &tagName, bool isUnlab
     std::optional<QString> tag;
     if (!tagName.isEmpty())
         tag = tagName;
-    auto *list = new TabsListViewController(tag, isUnlabeledList, isDeletedFolder, &dialogHost,
-                                            this);
+    auto *list =
+        new TabsListViewController(tag, isUnlabeledList, isDeletedFolder, &dialogHost, this);
     connect(list, &TabsListViewController::editorRequested, this, &MainScene::pushEditor);
     stack.append({TabsList, list});
     AppManager::shared().topTabViewController = list;

@@ -18,8 +18,7 @@ class QQuickWindow;
 // The main window as the app manager sees it: the folder screen at the bottom of the
 // navigation stack, a list on top, and an editor pushed over the list. The stack is kept here;
 // the QML's StackView follows its pushes and pops.
-class MainScene : public QObject, public SceneWindow
-{
+class MainScene : public QObject, public SceneWindow {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("One per main window, made before the QML")

@@ -6,8 +6,7 @@
 #include <functional>
 
 // The dialogs a screen can put over itself. One implementer per window; screens hold it weakly.
-class DialogPresenter
-{
+class DialogPresenter {
 public:
     virtual ~DialogPresenter() = default;
     virtual bool isPresenting() const = 0;

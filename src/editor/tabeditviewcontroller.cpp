@@ -112,10 +112,10 @@ void TabEditViewController::loadIntoSurface()
 QVariantMap TabEditViewController::buttonWidths() const
 {
     if (compactToolbar)
-        return {{u"undo"_qs, 29}, {u"redo"_qs, 29}, {u"clear"_qs, 26}, {u"add"_qs, 29},
-                {u"delete"_qs, 29}, {u"row"_qs, 29}, {u"bar"_qs, 29}};
-    return {{u"undo"_qs, 44}, {u"redo"_qs, 44}, {u"clear"_qs, 44}, {u"add"_qs, 44},
-            {u"delete"_qs, 44}, {u"row"_qs, 44}, {u"bar"_qs, 44}};
+        return {{u"undo"_qs, 29},   {u"redo"_qs, 29}, {u"clear"_qs, 26}, {u"add"_qs, 29},
+                {u"delete"_qs, 29}, {u"row"_qs, 29},  {u"bar"_qs, 29}};
+    return {{u"undo"_qs, 44},   {u"redo"_qs, 44}, {u"clear"_qs, 44}, {u"add"_qs, 44},
+            {u"delete"_qs, 44}, {u"row"_qs, 44},  {u"bar"_qs, 44}};
 }
 
 QVariantList TabEditViewController::openStringMarks() const
@@ -204,8 +204,8 @@ void TabEditViewController::applyViewSize(double w, double h)
             }
             // The cover fades rows out over the preview; with too little room it would only
             // hide the toolbar's edge.
-            const double gap = h - inset - toolbarHeightValue - height -
-                               (navHeight + tabEditViewHeight);
+            const double gap =
+                h - inset - toolbarHeightValue - height - (navHeight + tabEditViewHeight);
             if (gap < 30.0)
                 fadeOutBottomCoverHidden = true;
         }
@@ -332,7 +332,8 @@ void TabEditViewController::addTabColumn()
 
 void TabEditViewController::deleteTabColumn()
 {
-    if (const auto message = surface->removeColumn(surface->cursorTabRow(), surface->editColIndex)) {
+    if (const auto message =
+            surface->removeColumn(surface->cursorTabRow(), surface->editColIndex)) {
         if (dialogs)
             dialogs->presentMessage(*message);
     }
@@ -369,7 +370,7 @@ void TabEditViewController::deleteTabRow()
     if (pressInProgress() || surface->tabRows.size() < 2)
         return;
     surface->removeTabRow(surface->freeVerticalScroll ? surface->editShowingTabRowIndex
-                                                       : surface->cursorTabRow());
+                                                      : surface->cursorTabRow());
 }
 
 void TabEditViewController::putBarButtPress()
@@ -400,8 +401,8 @@ void TabEditViewController::checkUnseenTools()
     const SavedData &saved = SavedData::shared();
     bool show = false;
     if (saved.tabCreateCount <= 2 && AppManager::shared().existingTabPaths.size() <= 2 &&
-        !saved.toolsMarkedSeen && !saved.toolsMarkedSeenTemporary &&
-        surface->tabRows.size() == 1 && surface->tabRows.first().colDatas.size() >= 11) {
+        !saved.toolsMarkedSeen && !saved.toolsMarkedSeenTemporary && surface->tabRows.size() == 1 &&
+        surface->tabRows.first().colDatas.size() >= 11) {
         const QList<TabColumnData> &columns = surface->tabRows.first().colDatas;
         for (qsizetype i = columns.size() - 8; i < columns.size(); ++i) {
             const TabColumnData &column = columns[i];
@@ -439,8 +440,7 @@ void TabEditViewController::tabRowCountChanged()
     applyViewSize(size.width(), size.height());
 }
 
-void TabEditViewController::tabRowPositionChanged(int tabRowIndex, int showingCount,
-                                                  int totalCount)
+void TabEditViewController::tabRowPositionChanged(int tabRowIndex, int showingCount, int totalCount)
 {
     int preview = -1;
     if (!surface->freeVerticalScroll && fretboardHeight != 0.0 &&

@@ -20,8 +20,7 @@ class DialogPresenter;
 
 // The letters left of the fretboard stand for the open strings; the letters beside the tab
 // only select in magic edit.
-class StringTouchResponder
-{
+class StringTouchResponder {
 public:
     enum class Strip { FretLetters, TabLetters };
     virtual ~StringTouchResponder() = default;
@@ -39,8 +38,7 @@ class TabEditViewController : public QObject,
                               public TabRowChangeListener,
                               public FretResponder,
                               public StringTouchResponder,
-                              public DocumentChangeListener
-{
+                              public DocumentChangeListener {
     Q_OBJECT
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool undoEnabled MEMBER undoEnabled NOTIFY toolsChanged)
@@ -196,7 +194,10 @@ public:
     Q_INVOKABLE void indicatorTouchCancelled();
 
     // The open-string letters, for the screen's letter strip.
-    Q_INVOKABLE void fretLetterPressed(int stringNumber) { stringTouched(Strip::FretLetters, stringNumber, 0); }
+    Q_INVOKABLE void fretLetterPressed(int stringNumber)
+    {
+        stringTouched(Strip::FretLetters, stringNumber, 0);
+    }
     Q_INVOKABLE void fretLetterReleased() { stringReleased(); }
     Q_INVOKABLE void fretLetterCancelled() { stringCancelled(Strip::FretLetters); }
 

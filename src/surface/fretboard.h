@@ -13,8 +13,7 @@
 #include <optional>
 
 // Who hears the fretboard's touches: the editor.
-class FretResponder
-{
+class FretResponder {
 public:
     virtual ~FretResponder() = default;
     virtual void fretTouched(int stringNum, int fretNum) = 0;
@@ -39,8 +38,7 @@ struct FretLabel {
 // The fretboard as logic: evenly spaced frets across a strip that scrolls sideways, the touch
 // bookkeeping that turns fingers into string and fret, and the marks of the cursor column.
 // Geometry is in content coordinates; contentOffset scrolls over it. It draws nothing.
-class Fretboard : public QObject
-{
+class Fretboard : public QObject {
     Q_OBJECT
 
 public:

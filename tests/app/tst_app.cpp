@@ -39,8 +39,7 @@ QQuickItem *findItem(QQuickItem *item, const QString &name)
     return nullptr;
 }
 
-template <typename T>
-T *findType(QQuickItem *item)
+template <typename T> T *findType(QQuickItem *item)
 {
     if (!item)
         return nullptr;
@@ -93,8 +92,7 @@ std::optional<TabData> readTab(const QString &name)
 
 // The app as a guitarist meets it, headless: the list, a new tab, notes played in on the
 // fretboard with fingers, the tools, the dialogs, a conflict, and the tab kept across windows.
-class TestApp : public QObject
-{
+class TestApp : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -641,9 +639,9 @@ void TestApp::screenshots_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<bool>("dark");
-    for (const auto &[name, size] : {std::pair{"phone", QSize(390, 844)},
-                                     std::pair{"tablet", QSize(820, 1180)},
-                                     std::pair{"desktop", QSize(1280, 800)}}) {
+    for (const auto &[name, size] :
+         {std::pair{"phone", QSize(390, 844)}, std::pair{"tablet", QSize(820, 1180)},
+          std::pair{"desktop", QSize(1280, 800)}}) {
         QTest::newRow(QByteArray(QByteArray(name) + "-light").constData()) << size << false;
         QTest::newRow(QByteArray(QByteArray(name) + "-dark").constData()) << size << true;
     }

@@ -54,8 +54,7 @@ ColumnItemType note(qint64 fret)
 
 } // namespace
 
-class TestEditor : public QObject
-{
+class TestEditor : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -312,8 +311,8 @@ void TestEditor::positionDots()
         }
         return count;
     };
-    const QList<int> expected = {0, 0, 1, 0, 1, 0, 1, 0, 1, 0, 0, 2, 0, 0, 1, 0, 1,
-                                 0, 1, 0, 1, 0, 0, 2, 0, 0, 1};
+    const QList<int> expected = {0, 0, 1, 0, 1, 0, 1, 0, 1, 0, 0, 2, 0, 0,
+                                 1, 0, 1, 0, 1, 0, 1, 0, 0, 2, 0, 0, 1};
     for (int fret = 1; fret <= 27; ++fret)
         QVERIFY2(dotsAt(fret) == expected[fret - 1], qPrintable(QString::number(fret)));
     // At 330 points high the dot is 28 across, the pair 46 from the middle.
@@ -548,22 +547,21 @@ void TestEditor::layoutByHeight_data()
     QTest::addColumn<int>("rows");
     QTest::addColumn<double>("rowsHeight");
     // h × 0.7 under 330 is too short for the fretboard.
-    QTest::newRow("short") << QSizeF(800, 471) << 3 << false << true << 0.0 << 50.0 << 1
-                           << 279.0;
-    QTest::newRow("just tall enough") << QSizeF(800, 472) << 3 << false << false << 37.0
-                                      << 20.0 << 1 << 279.0;
-    QTest::newRow("narrow fretboard") << QSizeF(390, 700) << 3 << false << false << 265.0
-                                      << 20.0 << 1 << 279.0;
+    QTest::newRow("short") << QSizeF(800, 471) << 3 << false << true << 0.0 << 50.0 << 1 << 279.0;
+    QTest::newRow("just tall enough")
+        << QSizeF(800, 472) << 3 << false << false << 37.0 << 20.0 << 1 << 279.0;
+    QTest::newRow("narrow fretboard")
+        << QSizeF(390, 700) << 3 << false << false << 265.0 << 20.0 << 1 << 279.0;
     QTest::newRow("phone") << QSizeF(390, 844) << 3 << false << false << 330.0 << 50.0 << 1
                            << 279.0;
     QTest::newRow("tablet") << QSizeF(820, 1180) << 3 << false << false << 330.0 << 50.0 << 2
                             << 578.0;
-    QTest::newRow("tablet, one row tab") << QSizeF(820, 1180) << 1 << false << false << 330.0
-                                         << 50.0 << 1 << 279.0;
-    QTest::newRow("free scroll") << QSizeF(1280, 1400) << 3 << true << false << 330.0 << 50.0
-                                 << 3 << 877.0;
-    QTest::newRow("free scroll, short of room") << QSizeF(1280, 800) << 3 << true << false
-                                                << 330.0 << 50.0 << 3 << 349.0;
+    QTest::newRow("tablet, one row tab")
+        << QSizeF(820, 1180) << 1 << false << false << 330.0 << 50.0 << 1 << 279.0;
+    QTest::newRow("free scroll") << QSizeF(1280, 1400) << 3 << true << false << 330.0 << 50.0 << 3
+                                 << 877.0;
+    QTest::newRow("free scroll, short of room")
+        << QSizeF(1280, 800) << 3 << true << false << 330.0 << 50.0 << 3 << 349.0;
 }
 
 void TestEditor::layoutByHeight()

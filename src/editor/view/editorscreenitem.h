@@ -12,8 +12,7 @@
 
 // The editor screen's root item: it makes the controller once the surface and the fretboard
 // exist, hands it the screen's size, and finishes the editing when the screen goes.
-class EditorScreenItem : public QQuickItem
-{
+class EditorScreenItem : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QObject *document READ document WRITE setDocument NOTIFY documentChanged)

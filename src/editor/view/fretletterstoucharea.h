@@ -7,11 +7,11 @@ class TabEditViewController;
 
 // The touch side of the letters left of the fretboard: a finger on a letter holds that open
 // string until it lifts. Drawing is the letter strip's; this only names the string.
-class FretLettersTouchArea : public QQuickItem
-{
+class FretLettersTouchArea : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QObject *controller READ controllerObject WRITE setController NOTIFY controllerChanged)
+    Q_PROPERTY(
+        QObject *controller READ controllerObject WRITE setController NOTIFY controllerChanged)
     Q_PROPERTY(int numStrings MEMBER numStrings NOTIFY controllerChanged)
 
 public:

@@ -6,8 +6,7 @@
 
 // The folder screen one step behind the list: three fixed rows, then one per folder label.
 // Each row opens its list.
-class TabFoldersViewController : public QObject
-{
+class TabFoldersViewController : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the window")

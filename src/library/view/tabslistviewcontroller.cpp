@@ -8,9 +8,9 @@
 
 #include <QDir>
 
-TabsListViewController::TabsListViewController(std::optional<QString> tagName,
-                                               bool isUnlabeledList, bool isDeletedFolder,
-                                               DialogHost *dialogs, QObject *parent)
+TabsListViewController::TabsListViewController(std::optional<QString> tagName, bool isUnlabeledList,
+                                               bool isDeletedFolder, DialogHost *dialogs,
+                                               QObject *parent)
     : QObject(parent), tagName(std::move(tagName)), isUnlabeledList(isUnlabeledList),
       deletedFolder(isDeletedFolder), tabOpenFlow(this), dialogs(dialogs)
 {
@@ -48,7 +48,7 @@ QString TabsListViewController::emptyText() const
         return QString();
     if (!tagName && !isUnlabeledList && !deletedFolder)
         return SavedData::shared().tabCreateCount < 1 ? u"No tabs created yet ✍️"_qs
-                                                       : u"No tabs found..."_qs;
+                                                      : u"No tabs found..."_qs;
     return u"No tabs found"_qs;
 }
 

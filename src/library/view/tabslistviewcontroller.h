@@ -18,8 +18,7 @@
 // One list of tabs: all of them, one label's, the unlabeled ones or the Deleted folder's, as
 // the last scan found them, newest first. A touch on a row opens the tab through the open
 // flow; the new-tab button makes "Untitled n".
-class TabsListViewController : public QObject, public TabsListScreen, public TabOpenFlowScreen
-{
+class TabsListViewController : public QObject, public TabsListScreen, public TabOpenFlowScreen {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the window")

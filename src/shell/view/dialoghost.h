@@ -11,8 +11,7 @@
 // The dialogs of one window: at most one at a time, over a dimmed screen. Which dialog shows,
 // its texts, and what a press or a tap outside its panel means are decided here; the QML only
 // draws the one that is up and passes the presses on.
-class DialogHost : public QObject, public DialogPresenter
-{
+class DialogHost : public QObject, public DialogPresenter {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Each window has its own")

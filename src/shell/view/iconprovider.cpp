@@ -18,8 +18,8 @@ QImage IconProvider::requestImage(const QString &id, QSize *size, const QSize &r
     svg.replace("currentColor", color.toUtf8());
     QBuffer buffer(&svg);
     QImageReader reader(&buffer, "svg");
-    const QSize wanted = requestedSize.isValid() && !requestedSize.isEmpty() ? requestedSize
-                                                                            : QSize(24, 24);
+    const QSize wanted =
+        requestedSize.isValid() && !requestedSize.isEmpty() ? requestedSize : QSize(24, 24);
     reader.setScaledSize(wanted);
     QImage image = reader.read();
     if (size)

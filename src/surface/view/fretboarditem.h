@@ -11,8 +11,7 @@
 // Draws the fretboard's visible stretch (wood, bars, dots, numbers, marks) and hands it the
 // fingers: touches, and the mouse as one more finger. A scroll that outlives the finger runs
 // on a frame timer.
-class FretboardItem : public QQuickPaintedItem
-{
+class FretboardItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(qreal fretLabelHeight READ fretLabelHeight NOTIFY geometryChanged)
