@@ -254,7 +254,8 @@ QPoint TestApp::fretPoint(int stringNum, int fretNum) const
 
 void TestApp::saveShot(const QString &name)
 {
-    QTest::qWait(50);
+    // Past the dialogs' fade and the pages' slide.
+    QTest::qWait(300);
     const QImage image = window->grabWindow();
     QVERIFY(!image.isNull());
     QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
