@@ -85,7 +85,7 @@ public:
     static constexpr double tabLettersWidthValue = 28.0;
     static constexpr double indicatorWidth = 14.0;
 
-    // State of Part 4.1 that carries logic.
+    // Editor state that carries logic.
     bool fretRegTouchInProgress = false;
     bool fretZeroTouchInProgress = false;
     bool inMagicEditMode = false;
