@@ -8,7 +8,7 @@ inline TabData makeBenchmarkTab(int rowCount = 1000, int columnCount = 64, int s
 {
     static const char16_t *chordNames[] = {u"Am", u"C", u"G7", u"Fmaj7", u"D/F#", u"Esus4"};
     static const ColumnItemType::Kind marks[] = {
-        ColumnItemType::Kind::hammer, ColumnItemType::Kind::pull, ColumnItemType::Kind::slideUp,
+        ColumnItemType::Kind::hammer,  ColumnItemType::Kind::pull,  ColumnItemType::Kind::slideUp,
         ColumnItemType::Kind::vibrato, ColumnItemType::Kind::muted, ColumnItemType::Kind::bend};
     QList<TabRowData> rows;
     rows.reserve(rowCount);

@@ -224,8 +224,8 @@ bool operator==(const ArchiveValue &a, const ArchiveValue &b)
     if (ca || cb) {
         if (ca == cb)
             return true;
-        return ca && cb && ca->className == cb->className && ca->fields == cb->fields
-            && ca->elements == cb->elements;
+        return ca && cb && ca->className == cb->className && ca->fields == cb->fields &&
+               ca->elements == cb->elements;
     }
     return a.storage == b.storage;
 }

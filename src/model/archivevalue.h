@@ -18,8 +18,7 @@ using ArchiveArray = std::vector<ArchiveValue>;
 // One value of a keyed archive, after references are resolved: the tree that the coders of
 // the tab model, the settings and the label store read and write. Copies are cheap and share
 // their data; an object referenced from many places in a file is one shared value here.
-class ArchiveValue
-{
+class ArchiveValue {
 public:
     enum class Type : quint8 { Null, Bool, Integer, Real, String, Data, Array, Dictionary, Object };
 

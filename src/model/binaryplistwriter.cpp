@@ -190,7 +190,8 @@ QByteArray BinaryPlistWriter::finish(Ref topObject) const
             objectsEnd += entry.count;
             continue;
         }
-        const quint64 refs = entry.kind == Kind::Dictionary ? 2 * quint64(entry.count) : entry.count;
+        const quint64 refs =
+            entry.kind == Kind::Dictionary ? 2 * quint64(entry.count) : entry.count;
         objectsEnd += markerSize(entry.count) + refs * quint64(refSize);
     }
     const int offsetSize = bytesNeeded(objectsEnd);

@@ -11,8 +11,7 @@
 // Keyed archives of large tabs hold about a million objects, where a general tree writer spends
 // most of its time looking up what it has already written; here every object is written once,
 // and strings, numbers and references that repeat share one object.
-class BinaryPlistWriter
-{
+class BinaryPlistWriter {
 public:
     using Ref = quint32;
 

@@ -9,7 +9,7 @@ namespace {
 using Kind = ColumnItemType::Kind;
 
 constexpr std::array<const char16_t *, ColumnItemType::kindCount> markTexts = {
-    u"",  // note: its text is the fret number
+    u"", // note: its text is the fret number
     u"\u2014", u"h", u"p", u"/", u"\\", u"~", u"x", u"b", u"r", u"_", u"s", u"t", u"|", u"+", u"*",
 };
 

@@ -5,8 +5,7 @@
 
 // What stands on one string in one column: a note with its fret, or one of fifteen marks.
 // Every value has exactly one text form; the files store it and equality compares it.
-class ColumnItemType
-{
+class ColumnItemType {
 public:
     enum class Kind : quint8 {
         note,

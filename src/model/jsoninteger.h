@@ -12,8 +12,8 @@ inline std::optional<qint64> jsonInteger(const QJsonValue &value)
         return std::nullopt;
     const double number = value.toDouble();
     // 2^63 as a double: anything at or past it does not fit.
-    if (number != std::trunc(number) || number < -9223372036854775808.0
-        || number >= 9223372036854775808.0)
+    if (number != std::trunc(number) || number < -9223372036854775808.0 ||
+        number >= 9223372036854775808.0)
         return std::nullopt;
     return static_cast<qint64>(number);
 }

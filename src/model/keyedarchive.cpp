@@ -25,9 +25,9 @@ using PlistPtr = std::unique_ptr<void, PlistFree>;
 
 bool isKeyedArchiveArray(const QString &className)
 {
-    return className == u"NSArray" || className == u"NSMutableArray" || className == u"NSSet"
-        || className == u"NSMutableSet" || className == u"NSOrderedSet"
-        || className == u"NSMutableOrderedSet";
+    return className == u"NSArray" || className == u"NSMutableArray" || className == u"NSSet" ||
+           className == u"NSMutableSet" || className == u"NSOrderedSet" ||
+           className == u"NSMutableOrderedSet";
 }
 
 bool isKeyedArchiveDictionary(const QString &className)
@@ -37,8 +37,7 @@ bool isKeyedArchiveDictionary(const QString &className)
 
 // ---- Writing -------------------------------------------------------------------------------
 
-class Writer
-{
+class Writer {
 public:
     Writer() { objects.push_back(plist.string(u"$null"_qs)); }
 
@@ -163,9 +162,9 @@ private:
         std::vector<BinaryPlistWriter::Ref> names;
         for (const QString &name : chain)
             names.push_back(plist.string(name));
-        const quint64 uid = append(plist.dictionary(
-            {{plist.string(u"$classes"_qs), plist.array(names)},
-             {plist.string(u"$classname"_qs), plist.string(chain.first())}}));
+        const quint64 uid = append(
+            plist.dictionary({{plist.string(u"$classes"_qs), plist.array(names)},
+                              {plist.string(u"$classname"_qs), plist.string(chain.first())}}));
         classes.insert(chain.first(), uid);
         return plist.uid(uid);
     }
@@ -178,8 +177,7 @@ private:
 
 // ---- Reading -------------------------------------------------------------------------------
 
-class Reader
-{
+class Reader {
 public:
     bool open(QByteArrayView bytes)
     {
@@ -201,13 +199,13 @@ public:
         if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
             return fail(u"not a readable property list"_qs);
         plist_t archiver = plist_dict_get_item(root.get(), "$archiver");
-        if (!archiver || plist_get_node_type(archiver) != PLIST_STRING
-            || plist_string_val_compare(archiver, "NSKeyedArchiver") != 0)
+        if (!archiver || plist_get_node_type(archiver) != PLIST_STRING ||
+            plist_string_val_compare(archiver, "NSKeyedArchiver") != 0)
             return fail(u"not a keyed archive"_qs);
         plist_t objectList = plist_dict_get_item(root.get(), "$objects");
         top = plist_dict_get_item(root.get(), "$top");
-        if (!objectList || plist_get_node_type(objectList) != PLIST_ARRAY || !top
-            || plist_get_node_type(top) != PLIST_DICT)
+        if (!objectList || plist_get_node_type(objectList) != PLIST_ARRAY || !top ||
+            plist_get_node_type(top) != PLIST_DICT)
             return fail(u"keyed archive without $objects or $top"_qs);
 
         const uint32_t count = plist_array_get_size(objectList);
@@ -504,8 +502,8 @@ private:
         }
         plist_t classDict = objects[uid];
         plist_t name = plist_get_node_type(classDict) == PLIST_DICT
-            ? plist_dict_get_item(classDict, "$classname")
-            : nullptr;
+                           ? plist_dict_get_item(classDict, "$classname")
+                           : nullptr;
         if (!name || plist_get_node_type(name) != PLIST_STRING) {
             fail(u"class without a name"_qs);
             return nullptr;

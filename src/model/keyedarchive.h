@@ -13,8 +13,7 @@
 // The keyed-archive layout over a binary property list: "$archiver", "$version", "$top" and
 // "$objects", with objects referenced by UID and classes described by "$classname" and
 // "$classes". Tab documents, the settings file and the label file all use it.
-class KeyedArchiver
-{
+class KeyedArchiver {
 public:
     // The archive of one root object, under "$top" / "root".
     static QByteArray archivedData(const ArchiveValue &rootObject);
@@ -22,8 +21,7 @@ public:
     static QByteArray archivedDataKeyedDirectly(const ArchiveFields &topLevel);
 };
 
-class KeyedUnarchiver
-{
+class KeyedUnarchiver {
 public:
     // Deepest chain of references that an archive may hold before it counts as unreadable.
     static constexpr int maximumDepth = 200;
@@ -39,8 +37,7 @@ public:
 // An archive read in place, object by object, without a tree of values: for readers that
 // walk a shape they know, such as a tab with its hundreds of thousands of cells. Objects are
 // named by their UID; anything missing or of another kind reads as nothing.
-class KeyedArchiveView
-{
+class KeyedArchiveView {
 public:
     using Uid = quint64;
 

@@ -169,8 +169,7 @@ QVariant fromNode(plist_t node, int depth)
 
 // ---- The pre-parse check of a binary property list ------------------------------------------
 
-class BinaryGraph
-{
+class BinaryGraph {
 public:
     BinaryGraph(QByteArrayView bytes, const GraphLimits &limits)
         : limits(limits), data(reinterpret_cast<const uchar *>(bytes.data())),
@@ -188,9 +187,9 @@ public:
         objectCount = readNumber(trailer + 8, 8);
         const quint64 top = readNumber(trailer + 16, 8);
         tableOffset = readNumber(trailer + 24, 8);
-        if (!validWidth(offsetSize) || !validWidth(refSize) || objectCount == 0
-            || top >= objectCount || tableOffset < 8 || tableOffset >= size - 32
-            || objectCount > (size - 32 - tableOffset) / offsetSize)
+        if (!validWidth(offsetSize) || !validWidth(refSize) || objectCount == 0 ||
+            top >= objectCount || tableOffset < 8 || tableOffset >= size - 32 ||
+            objectCount > (size - 32 - tableOffset) / offsetSize)
             return false;
         state.assign(objectCount, Unvisited);
         nodes.assign(objectCount, 0);
@@ -251,8 +250,8 @@ private:
 
     static bool hasCount(int type)
     {
-        return type == 0x4 || type == 0x5 || type == 0x6 || type == 0xA || type == 0xB
-               || type == 0xC || type == 0xD;
+        return type == 0x4 || type == 0x5 || type == 0x6 || type == 0xA || type == 0xB ||
+               type == 0xC || type == 0xD;
     }
     static bool isContainer(int type) { return type >= 0xA && type <= 0xD; }
 

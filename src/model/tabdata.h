@@ -11,8 +11,7 @@
 
 // One column: exactly one item per string, highest string first, and an optional chord name.
 // A column holds either no bar at all or nothing but bars; setColumnItem keeps it so.
-class TabColumnData
-{
+class TabColumnData {
 public:
     TabColumnData() = default;
     explicit TabColumnData(int stringCount);
@@ -40,8 +39,7 @@ public:
     }
 };
 
-class TabRowData
-{
+class TabRowData {
 public:
     TabRowData() = default;
     TabRowData(int columnCount, int stringCount);
@@ -61,8 +59,7 @@ public:
 // The tunings of a new tab, lowest string first.
 QStringList standardStringNotes(int stringCount);
 
-class TabData
-{
+class TabData {
 public:
     // A new tab: the tuning follows SavedData.defaultStringCount.
     explicit TabData(const QString &title);

@@ -55,11 +55,11 @@ QString cutTuningEntry(const QString &entry)
         if (entry[i].isHighSurrogate() && next < entry.size() && entry[next].isLowSurrogate())
             ++next;
         // Combining marks belong to the character before them.
-        while (next < entry.size()
-               && (entry[next].category() == QChar::Mark_NonSpacing
-                   || entry[next].category() == QChar::Mark_Enclosing
-                   || entry[next].category() == QChar::Mark_SpacingCombining
-                   || entry[next].unicode() == 0xFE0F || entry[next].unicode() == 0x200D))
+        while (next < entry.size() &&
+               (entry[next].category() == QChar::Mark_NonSpacing ||
+                entry[next].category() == QChar::Mark_Enclosing ||
+                entry[next].category() == QChar::Mark_SpacingCombining ||
+                entry[next].unicode() == 0xFE0F || entry[next].unicode() == 0x200D))
             ++next;
         result.append(QStringView(entry).mid(i, next - i));
         i = next;
@@ -95,8 +95,7 @@ ArchiveValue encodeRow(const TabRowData &row)
 // Reads a tab out of its archive in place. Every row, column and cell text is decoded once
 // however many places refer to it, so an archive that points at one object a million times
 // costs a million references, not a million decodings.
-class TabDocumentReader
-{
+class TabDocumentReader {
 public:
     explicit TabDocumentReader(const KeyedArchiveView &view) : view(view) {}
 
@@ -299,9 +298,8 @@ QByteArray documentData(const TabData &tabData)
         {u"tempokey"_qs, ArchiveValue::fromInteger(tabData.tempo)},
     };
     if (tabData.playbackOptions) {
-        fields.emplace_back(u"plbkoptionskey"_qs,
-                            ArchiveValue::fromString(
-                                QString::fromUtf8(tabData.playbackOptions->toJson())));
+        fields.emplace_back(u"plbkoptionskey"_qs, ArchiveValue::fromString(QString::fromUtf8(
+                                                      tabData.playbackOptions->toJson())));
     }
     return KeyedArchiver::archivedData(ArchiveValue::object(tabDataClass, std::move(fields)));
 }

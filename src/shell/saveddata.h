@@ -22,8 +22,7 @@ struct RecentChord {
     static std::optional<RecentChord> fromArchiveValue(const ArchiveValue &value);
 };
 
-template <typename T>
-struct MoveToFrontResult {
+template <typename T> struct MoveToFrontResult {
     bool changed = false;
     std::optional<T> dropped;
 };
@@ -46,8 +45,7 @@ MoveToFrontResult<T> moveToFront(QList<T> &list, const T &item, qsizetype limit)
 
 // Everything that outlives a run and does not belong to a tab, in "data.plist".
 // Nothing is written by itself: whoever changes a field that must last calls save().
-class SavedData
-{
+class SavedData {
 public:
     // The process-wide settings, loaded from the library folder on first use.
     static SavedData &shared();

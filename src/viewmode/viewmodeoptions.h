@@ -13,7 +13,8 @@ struct ViewModeDisplayOptions {
     bool showTabContent = true;
     bool twoColumns = false;
 
-    friend bool operator==(const ViewModeDisplayOptions &, const ViewModeDisplayOptions &) = default;
+    friend bool operator==(const ViewModeDisplayOptions &,
+                           const ViewModeDisplayOptions &) = default;
 };
 
 // How a tab plays. Travels in the tab file as JSON inside a string.

@@ -53,8 +53,7 @@ TabData songTab()
 
 } // namespace
 
-class TestCli : public QObject
-{
+class TestCli : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -91,7 +90,8 @@ void TestCli::documentFromAnotherWriterTakesItsFileName()
 {
     QFile::copy(QStringLiteral(LUTEGRID_TEST_DATA "/platform_tab.lgrdi"),
                 path(u"Night Walk.lgrdi.lgrdi"_qs));
-    QCOMPARE(cli({u"convert"_qs, path(u"Night Walk.lgrdi.lgrdi"_qs), path(u"out.lgrd"_qs)}).exitCode, 0);
+    QCOMPARE(
+        cli({u"convert"_qs, path(u"Night Walk.lgrdi.lgrdi"_qs), path(u"out.lgrd"_qs)}).exitCode, 0);
     const QJsonObject json = QJsonDocument::fromJson(readFile(path(u"out.lgrd"_qs))).object();
     QCOMPARE(json.value(u"title").toString(), u"Night Walk"_qs);
     QCOMPARE(json.value(u"cFret").toInt(), 2);
@@ -117,7 +117,9 @@ void TestCli::textWithOptions()
     QVERIFY(!notes.contains("Cafe"));
     QVERIFY(!notes.contains("G  "));
 
-    QCOMPARE(cli({u"convert"_qs, path(u"Song.lgrd"_qs), path(u"bare.txt"_qs), u"--no-tab"_qs}).exitCode, 0);
+    QCOMPARE(
+        cli({u"convert"_qs, path(u"Song.lgrd"_qs), path(u"bare.txt"_qs), u"--no-tab"_qs}).exitCode,
+        0);
     QVERIFY(!readFile(path(u"bare.txt"_qs)).contains("|"));
 }
 
@@ -126,9 +128,11 @@ void TestCli::unreadableInputSaysWhatAndWhere_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("output");
-    QTest::newRow("garbage document") << u"bad.lgrdi"_qs << QByteArray("not an archive") << u"x.lgrd"_qs;
+    QTest::newRow("garbage document")
+        << u"bad.lgrdi"_qs << QByteArray("not an archive") << u"x.lgrd"_qs;
     QTest::newRow("json in document") << u"json.lgrdi"_qs << QByteArray("{}") << u"x.txt"_qs;
-    QTest::newRow("no title") << u"notitle.lgrd"_qs << QByteArray(R"({"tabRows":[]})") << u"x.lgrdi"_qs;
+    QTest::newRow("no title") << u"notitle.lgrd"_qs << QByteArray(R"({"tabRows":[]})")
+                              << u"x.lgrdi"_qs;
     QTest::newRow("not an object") << u"list.lgrd"_qs << QByteArray("[]") << u"x.lgrdi"_qs;
     QTest::newRow("missing") << u"missing.lgrd"_qs << QByteArray() << u"x.lgrdi"_qs;
     QTest::newRow("unknown input type") << u"song.pdf"_qs << QByteArray("%PDF") << u"x.lgrdi"_qs;

@@ -6,8 +6,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-class TestKeyedArchive : public QObject
-{
+class TestKeyedArchive : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -25,7 +24,8 @@ private Q_SLOTS:
 
 void TestKeyedArchive::roundTripOfEveryValueType()
 {
-    const ArchiveValue inner = ArchiveValue::object(u"Test.Inner"_qs, {{u"n"_qs, ArchiveValue::fromInteger(1)}});
+    const ArchiveValue inner =
+        ArchiveValue::object(u"Test.Inner"_qs, {{u"n"_qs, ArchiveValue::fromInteger(1)}});
     const ArchiveValue root = ArchiveValue::object(
         u"Test.Root"_qs,
         {
@@ -121,7 +121,8 @@ print('ok')
 void TestKeyedArchive::readsForeignArchive()
 {
     QString error;
-    const auto root = KeyedUnarchiver::unarchivedRootObject(testDataFile("platform_tab.lgrdi"), &error);
+    const auto root =
+        KeyedUnarchiver::unarchivedRootObject(testDataFile("platform_tab.lgrdi"), &error);
     QVERIFY2(root, qPrintable(error));
     QCOMPARE(root->className(), u"Lutegrid.TabData"_qs);
     const ArchiveArray &rows = root->value(u"trk").toArray();
@@ -141,7 +142,8 @@ void TestKeyedArchive::readsForeignArchive()
 void TestKeyedArchive::readsKeyedDirectlyTopLevel()
 {
     QString error;
-    const auto top = KeyedUnarchiver::unarchivedTopLevel(testDataFile("platform_settings.plist"), &error);
+    const auto top =
+        KeyedUnarchiver::unarchivedTopLevel(testDataFile("platform_settings.plist"), &error);
     QVERIFY2(top, qPrintable(error));
     QCOMPARE(top->value(u"tabcreatecountkey").toInteger(), 7);
     QCOMPARE(top->value(u"lastrrtKey").toReal(), 1700000000.5);

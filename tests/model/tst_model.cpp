@@ -4,8 +4,7 @@
 
 using Kind = ColumnItemType::Kind;
 
-class TestModel : public QObject
-{
+class TestModel : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:

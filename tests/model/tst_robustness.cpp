@@ -138,14 +138,13 @@ QByteArray mutateReferences(const QByteArray &bytes, QRandomGenerator &random)
 
 QByteArray deepJson(int depth)
 {
-    return QByteArray(R"({"title":"t","tabRows":[{"columns":)") + QByteArray(depth, '[')
-        + QByteArray(depth, ']') + "}]}";
+    return QByteArray(R"({"title":"t","tabRows":[{"columns":)") + QByteArray(depth, '[') +
+           QByteArray(depth, ']') + "}]}";
 }
 
 } // namespace
 
-class TestRobustness : public QObject
-{
+class TestRobustness : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -171,7 +170,8 @@ void TestRobustness::run(const char *what, int count,
         read(input);
         slowest = qMax(slowest, timer.elapsed());
         if (slowest > slowestAllowedMs)
-            QFAIL(qPrintable(u"%1 input %2 took %3 ms"_qs.arg(QLatin1String(what)).arg(i).arg(slowest)));
+            QFAIL(qPrintable(
+                u"%1 input %2 took %3 ms"_qs.arg(QLatin1String(what)).arg(i).arg(slowest)));
     }
     qInfo("%s: %d inputs, slowest %lld ms", what, count, slowest);
 }
@@ -186,7 +186,8 @@ void TestRobustness::archiveReader()
     QVERIFY(!tabDataFromDocumentData(deepArchive));
 
     int readable = 0;
-    run("archive", archiveMutations,
+    run(
+        "archive", archiveMutations,
         [&](QRandomGenerator &random) {
             const int kind = random.bounded(10);
             if (kind < 4)
@@ -205,7 +206,8 @@ void TestRobustness::exchangeReader()
     const QByteArray good = exchangeData(sampleTab()).value();
     QVERIFY(tabDataFromExchangeData(good));
     QVERIFY(!tabDataFromExchangeData(deepJson(10000)));
-    run("exchange", exchangeMutations,
+    run(
+        "exchange", exchangeMutations,
         [&](QRandomGenerator &random) {
             if (random.bounded(50) == 0)
                 return deepJson(random.bounded(1, 20000));
@@ -230,7 +232,8 @@ void TestRobustness::settingsReader()
     }
     QCOMPARE(SavedData(path, nullptr).defaultStringCount, 7);
 
-    run("settings", settingsMutations,
+    run(
+        "settings", settingsMutations,
         [&](QRandomGenerator &random) {
             return random.bounded(3) == 0 ? mutateReferences(good, random)
                                           : mutateBytes(good, random);

@@ -20,11 +20,12 @@ TabColumnData column(const QList<ColumnItemType> &items, std::optional<QString> 
 TabData richTab()
 {
     const auto n = ColumnItemType::note;
-    TabRowData first(QList<TabColumnData>{column({n(3), ColumnItemType::blank(), ColumnItemType(ColumnItemType::Kind::hammer),
-                              n(12), n(0), n(-1)},
-                             u"Am7"_qs),
-                      column(QList<ColumnItemType>(6, ColumnItemType::bar())),
-                      column({n(1), n(2), n(3), n(4), n(5), n(99999)}, u""_qs)},
+    TabRowData first(QList<TabColumnData>{column({n(3), ColumnItemType::blank(),
+                                                  ColumnItemType(ColumnItemType::Kind::hammer),
+                                                  n(12), n(0), n(-1)},
+                                                 u"Am7"_qs),
+                                          column(QList<ColumnItemType>(6, ColumnItemType::bar())),
+                                          column({n(1), n(2), n(3), n(4), n(5), n(99999)}, u""_qs)},
                      QStringList{u"first"_qs, u"second"_qs});
     first.selectedLyricLineIndex = 1;
     TabRowData second(4, 6);
@@ -39,7 +40,8 @@ TabData richTab()
 // Builds a document archive field by field, for files this program would not write.
 QByteArray archiveWithTabFields(ArchiveFields fields)
 {
-    return KeyedArchiver::archivedData(ArchiveValue::object(u"Lutegrid.TabData"_qs, std::move(fields)));
+    return KeyedArchiver::archivedData(
+        ArchiveValue::object(u"Lutegrid.TabData"_qs, std::move(fields)));
 }
 
 ArchiveValue rowValue(ArchiveFields extra)
@@ -50,11 +52,9 @@ ArchiveValue rowValue(ArchiveFields extra)
     return ArchiveValue::object(u"Lutegrid.TabRowData"_qs, std::move(fields));
 }
 
-
 } // namespace
 
-class TestTabFileFormat : public QObject
-{
+class TestTabFileFormat : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -115,7 +115,8 @@ void TestTabFileFormat::documentLyricSizeClamp_data()
 {
     QTest::addColumn<qint64>("stored");
     QTest::addColumn<qint64>("read");
-    const qint64 pairs[][2] = {{0, 100}, {-5, 100}, {10, 25}, {25, 25}, {100, 100}, {120, 120}, {500, 120}};
+    const qint64 pairs[][2] = {{0, 100},   {-5, 100},  {10, 25},  {25, 25},
+                               {100, 100}, {120, 120}, {500, 120}};
     for (const auto &pair : pairs)
         QTest::addRow("%lld", pair[0]) << pair[0] << pair[1];
 }
@@ -134,20 +135,23 @@ void TestTabFileFormat::documentLyricSizeClamp()
 
 void TestTabFileFormat::documentTempoPresence()
 {
-    const auto withoutTempo = tabDataFromDocumentData(
-        archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})}}));
+    const auto withoutTempo =
+        tabDataFromDocumentData(archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})}}));
     QVERIFY(withoutTempo);
     QCOMPARE(withoutTempo->tempo, 80);
-    const auto zeroTempo = tabDataFromDocumentData(archiveWithTabFields(
-        {{u"trk"_qs, ArchiveValue::fromArray({})}, {u"tempokey"_qs, ArchiveValue::fromInteger(0)}}));
+    const auto zeroTempo = tabDataFromDocumentData(
+        archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})},
+                              {u"tempokey"_qs, ArchiveValue::fromInteger(0)}}));
     QCOMPARE(zeroTempo->tempo, 0);
 }
 
 void TestTabFileFormat::documentTuningCut()
 {
-    const QStringList stored{u"Db2"_qs, u"E"_qs, u"F#3"_qs, u"G#"_qs, u"e\u0301x"_qs, u"\U0001F3B8ab"_qs};
-    const auto read = tabDataFromDocumentData(archiveWithTabFields(
-        {{u"trk"_qs, ArchiveValue::fromArray({})}, {u"snkey"_qs, ArchiveValue::fromStringList(stored)}}));
+    const QStringList stored{u"Db2"_qs, u"E"_qs,        u"F#3"_qs,
+                             u"G#"_qs,  u"e\u0301x"_qs, u"\U0001F3B8ab"_qs};
+    const auto read = tabDataFromDocumentData(
+        archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})},
+                              {u"snkey"_qs, ArchiveValue::fromStringList(stored)}}));
     QVERIFY(read);
     QCOMPARE(read->stringNotes, QStringList({u"Db"_qs, u"E"_qs, u"F#"_qs, u"G#"_qs, u"e\u0301x"_qs,
                                              u"\U0001F3B8a"_qs}));
@@ -161,8 +165,9 @@ void TestTabFileFormat::documentTuningCut()
 void TestTabFileFormat::documentSingleLyricRule()
 {
     auto rowsOf = [](ArchiveFields rowFields) {
-        return tabDataFromDocumentData(archiveWithTabFields(
-                   {{u"trk"_qs, ArchiveValue::fromArray({rowValue(std::move(rowFields))})}}))
+        return tabDataFromDocumentData(
+                   archiveWithTabFields(
+                       {{u"trk"_qs, ArchiveValue::fromArray({rowValue(std::move(rowFields))})}}))
             ->tabRowDatas.first();
     };
     QVERIFY(rowsOf({{u"lkey"_qs, ArchiveValue::fromString(u"  \t"_qs)}}).lyricLines.isEmpty());
@@ -186,7 +191,8 @@ void TestTabFileFormat::documentSingleLyricRule()
 
 void TestTabFileFormat::documentDefaultsWhenKeysAbsent()
 {
-    const auto read = tabDataFromDocumentData(archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})}}));
+    const auto read =
+        tabDataFromDocumentData(archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({})}}));
     QVERIFY(read);
     QCOMPARE(read->stringNotes, standardStringNotes(6));
     QCOMPARE(read->capoFret, 0);
@@ -215,31 +221,29 @@ void TestTabFileFormat::documentBadPlaybackOptionsStillLoads()
 void TestTabFileFormat::documentUnreadable_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("no trk") << archiveWithTabFields({{u"snkey"_qs, ArchiveValue::fromStringList({u"E"_qs})}});
+    QTest::newRow("no trk") << archiveWithTabFields(
+        {{u"snkey"_qs, ArchiveValue::fromStringList({u"E"_qs})}});
     QTest::newRow("row without cdkey") << archiveWithTabFields(
-        {{u"trk"_qs, ArchiveValue::fromArray({ArchiveValue::object(u"Lutegrid.TabRowData"_qs, {})})}});
-    QTest::newRow("column without colikey") << archiveWithTabFields(
         {{u"trk"_qs,
-          ArchiveValue::fromArray({rowValue({}).value(u"cdkey").isArray()
-                                       ? ArchiveValue::object(
-                                             u"Lutegrid.TabRowData"_qs,
-                                             {{u"cdkey"_qs,
-                                               ArchiveValue::fromArray({ArchiveValue::object(
-                                                   u"Lutegrid.TabColumnData"_qs, {})})}})
-                                       : ArchiveValue()})}});
-    QTest::newRow("colikey of numbers") << archiveWithTabFields(
-        {{u"trk"_qs,
-          ArchiveValue::fromArray({ArchiveValue::object(
-              u"Lutegrid.TabRowData"_qs,
-              {{u"cdkey"_qs, ArchiveValue::fromArray({ArchiveValue::object(
-                                 u"Lutegrid.TabColumnData"_qs,
-                                 {{u"colikey"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(3)})}})})}})})}});
+          ArchiveValue::fromArray({ArchiveValue::object(u"Lutegrid.TabRowData"_qs, {})})}});
+    auto tabWithColumn = [](ArchiveFields columnFields) {
+        const ArchiveValue column =
+            ArchiveValue::object(u"Lutegrid.TabColumnData"_qs, std::move(columnFields));
+        const ArchiveValue row = ArchiveValue::object(
+            u"Lutegrid.TabRowData"_qs, {{u"cdkey"_qs, ArchiveValue::fromArray({column})}});
+        return archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray({row})}});
+    };
+    QTest::newRow("column without colikey") << tabWithColumn({});
+    QTest::newRow("colikey of numbers") << tabWithColumn(
+        {{u"colikey"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(3)})}});
+    QTest::newRow("colikey with a null")
+        << tabWithColumn({{u"colikey"_qs, ArchiveValue::fromArray({ArchiveValue()})}});
     QTest::newRow("root of another class") << KeyedArchiver::archivedData(
         ArchiveValue::object(u"Lutegrid.Other"_qs, {{u"trk"_qs, ArchiveValue::fromArray({})}}));
     QTest::newRow("exchange form") << exchangeData(richTab()).value();
-    for (const char *hostile : {"hostile_cycle.plist", "hostile_past_end.plist", "hostile_deep.plist",
-                                "hostile_expansion.plist", "hostile_nul_key.plist",
-                                "hostile_shared_rows.lgrdi"})
+    for (const char *hostile :
+         {"hostile_cycle.plist", "hostile_past_end.plist", "hostile_deep.plist",
+          "hostile_expansion.plist", "hostile_nul_key.plist", "hostile_shared_rows.lgrdi"})
         QTest::newRow(hostile) << testDataFile(hostile);
 }
 
@@ -256,11 +260,13 @@ void TestTabFileFormat::documentSharesWhatTheArchiveShares()
     // A row referred to many times is read once and shared, as the archive shares it.
     TabRowData row(3, 6);
     row.colDatas[1].setColumnItem(2, ColumnItemType::note(7));
-    const ArchiveValue encodedRow = KeyedUnarchiver::unarchivedRootObject(documentData(
-        TabData(u"t"_qs, {row}, standardStringNotes(6), std::nullopt, std::nullopt)))
-                                        ->value(u"trk").toArray()[0];
-    const auto tab = tabDataFromDocumentData(
-        archiveWithTabFields({{u"trk"_qs, ArchiveValue::fromArray(ArchiveArray(500, encodedRow))}}));
+    const ArchiveValue encodedRow = KeyedUnarchiver::unarchivedRootObject(
+                                        documentData(TabData(u"t"_qs, {row}, standardStringNotes(6),
+                                                             std::nullopt, std::nullopt)))
+                                        ->value(u"trk")
+                                        .toArray()[0];
+    const auto tab = tabDataFromDocumentData(archiveWithTabFields(
+        {{u"trk"_qs, ArchiveValue::fromArray(ArchiveArray(500, encodedRow))}}));
     QVERIFY(tab);
     QCOMPARE(tab->tabRowDatas.size(), 500);
     QVERIFY(tab->tabRowDatas[499] == row);
@@ -271,7 +277,8 @@ void TestTabFileFormat::documentFromAnotherWriter()
     QString error;
     const auto tab = tabDataFromDocumentData(testDataFile("platform_tab.lgrdi"), &error);
     QVERIFY2(tab, qPrintable(error));
-    QCOMPARE(tab->stringNotes, QStringList({u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E3"_qs.left(2)}));
+    QCOMPARE(tab->stringNotes,
+             QStringList({u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E3"_qs.left(2)}));
     QCOMPARE(tab->capoFret, 2);
     QCOMPARE(tab->lyricSize, 120);
     QCOMPARE(tab->tempo, -7);
@@ -362,7 +369,8 @@ void TestTabFileFormat::exchangeEscapesText()
 
 void TestTabFileFormat::exchangeReadsColumnsAsTheyStand()
 {
-    const QByteArray json = R"({"title":"t","tabRows":[{"columns":[["1","2","3","4","5"],["x","|","","h"]],
+    const QByteArray json =
+        R"({"title":"t","tabRows":[{"columns":[["1","2","3","4","5"],["x","|","","h"]],
         "columnHeaders":["C"]}]})";
     const auto tab = tabDataFromExchangeData(json);
     QVERIFY(tab);
@@ -394,7 +402,8 @@ void TestTabFileFormat::exchangeOptionalMembers()
     QVERIFY(!tab->introText);
     QCOMPARE(tab->tabRowDatas[0].lyricLines, QStringList{u" x "_qs});
 
-    const auto trimmed = tabDataFromExchangeData(R"({"title":"t","tabRows":[],"intro":"\n Verse \n"})");
+    const auto trimmed =
+        tabDataFromExchangeData(R"({"title":"t","tabRows":[],"intro":"\n Verse \n"})");
     QCOMPARE(trimmed->introText, u"Verse"_qs);
     const auto badHeaders = tabDataFromExchangeData(
         R"({"title":"t","tabRows":[{"columns":[["1"]],"columnHeaders":["A",3]}]})");
@@ -407,11 +416,11 @@ void TestTabFileFormat::exchangeErrors_data()
     QTest::addColumn<QString>("message");
     QTest::newRow("array") << QByteArray("[1,2]") << u"Unable to parse document JSON."_qs;
     QTest::newRow("no title") << QByteArray(R"({"tabRows":[]})") << u"The tab has no title."_qs;
-    QTest::newRow("title not string") << QByteArray(R"({"title":5,"tabRows":[]})")
-                                      << u"The tab has no title."_qs;
+    QTest::newRow("title not string")
+        << QByteArray(R"({"title":5,"tabRows":[]})") << u"The tab has no title."_qs;
     QTest::newRow("no rows") << QByteArray(R"({"title":"t"})") << u"The tab has no rows."_qs;
-    QTest::newRow("row not object") << QByteArray(R"({"title":"t","tabRows":[1]})")
-                                    << u"Row 1 of the tab is damaged."_qs;
+    QTest::newRow("row not object")
+        << QByteArray(R"({"title":"t","tabRows":[1]})") << u"Row 1 of the tab is damaged."_qs;
     QTest::newRow("no columns") << QByteArray(R"({"title":"t","tabRows":[{},{"lyrics":"a"}]})")
                                 << u"Row 1 of the tab is damaged."_qs;
     QTest::newRow("cell not string")
