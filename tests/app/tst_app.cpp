@@ -25,29 +25,17 @@
 
 namespace {
 
-QQuickItem *findItem(QQuickItem *item, const QString &name)
+// The first item of type T under `item`; with a name, the first visible one of that name.
+template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
 {
     if (!item)
         return nullptr;
-    if (item->objectName() == name && item->isVisible())
-        return item;
+    auto *typed = qobject_cast<T *>(item);
+    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
+        return typed;
     const QList<QQuickItem *> children = item->childItems();
     for (QQuickItem *child : children) {
-        if (QQuickItem *found = findItem(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-template <typename T> T *findType(QQuickItem *item)
-{
-    if (!item)
-        return nullptr;
-    if (auto *found = qobject_cast<T *>(item))
-        return found;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (T *found = findType<T>(child))
+        if (T *found = findItem<T>(child, name))
             return found;
     }
     return nullptr;
@@ -58,26 +46,23 @@ QString storageFolder()
     return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
 }
 
-void writeTab(const QString &name, const TabData &tab, const QDateTime &modified = {})
+void writeFile(const QString &name, const QByteArray &bytes, const QDateTime &modified = {})
 {
-    const QString path = QDir(storageFolder()).filePath(name);
-    QFile file(path);
+    QFile file(QDir(storageFolder()).filePath(name));
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(documentData(tab));
-    file.close();
-    if (modified.isValid()) {
-        QFile stamp(path);
-        QVERIFY(stamp.open(QIODevice::ReadWrite));
-        stamp.setFileTime(modified, QFileDevice::FileModificationTime);
-    }
+    file.write(bytes);
+    QVERIFY(file.flush());
+    if (modified.isValid())
+        QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
 }
 
-TabData tabWithNote(const QString &title, qint64 fret)
+QByteArray tabWithNote(const QString &title, qint64 fret, int rows = 1)
 {
     TabData tab(title);
-    tab.tabRowDatas.append(TabRowData(32, 6));
+    for (int r = 0; r < rows; ++r)
+        tab.tabRowDatas.append(TabRowData(32, 6));
     tab.tabRowDatas[0].colDatas[0].setColumnItem(1, ColumnItemType::note(fret));
-    return tab;
+    return documentData(tab);
 }
 
 std::optional<TabData> readTab(const QString &name)
@@ -102,7 +87,6 @@ private Q_SLOTS:
 
     void emptyListThenNewTab();
     void fretTouchWritesOneStepAndAdvances();
-    void samePressClearsWithoutAdvance();
     void twoFingersInEitherOrder_data();
     void twoFingersInEitherOrder();
     void letterHeldDuringFretPress();
@@ -120,16 +104,22 @@ private Q_SLOTS:
 private:
     void openWindow(QSize size = QSize(390, 844));
     void closeWindow();
+    QTest::QTouchEventSequence touches() { return QTest::touchEvent(window.get(), touch); }
     void tap(QPoint point);
+    void tapAndSettle(const QString &name);
     QPoint centerOf(QQuickItem *item) const;
     QQuickItem *item(const QString &name) const;
     void waitForStack();
     EditorScreenItem *openNewTab();
     EditorScreenItem *openListRow(int row);
+    // The window on the empty list and a new tab from it: sets `c` and `view`.
+    bool openEditor();
     QPoint fretPoint(int stringNum, int fretNum) const;
     TabEditViewController *editor() const;
     void saveShot(const QString &name);
 
+    TabEditViewController *c = nullptr;
+    TabEditView *view = nullptr;
     QPointingDevice *touch = nullptr;
     QString shots;
     std::unique_ptr<QQmlEngine> engine;
@@ -185,6 +175,8 @@ void TestApp::openWindow(QSize size)
 
 void TestApp::closeWindow()
 {
+    c = nullptr;
+    view = nullptr;
     window.reset();
     scene.reset();
     engine.reset();
@@ -209,19 +201,23 @@ QPoint TestApp::centerOf(QQuickItem *target) const
 
 void TestApp::tap(QPoint point)
 {
-    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
+    touches().press(0, point, window.get());
+    touches().release(0, point, window.get());
     QCoreApplication::processEvents();
+}
+
+void TestApp::tapAndSettle(const QString &name)
+{
+    QQuickItem *target = item(name);
+    QVERIFY2(target, qPrintable(name));
+    tap(centerOf(target));
+    waitForStack();
 }
 
 EditorScreenItem *TestApp::openNewTab()
 {
-    QQuickItem *button = item(u"newTabButt"_qs);
-    if (!button)
-        return nullptr;
-    tap(centerOf(button));
-    waitForStack();
-    auto *screen = findType<EditorScreenItem>(window->contentItem());
+    tapAndSettle(u"newTabButt"_qs);
+    auto *screen = findItem<EditorScreenItem>(window->contentItem());
     if (screen)
         QTest::qWaitFor([screen] { return screen->controller() != nullptr; });
     return screen;
@@ -229,23 +225,28 @@ EditorScreenItem *TestApp::openNewTab()
 
 EditorScreenItem *TestApp::openListRow(int row)
 {
-    QQuickItem *target = item(u"tabRow"_qs + QString::number(row));
-    if (!target)
-        return nullptr;
-    tap(centerOf(target));
-    waitForStack();
-    return findType<EditorScreenItem>(window->contentItem());
+    tapAndSettle(u"tabRow"_qs + QString::number(row));
+    return findItem<EditorScreenItem>(window->contentItem());
+}
+
+bool TestApp::openEditor()
+{
+    openWindow();
+    if (!openNewTab() || !(c = editor()))
+        return false;
+    view = c->tabEditView();
+    return true;
 }
 
 TabEditViewController *TestApp::editor() const
 {
-    auto *screen = findType<EditorScreenItem>(window->contentItem());
+    auto *screen = findItem<EditorScreenItem>(window->contentItem());
     return screen ? screen->controller() : nullptr;
 }
 
 QPoint TestApp::fretPoint(int stringNum, int fretNum) const
 {
-    auto *board = findType<FretboardItem>(window->contentItem());
+    auto *board = findItem<FretboardItem>(window->contentItem());
     const Fretboard *logic = board->board();
     const QPointF local((fretNum - 0.5) * logic->fretSpacing - logic->contentOffset.x(),
                         (stringNum - 0.5) * logic->stringTouchHeight);
@@ -273,8 +274,7 @@ void TestApp::emptyListThenNewTab()
     QCOMPARE(screen->controller()->title(), u"Edit - Untitled 1"_qs);
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Untitled 1.lgrdi"_qs)));
     // Back in the list, the new tab is listed, and the next one takes the next number.
-    tap(centerOf(item(u"backButton"_qs)));
-    waitForStack();
+    tapAndSettle(u"backButton"_qs);
     QCOMPARE(scene->topKind(), MainScene::TabsList);
     QTRY_VERIFY(item(u"tabRow0"_qs));
     QVERIFY(!item(u"emptyList"_qs));
@@ -282,58 +282,35 @@ void TestApp::emptyListThenNewTab()
     QVERIFY(screen);
     QCOMPARE(screen->controller()->title(), u"Edit - Untitled 2"_qs);
     // And one step further back, the folder screen with its fixed rows.
-    tap(centerOf(item(u"backButton"_qs)));
-    waitForStack();
-    tap(centerOf(item(u"backButton"_qs)));
-    waitForStack();
+    tapAndSettle(u"backButton"_qs);
+    tapAndSettle(u"backButton"_qs);
     QCOMPARE(scene->topKind(), MainScene::Folders);
     QVERIFY(!AppManager::shared().topTabViewController);
     const QStringList rows = scene->folders()->rows();
     QCOMPARE(rows.mid(0, 3), QStringList({u"All Tabs"_qs, u"Unlabeled"_qs, u"Deleted"_qs}));
-    tap(centerOf(item(u"folderRow0"_qs)));
-    waitForStack();
+    tapAndSettle(u"folderRow0"_qs);
     QCOMPARE(scene->topKind(), MainScene::TabsList);
     QTRY_VERIFY(item(u"tabRow1"_qs));
 }
 
 void TestApp::fretTouchWritesOneStepAndAdvances()
 {
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
-    TabEditView *view = c->tabEditView();
-    LgUndoManager *undo = c->lgDocument->undoManager();
+    QVERIFY(openEditor());
     QVERIFY(!item(u"undoButton"_qs)->isEnabled());
     const QPoint p = fretPoint(2, 3);
-    QTest::touchEvent(window.get(), touch).press(0, p, window.get());
+    touches().press(0, p, window.get());
     QVERIFY(c->fretRegTouchInProgress);
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
-    QTest::touchEvent(window.get(), touch).release(0, p, window.get());
+    touches().release(0, p, window.get());
     QVERIFY(!c->pressInProgress());
     QCOMPARE(view->editColIndex, 1);
     QTRY_VERIFY(item(u"undoButton"_qs)->isEnabled());
     tap(centerOf(item(u"undoButton"_qs)));
     QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
-    QVERIFY(!undo->canUndo());
+    QVERIFY(!c->lgDocument->undoManager()->canUndo());
     QTRY_VERIFY(item(u"redoButt"_qs)->isEnabled());
     tap(centerOf(item(u"redoButt"_qs)));
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
-}
-
-void TestApp::samePressClearsWithoutAdvance()
-{
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
-    TabEditView *view = c->tabEditView();
-    tap(fretPoint(2, 3));
-    view->setEditPosition(0, 0);
-    QCOMPARE(c->fretboard()->visibleHighlights().size(), 1);
-    tap(fretPoint(2, 3));
-    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
-    QCOMPARE(view->editColIndex, 0);
-    QCOMPARE(c->fretboard()->visibleHighlights().size(), 0);
-    QVERIFY(c->undoEnabled);
 }
 
 void TestApp::twoFingersInEitherOrder_data()
@@ -346,25 +323,17 @@ void TestApp::twoFingersInEitherOrder_data()
 void TestApp::twoFingersInEitherOrder()
 {
     QFETCH(bool, firstLiftsFirst);
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
-    TabEditView *view = c->tabEditView();
+    QVERIFY(openEditor());
     c->lgDocument->undoManager()->groupsByEvent = false;
     const QPoint a = fretPoint(1, 2);
     const QPoint b = fretPoint(2, 3);
-    QTest::touchEvent(window.get(), touch).press(0, a, window.get());
-    QTest::touchEvent(window.get(), touch).stationary(0).press(1, b, window.get());
+    touches().press(0, a, window.get());
+    touches().stationary(0).press(1, b, window.get());
     QCOMPARE(c->fretboard()->visibleHighlights().size(), 2);
-    if (firstLiftsFirst) {
-        QTest::touchEvent(window.get(), touch).release(0, a, window.get()).stationary(1);
-        QVERIFY(c->fretRegTouchInProgress);
-        QTest::touchEvent(window.get(), touch).release(1, b, window.get());
-    } else {
-        QTest::touchEvent(window.get(), touch).stationary(0).release(1, b, window.get());
-        QVERIFY(c->fretRegTouchInProgress);
-        QTest::touchEvent(window.get(), touch).release(0, a, window.get());
-    }
+    const int first = firstLiftsFirst ? 0 : 1;
+    touches().stationary(1 - first).release(first, first ? b : a, window.get());
+    QVERIFY(c->fretRegTouchInProgress);
+    touches().release(1 - first, first ? a : b, window.get());
     QVERIFY(!c->pressInProgress());
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], ColumnItemType::note(2));
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
@@ -376,24 +345,21 @@ void TestApp::twoFingersInEitherOrder()
 
 void TestApp::letterHeldDuringFretPress()
 {
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
-    TabEditView *view = c->tabEditView();
+    QVERIFY(openEditor());
     QQuickItem *letters = item(u"fretLettersTouch"_qs);
     QVERIFY(letters);
     const QPoint letter =
         letters->mapToScene(QPointF(letters->width() / 2, letters->height() * 11 / 12)).toPoint();
     const QPoint fret = fretPoint(1, 2);
-    QTest::touchEvent(window.get(), touch).press(0, letter, window.get());
+    touches().press(0, letter, window.get());
     QVERIFY(c->fretZeroTouchInProgress);
-    QTest::touchEvent(window.get(), touch).stationary(0).press(1, fret, window.get());
-    QTest::touchEvent(window.get(), touch).stationary(0).release(1, fret, window.get());
+    touches().stationary(0).press(1, fret, window.get());
+    touches().stationary(0).release(1, fret, window.get());
     // The letter is still held: nothing committed, the cursor stays.
     QVERIFY(view->preEditColumnData);
     QVERIFY(!c->undoEnabled);
     QCOMPARE(view->editColIndex, 0);
-    QTest::touchEvent(window.get(), touch).release(0, letter, window.get());
+    touches().release(0, letter, window.get());
     QVERIFY(!view->preEditColumnData);
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[5], ColumnItemType::note(0));
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], ColumnItemType::note(2));
@@ -403,19 +369,16 @@ void TestApp::letterHeldDuringFretPress()
 
 void TestApp::slideCancelsThePress()
 {
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
-    TabEditView *view = c->tabEditView();
+    QVERIFY(openEditor());
     const QPoint start = fretPoint(3, 4);
-    QTest::touchEvent(window.get(), touch).press(0, start, window.get());
+    touches().press(0, start, window.get());
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[2], ColumnItemType::note(4));
     // Sliding sideways scrolls the board, which cancels the press.
     for (int dx = 10; dx <= 120; dx += 10) {
-        QTest::touchEvent(window.get(), touch).move(0, start - QPoint(dx, 0), window.get());
+        touches().move(0, start - QPoint(dx, 0), window.get());
         QTest::qWait(20);
     }
-    QTest::touchEvent(window.get(), touch).release(0, start - QPoint(120, 0), window.get());
+    touches().release(0, start - QPoint(120, 0), window.get());
     QVERIFY(!c->pressInProgress());
     QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
     QVERIFY(!c->lgDocument->undoManager()->canUndo());
@@ -425,38 +388,34 @@ void TestApp::slideCancelsThePress()
 
 void TestApp::toolsGuardedDuringPress()
 {
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
-    TabEditView *view = c->tabEditView();
+    QVERIFY(openEditor());
     tap(fretPoint(1, 5));
     view->setEditPosition(0, 0);
     const QPoint fret = fretPoint(2, 4);
-    QTest::touchEvent(window.get(), touch).press(0, fret, window.get());
+    touches().press(0, fret, window.get());
     QVERIFY(c->fretRegTouchInProgress);
-    for (const QString &name : {u"undoButton"_qs, u"clearButt"_qs, u"addRowButt"_qs}) {
+    // A second finger taps tools while the first stays on its fret.
+    auto tapHeld = [&](const QString &name) {
         const QPoint button = centerOf(item(name));
-        QTest::touchEvent(window.get(), touch).stationary(0).press(1, button, window.get());
-        QTest::touchEvent(window.get(), touch).stationary(0).release(1, button, window.get());
-    }
+        touches().stationary(0).press(1, button, window.get());
+        touches().stationary(0).release(1, button, window.get());
+    };
+    for (const QString &name : {u"undoButton"_qs, u"clearButt"_qs, u"addRowButt"_qs})
+        tapHeld(name);
     QCOMPARE(view->tabRows.size(), 1);
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], ColumnItemType::note(5));
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(4));
     // Column tools act during a press.
-    const QPoint add = centerOf(item(u"addColumnButt"_qs));
-    QTest::touchEvent(window.get(), touch).stationary(0).press(1, add, window.get());
-    QTest::touchEvent(window.get(), touch).stationary(0).release(1, add, window.get());
+    tapHeld(u"addColumnButt"_qs);
     QCOMPARE(view->numTabColumns, 33);
-    QTest::touchEvent(window.get(), touch).release(0, fret, window.get());
+    touches().release(0, fret, window.get());
     tap(centerOf(item(u"addRowButt"_qs)));
     QCOMPARE(view->tabRows.size(), 2);
 }
 
 void TestApp::sizeThresholds()
 {
-    openWindow();
-    QVERIFY(openNewTab());
-    TabEditViewController *c = editor();
+    QVERIFY(openEditor());
     struct Case {
         QSize size;
         bool compact;
@@ -530,12 +489,9 @@ void TestApp::dialogsAndTheTapOutside()
 
 void TestApp::openFailureAndStandby()
 {
-    QFile broken(QDir(storageFolder()).filePath(u"Broken.lgrdi"_qs));
-    QVERIFY(broken.open(QIODevice::WriteOnly));
-    broken.write("not a tab at all");
-    broken.close();
-    writeTab(u"Busy.lgrdi"_qs, tabWithNote(u"Busy"_qs, 4),
-             QDateTime::currentDateTime().addSecs(-3600));
+    writeFile(u"Broken.lgrdi"_qs, "not a tab at all");
+    writeFile(u"Busy.lgrdi"_qs, tabWithNote(u"Busy"_qs, 4),
+              QDateTime::currentDateTime().addSecs(-3600));
     openWindow();
     QTRY_VERIFY(item(u"tabRow1"_qs));
     TabsListViewController *list = scene->topList();
@@ -560,8 +516,7 @@ void TestApp::openFailureAndStandby()
     QCOMPARE(scene->topKind(), MainScene::TabsList);
     // Once it has closed, the same touch opens it.
     busy->close();
-    tap(centerOf(item(u"tabRow1"_qs)));
-    waitForStack();
+    tapAndSettle(u"tabRow1"_qs);
     QCOMPARE(scene->topKind(), MainScene::Editor);
     QCOMPARE(editor()->tabEditView()->tabRows[0].colDatas[0].columnItems[1],
              ColumnItemType::note(4));
@@ -578,15 +533,15 @@ void TestApp::conflictCopyBringsDialog_data()
 void TestApp::conflictCopyBringsDialog()
 {
     QFETCH(int, choice);
-    writeTab(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1));
+    writeFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1));
     openWindow();
     QTRY_VERIFY(item(u"tabRow0"_qs));
     QVERIFY(openListRow(0));
-    TabEditViewController *c = editor();
+    c = editor();
     QVERIFY(c);
     const QDateTime copyDate(QDate(2026, 11, 21), QTime(10, 15, 30));
     const QString copyName = u"Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs;
-    writeTab(copyName, tabWithNote(u"Song"_qs, 2), copyDate);
+    writeFile(copyName, tabWithNote(u"Song"_qs, 2), copyDate);
     DialogHost *host = scene->dialogs();
     QTRY_COMPARE_WITH_TIMEOUT(host->kind(), DialogHost::Kind::Conflict, 5000);
     QCOMPARE(host->conflictRows.size(), 3);
@@ -618,12 +573,11 @@ void TestApp::conflictCopyBringsDialog()
 
 void TestApp::notesSurviveClosingTheWindow()
 {
-    openWindow();
-    QVERIFY(openNewTab());
+    QVERIFY(openEditor());
     tap(fretPoint(1, 3));
     tap(fretPoint(2, 5));
     tap(fretPoint(6, 4));
-    QCOMPARE(editor()->tabEditView()->editColIndex, 3);
+    QCOMPARE(view->editColIndex, 3);
     closeWindow();
 
     openWindow();
@@ -654,17 +608,15 @@ void TestApp::screenshots()
     QFETCH(bool, dark);
     const QString tag = QString::fromLatin1(QTest::currentDataTag());
     SavedData::shared().appearanceSetting = dark ? 2 : 1;
-    TabData song = tabWithNote(u"Wish You Were Here"_qs, 3);
-    song.tabRowDatas.append(TabRowData(32, 6));
-    song.tabRowDatas.append(TabRowData(32, 6));
-    writeTab(u"Wish You Were Here.lgrdi"_qs, song, QDateTime::currentDateTime().addDays(-2));
-    writeTab(u"Blackbird.lgrdi"_qs, tabWithNote(u"Blackbird"_qs, 7),
-             QDateTime::currentDateTime().addDays(-1));
+    writeFile(u"Wish You Were Here.lgrdi"_qs, tabWithNote(u"Wish You Were Here"_qs, 3, 3),
+              QDateTime::currentDateTime().addDays(-2));
+    writeFile(u"Blackbird.lgrdi"_qs, tabWithNote(u"Blackbird"_qs, 7),
+              QDateTime::currentDateTime().addDays(-1));
     openWindow(size);
     QTRY_VERIFY(item(u"tabRow1"_qs));
     saveShot(tag + u"-list"_qs);
     QVERIFY(openListRow(1));
-    TabEditViewController *c = editor();
+    c = editor();
     for (const auto &[s, f] : {std::pair{2, 3}, {3, 2}, {1, 1}, {3, 5}, {2, 5}, {4, 4}})
         tap(fretPoint(s, f));
     c->tabEditView()->setEditPosition(1, 0);

@@ -47,6 +47,13 @@ struct Board {
     }
 };
 
+struct Session {
+    std::unique_ptr<LutegridDocument> document;
+    std::unique_ptr<TabEditViewController> editor;
+    TabEditView *view;
+    LgUndoManager *undo;
+};
+
 ColumnItemType note(qint64 fret)
 {
     return ColumnItemType::note(fret);
@@ -95,9 +102,11 @@ private Q_SLOTS:
     void reloadWithOtherStringCount();
 
 private:
+    // A tab saved and reopened, as the list opens it, with `rows` blank rows.
     std::unique_ptr<LutegridDocument> makeDocument(const QString &name, int rows = 1,
                                                    int columns = 32);
-    std::unique_ptr<TabEditViewController> makeEditor(LutegridDocument *document);
+    // The same tab in an editor of phone size, its messages going to `dialogs`.
+    Session open(const QString &name, int rows = 1, int columns = 32);
     QString folder;
     Dialogs dialogs;
 };
@@ -138,18 +147,21 @@ std::unique_ptr<LutegridDocument> TestEditor::makeDocument(const QString &name, 
     auto opened = std::make_unique<LutegridDocument>(path, std::nullopt);
     opened->tabName = name;
     if (!opened->open() || !opened->tabData)
-        return nullptr;
+        qFatal("cannot reopen %s", qPrintable(path));
     // One registration, one step: the tests count steps, not event turns.
     opened->undoManager()->groupsByEvent = false;
     return opened;
 }
 
-std::unique_ptr<TabEditViewController> TestEditor::makeEditor(LutegridDocument *document)
+Session TestEditor::open(const QString &name, int rows, int columns)
 {
-    auto editor = std::make_unique<TabEditViewController>(document);
-    editor->setDialogPresenter(&dialogs);
-    editor->applyViewSize(390, 844);
-    return editor;
+    Session s{makeDocument(name, rows, columns), nullptr, nullptr, nullptr};
+    s.editor = std::make_unique<TabEditViewController>(s.document.get());
+    s.editor->setDialogPresenter(&dialogs);
+    s.editor->applyViewSize(390, 844);
+    s.view = s.editor->tabEditView();
+    s.undo = s.document->undoManager();
+    return s;
 }
 
 // Fretboard
@@ -362,16 +374,14 @@ void TestEditor::fretPressCommitsAndAdvances()
     QFETCH(int, startColumn);
     QFETCH(bool, alreadyThere);
     QFETCH(int, endColumn);
-    auto document = makeDocument(u"Song"_qs);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    // Two rows: the cursor never wraps into the next one.
+    auto [document, editor, view, undo] = open(u"Song"_qs, 2);
     view->setEditPosition(startColumn, 0);
     if (alreadyThere) {
         editor->fretTouched(2, 3);
         editor->fretTouchesEnded();
         view->setEditPosition(startColumn, 0);
     }
-    LgUndoManager *undo = document->undoManager();
     SavedData::shared().autoCursorAmount = amount;
     const bool hadUndo = undo->canUndo();
 
@@ -383,6 +393,7 @@ void TestEditor::fretPressCommitsAndAdvances()
     QVERIFY(undo->canUndo());
     QVERIFY(editor->undoEnabled);
     QCOMPARE(view->editColIndex, endColumn);
+    QCOMPARE(view->tabRowIndex + view->editShowingTabRowIndex, 0);
     const ColumnItemType expected = alreadyThere ? ColumnItemType::blank() : note(3);
     QCOMPARE(view->tabRows[0].colDatas[startColumn].columnItems[1], expected);
     // The highlights follow the cursor: the new column's marks.
@@ -405,8 +416,7 @@ void TestEditor::chordOfTwoFingersIsOneStep_data()
 void TestEditor::chordOfTwoFingersIsOneStep()
 {
     QFETCH(bool, firstLiftsFirst);
-    auto document = makeDocument(u"Chord"_qs);
-    auto editor = makeEditor(document.get());
+    auto [document, editor, view, undo] = open(u"Chord"_qs);
     Fretboard *board = editor->fretboard();
     const double s = board->fretSpacing;
     const double t = board->stringTouchHeight;
@@ -415,34 +425,31 @@ void TestEditor::chordOfTwoFingersIsOneStep()
     QCOMPARE(board->visibleHighlights().size(), 2);
     board->touchEnded(firstLiftsFirst ? 1 : 2);
     QVERIFY(editor->fretRegTouchInProgress);
-    QVERIFY(!document->undoManager()->canUndo());
+    QVERIFY(!undo->canUndo());
     board->touchEnded(firstLiftsFirst ? 2 : 1);
-    TabEditView *view = editor->tabEditView();
     const QList<ColumnItemType> items = view->tabRows[0].colDatas[0].columnItems;
     QCOMPARE(items[0], note(2));
     QCOMPARE(items[1], note(3));
     QCOMPARE(view->editColIndex, 1);
-    document->undoManager()->undo();
+    undo->undo();
     QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
-    QVERIFY(!document->undoManager()->canUndo());
+    QVERIFY(!undo->canUndo());
 }
 
 void TestEditor::openStringLetterCommitsLast()
 {
-    auto document = makeDocument(u"Open"_qs);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    auto [document, editor, view, undo] = open(u"Open"_qs);
     editor->fretLetterPressed(6);
     QCOMPARE(editor->openStringMarks(), QVariantList({6}));
     editor->fretTouched(1, 2);
     editor->fretTouchesEnded();
     // The other hand is still on the letter: nothing is committed yet.
     QVERIFY(view->preEditColumnData);
-    QVERIFY(!document->undoManager()->canUndo());
+    QVERIFY(!undo->canUndo());
     QCOMPARE(view->editColIndex, 0);
     editor->fretLetterReleased();
     QVERIFY(!view->preEditColumnData);
-    QVERIFY(document->undoManager()->canUndo());
+    QVERIFY(undo->canUndo());
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[5], note(0));
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], note(2));
     QCOMPARE(view->editColIndex, 1);
@@ -458,31 +465,27 @@ void TestEditor::openStringLetterCommitsLast()
 
 void TestEditor::cancelledPressLeavesNoTrace()
 {
-    auto document = makeDocument(u"Cancel"_qs);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    auto [document, editor, view, undo] = open(u"Cancel"_qs);
     editor->fretLetterPressed(3);
     editor->fretTouched(2, 3);
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], note(3));
     editor->fretTouchesCancelled();
     QVERIFY(!editor->pressInProgress());
     QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
-    QVERIFY(!document->undoManager()->canUndo());
+    QVERIFY(!undo->canUndo());
     QCOMPARE(view->editColIndex, 0);
     // The letter's lift after the cancel commits nothing.
     editor->fretLetterReleased();
-    QVERIFY(!document->undoManager()->canUndo());
+    QVERIFY(!undo->canUndo());
 }
 
 void TestEditor::toolsAreGuardedDuringPress()
 {
-    auto document = makeDocument(u"Guard"_qs, 2);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    auto [document, editor, view, undo] = open(u"Guard"_qs, 2);
     editor->fretTouched(1, 5);
     editor->fretTouchesEnded();
     view->setEditPosition(0, 0);
-    QVERIFY(document->undoManager()->canUndo());
+    QVERIFY(undo->canUndo());
 
     editor->fretTouched(2, 3);
     editor->tabClear();
@@ -525,8 +528,7 @@ void TestEditor::layoutByWidth()
     QFETCH(bool, compacted);
     QFETCH(bool, canShow);
     QFETCH(double, lettersWidth);
-    auto document = makeDocument(u"Wide"_qs);
-    auto editor = makeEditor(document.get());
+    auto [document, editor, view, undo] = open(u"Wide"_qs);
     editor->applyViewSize(width, 844);
     QCOMPARE(editor->compactToolbar, compact);
     QCOMPARE(editor->editMoveButtsCompacted, compacted);
@@ -599,8 +601,7 @@ void TestEditor::layoutByHeight()
 
 void TestEditor::compactArrowsFlash()
 {
-    auto document = makeDocument(u"Arrows"_qs);
-    auto editor = makeEditor(document.get());
+    auto [document, editor, view, undo] = open(u"Arrows"_qs);
     editor->applyViewSize(400, 844);
     editor->editRightPress();
     QVERIFY(editor->editMoveButtsShown);
@@ -639,9 +640,7 @@ void TestEditor::rowPanMovesAtMostOneRow()
     QFETCH(double, rowsDragged);
     QFETCH(double, velocity);
     QFETCH(int, endRow);
-    auto document = makeDocument(u"Pan"_qs, 5);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    auto [document, editor, view, undo] = open(u"Pan"_qs, 5);
     view->moveToTabRow(startRow, true, false);
     QCOMPARE(view->tabRowIndex, startRow);
     const double pitch = view->tabRowPitch();
@@ -661,9 +660,7 @@ void TestEditor::rowPanMovesAtMostOneRow()
 
 void TestEditor::scrollIndicatorDragMovesRows()
 {
-    auto document = makeDocument(u"Indicator"_qs, 9);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    auto [document, editor, view, undo] = open(u"Indicator"_qs, 9);
     QVERIFY(editor->indicatorVisible());
     const double single = editor->singlePositionHeight();
     QVERIFY(single > 0);
@@ -689,13 +686,11 @@ void TestEditor::scrollIndicatorDragMovesRows()
 
 void TestEditor::rowsAddAndDelete()
 {
-    auto document = makeDocument(u"Rows"_qs, 1);
-    auto editor = makeEditor(document.get());
-    TabEditView *view = editor->tabEditView();
+    auto [document, editor, view, undo] = open(u"Rows"_qs);
     // A tab's only row stays.
     editor->deleteTabRow();
     QCOMPARE(view->tabRows.size(), 1);
-    QVERIFY(!document->undoManager()->canUndo());
+    QVERIFY(!undo->canUndo());
     editor->addTabRow();
     QCOMPARE(view->tabRows.size(), 2);
     // The window of one row can't grow: the rows slide in from one row lower.
@@ -733,9 +728,8 @@ void TestEditor::unseenToolsDot()
     QFETCH(int, columns);
     QFETCH(int, column);
     QFETCH(bool, shown);
-    auto document = makeDocument(u"Beginner"_qs, rows, columns);
-    auto editor = makeEditor(document.get());
-    editor->tabEditView()->setEditPosition(column, 0);
+    auto [document, editor, view, undo] = open(u"Beginner"_qs, rows, columns);
+    view->setEditPosition(column, 0);
     editor->fretTouched(3, 2);
     editor->fretTouchesEnded();
     QCOMPARE(editor->moreToolsUnseenDotShown, shown);
@@ -749,18 +743,16 @@ void TestEditor::unseenToolsDot()
 
 void TestEditor::columnMessagesGoToDialog()
 {
-    auto document = makeDocument(u"Narrow"_qs, 1, 13);
-    auto editor = makeEditor(document.get());
+    auto [document, editor, view, undo] = open(u"Narrow"_qs, 1, 13);
     editor->deleteTabColumn();
     QCOMPARE(dialogs.messages, QStringList({u"Minimum column count 12"_qs}));
-    QCOMPARE(editor->tabEditView()->numTabColumns, 13);
+    QCOMPARE(view->numTabColumns, 13);
 }
 
 void TestEditor::finishEditingKeepsTheRows()
 {
-    auto document = makeDocument(u"Keep"_qs);
+    auto [document, editor, view, undo] = open(u"Keep"_qs);
     const QString path = document->fileURL();
-    auto editor = makeEditor(document.get());
     QCOMPARE(editor->title(), u"Edit - Keep"_qs);
     QSignalSpy finished(editor.get(), &TabEditViewController::finished);
     editor->fretTouched(4, 12);
@@ -777,12 +769,10 @@ void TestEditor::finishEditingKeepsTheRows()
 
 void TestEditor::reloadWithOtherStringCount()
 {
-    auto document = makeDocument(u"Bass"_qs, 2);
-    auto editor = makeEditor(document.get());
+    auto [document, editor, view, undo] = open(u"Bass"_qs, 2);
     TabData bass(u"Bass"_qs, {TabRowData(20, 4), TabRowData(20, 4), TabRowData(20, 4)},
                  standardStringNotes(4), std::nullopt, std::nullopt);
     editor->documentReloaded(bass);
-    TabEditView *view = editor->tabEditView();
     QCOMPARE(view->stringCount(), 4);
     QCOMPARE(view->tabRows.size(), 3);
     QCOMPARE(view->numTabColumns, 20);
