@@ -13,11 +13,6 @@
 // Hann-windowed stretch at exactly the frequencies in question.
 namespace AudioProbe {
 
-inline double cents(double hz, double referenceHz)
-{
-    return 1200.0 * std::log2(hz / referenceHz);
-}
-
 // Equal temperament from A4 = 440 Hz; position 0 of the sample table is A0.
 inline double hzOfPosition(int position)
 {
@@ -52,40 +47,6 @@ inline double amplitudeAt(const float *x, qsizetype n, int rate, double hz)
     return windowedAmplitudeAt(hannWindowed(x, n), rate, hz);
 }
 
-struct Peak {
-    double hz = 0.0;
-    double amplitude = 0.0;
-    // The strongest point lay on the edge of the search: the real peak is elsewhere.
-    bool atEdge = true;
-};
-
-// The strongest frequency within rangeCents of hz, to a tenth of a cent.
-inline Peak peakNear(const float *x, qsizetype n, int rate, double hz, double rangeCents = 60.0)
-{
-    const std::vector<double> windowed = hannWindowed(x, n);
-    auto probe = [&](double c) {
-        const double at = hz * std::pow(2.0, c / 1200.0);
-        return std::pair(at, windowedAmplitudeAt(windowed, rate, at));
-    };
-    Peak best;
-    double bestCents = 0.0;
-    for (double c = -rangeCents; c <= rangeCents + 0.01; c += 2.0) {
-        const auto [at, amplitude] = probe(c);
-        if (amplitude > best.amplitude) {
-            best = {at, amplitude, std::abs(c) >= rangeCents - 0.01};
-            bestCents = c;
-        }
-    }
-    for (double c = bestCents - 2.0; c <= bestCents + 2.0; c += 0.1) {
-        const auto [at, amplitude] = probe(c);
-        if (amplitude > best.amplitude) {
-            best.hz = at;
-            best.amplitude = amplitude;
-        }
-    }
-    return best;
-}
-
 // The pitch that the first partials of a note near hz agree on, as cents off hz: each partial
 // k is sought near k * hz and weighs by its strength. Plucked strings often carry less in the
 // fundamental than in the partials above it, so it alone would read poorly. Nothing when no
@@ -93,14 +54,37 @@ inline Peak peakNear(const float *x, qsizetype n, int rate, double hz, double ra
 inline std::optional<double> centsOffNear(const float *x, qsizetype n, int rate, double hz,
                                           int partials = 3)
 {
+    constexpr double range = 40.0;
+    const std::vector<double> windowed = hannWindowed(x, n);
     double weighted = 0.0;
     double weights = 0.0;
     for (int k = 1; k <= partials; ++k) {
-        const Peak peak = peakNear(x, n, rate, k * hz, 40.0);
-        if (peak.atEdge)
+        const auto amplitude = [&](double c) {
+            return windowedAmplitudeAt(windowed, rate, k * hz * std::pow(2.0, c / 1200.0));
+        };
+        // The strongest point within the range in steps of 2 cents, then to a tenth of a cent.
+        // On the edge of the search the real peak is elsewhere: that partial doesn't count.
+        double best = 0.0;
+        double bestCents = 0.0;
+        bool atEdge = true;
+        for (double c = -range; c <= range + 0.01; c += 2.0) {
+            if (const double a = amplitude(c); a > best) {
+                best = a;
+                bestCents = c;
+                atEdge = std::abs(c) >= range - 0.01;
+            }
+        }
+        if (atEdge)
             continue;
-        weighted += peak.amplitude * cents(peak.hz, k * hz);
-        weights += peak.amplitude;
+        double peakCents = bestCents;
+        for (double c = bestCents - 2.0; c <= bestCents + 2.0; c += 0.1) {
+            if (const double a = amplitude(c); a > best) {
+                best = a;
+                peakCents = c;
+            }
+        }
+        weighted += best * peakCents;
+        weights += best;
     }
     if (weights <= 0.0)
         return std::nullopt;
@@ -115,24 +99,18 @@ inline float peakLevel(const float *x, qsizetype n)
     return peak;
 }
 
-// First frame at or above the given level; -1 if none.
-inline qsizetype firstFrameAbove(const std::vector<float> &x, float level, qsizetype from = 0)
+// First and last frame at or above the given level; -1 if none.
+inline qsizetype firstFrameAbove(const std::vector<float> &x, float level)
 {
-    for (qsizetype i = std::max<qsizetype>(from, 0); i < qsizetype(x.size()); ++i) {
-        if (std::abs(x[std::size_t(i)]) >= level)
-            return i;
-    }
-    return -1;
+    const auto at = std::find_if(x.begin(), x.end(), [&](float v) { return std::abs(v) >= level; });
+    return at == x.end() ? -1 : qsizetype(at - x.begin());
 }
 
-// Last frame at or above the given level; -1 if none.
 inline qsizetype lastFrameAbove(const std::vector<float> &x, float level)
 {
-    for (qsizetype i = qsizetype(x.size()) - 1; i >= 0; --i) {
-        if (std::abs(x[std::size_t(i)]) >= level)
-            return i;
-    }
-    return -1;
+    const auto at =
+        std::find_if(x.rbegin(), x.rend(), [&](float v) { return std::abs(v) >= level; });
+    return at == x.rend() ? -1 : qsizetype(x.rend() - at) - 1;
 }
 
 } // namespace AudioProbe

@@ -212,10 +212,9 @@ void TestSampler::shiftKeepsLengthOnsetAndReachesThePitch()
 void TestSampler::cacheFilledFromManyThreadsKeepsOneBuffer()
 {
     SampleCache cache;
-    const QList<QPair<QString, int>> keys = {
-        {samplePath(u"A"_qs), 0}, {samplePath(u"A"_qs), 2}, {samplePath(u"D"_qs), 1},
-        {samplePath(u"D"_qs), 0}, {samplePath(u"A"_qs), 3}, {samplePath(u"G"_qs), -1},
-    };
+    const QList<QPair<QString, int>> keys = {{samplePath(u"A"_qs), 0}, {samplePath(u"A"_qs), 2},
+                                             {samplePath(u"D"_qs), 1}, {samplePath(u"D"_qs), 0},
+                                             {samplePath(u"A"_qs), 3}, {samplePath(u"G"_qs), -1}};
     std::vector<std::vector<const SampleBuffer *>> seen(3);
     std::vector<std::thread> threads;
     for (std::size_t t = 0; t < seen.size(); ++t) {
@@ -245,20 +244,16 @@ void TestSampler::queueKeepsOrderAcrossThreads()
                 std::this_thread::yield();
         }
     });
-    int expected = 0;
     bool inOrder = true;
-    while (expected < count) {
-        int value;
-        if (queue.pop(value)) {
-            inOrder = inOrder && value == expected;
-            ++expected;
-        } else {
+    int value;
+    for (int expected = 0; expected < count;) {
+        if (queue.pop(value))
+            inOrder = inOrder && value == expected++;
+        else
             std::this_thread::yield();
-        }
     }
     producer.join();
     QVERIFY(inOrder);
-    int value;
     QVERIFY(!queue.pop(value));
 }
 
@@ -372,6 +367,8 @@ void TestSampler::nullOutputPullsAtTheRealPace()
 void TestSampler::absentServerFallsBackToTheNullOutput()
 {
     const QByteArray saved = qgetenv("PULSE_SERVER");
+    const auto restore = qScopeGuard(
+        [&] { saved.isNull() ? qunsetenv("PULSE_SERVER") : qputenv("PULSE_SERVER", saved); });
     const QString socket = QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"nothing"_qs);
     qputenv("PULSE_SERVER", ("unix:" + socket).toLocal8Bit());
     Sampler sampler;
@@ -382,10 +379,6 @@ void TestSampler::absentServerFallsBackToTheNullOutput()
     QVERIFY(!error.isEmpty());
     const auto fallback = openDefaultSoundOutput(sampler);
     QVERIFY(clock.elapsed() < 5000);
-    if (saved.isNull())
-        qunsetenv("PULSE_SERVER");
-    else
-        qputenv("PULSE_SERVER", saved);
     QVERIFY(fallback && fallback->isNull());
 }
 

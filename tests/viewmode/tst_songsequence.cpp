@@ -3,6 +3,8 @@
 
 #include <QRandomGenerator>
 
+#include <numeric>
+
 namespace {
 
 // A tab written as measures: each row is a text of tokens, "|" a bar column, "x" a column
@@ -31,11 +33,8 @@ TabData tabFromRows(const QStringList &rows)
 TabData tabOfMeasures(const QList<int> &lengths)
 {
     QStringList tokens;
-    for (const int length : lengths) {
-        for (int i = 0; i < length; ++i)
-            tokens.append(u"x"_qs);
-        tokens.append(u"|"_qs);
-    }
+    for (const int length : lengths)
+        tokens += QStringList(length, u"x"_qs) << u"|"_qs;
     return tabFromRows({tokens.join(u' ')});
 }
 
@@ -67,10 +66,6 @@ private Q_SLOTS:
     void plainListAndBars();
     void evening_data();
     void evening();
-    void twoAndThreeColumns();
-    void sizeLimit_data();
-    void sizeLimit();
-    void hugeMultipleFailsQuietly();
     void evenedListKeepsOrder();
     void syncSongIndex_data();
     void syncSongIndex();
@@ -92,11 +87,8 @@ void TestSongSequence::plainListAndBars()
     QCOMPARE(eventsText(sequence.songArray), u"0,1 0,2 0,3 1,0 1,1 1,4 1,5"_qs);
     QCOMPARE(sequence.songArray[1].colItems, tab.tabRowDatas[0].colDatas[2].columnItems);
     QVERIFY(sequence.songArray[1].colItems.first().isBlank());
-    QCOMPARE(sequence.barMapping.size(), 4);
-    QCOMPARE(sequence.barMapping.value(u"0,0"_qs), 0);
-    QCOMPARE(sequence.barMapping.value(u"1,2"_qs), 5);
-    QCOMPARE(sequence.barMapping.value(u"1,3"_qs), 5);
-    QCOMPARE(sequence.barMapping.value(u"1,6"_qs), 7);
+    QCOMPARE(sequence.barMapping,
+             (QHash<QString, int>{{u"0,0"_qs, 0}, {u"1,2"_qs, 5}, {u"1,3"_qs, 5}, {u"1,6"_qs, 7}}));
     // Measures of 5 and 2 columns.
     QVERIFY(sequence.songArrayEvenMeasuresSuccessful);
     QCOMPARE(sequence.evenMeasureLength, 10);
@@ -125,6 +117,17 @@ void TestSongSequence::evening_data()
     QTest::newRow("one measure") << QList<int>{7} << qint64(0) << false;
     QTest::newRow("99 over 40 measures")
         << QList<int>(20, 9) + QList<int>(20, 11) << qint64(99) << true;
+    // Measures of 4 and 25 columns make 100 ticks a measure; 2,000 ticks are too many.
+    QList<int> hundreds;
+    for (int i = 0; i < 20; ++i)
+        hundreds.append(i % 2 ? 25 : 4);
+    QTest::newRow("100 x 19") << hundreds.mid(0, 19) << qint64(100) << true;
+    QTest::newRow("100 x 20") << hundreds << qint64(100) << false;
+    // Measures of the primes: up to 47 the multiple fits and is only too long to play by
+    // measure; with 53 it does not fit in 64 bits and fails quietly.
+    const QList<int> primes = {2, 3, 5, 7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 47, 53};
+    QTest::newRow("primes to 47") << primes.mid(0, 15) << Q_INT64_C(614889782588491410) << false;
+    QTest::newRow("primes to 53") << primes << qint64(0) << false;
 }
 
 void TestSongSequence::evening()
@@ -136,9 +139,13 @@ void TestSongSequence::evening()
     const SongSequence sequence = built(tabOfMeasures(lengths));
     QCOMPARE(sequence.evenMeasureLength, multiple);
     QCOMPARE(sequence.songArrayEvenMeasuresSuccessful, successful);
-    if (!successful)
+    QCOMPARE(sequence.songArray.size(), std::accumulate(lengths.begin(), lengths.end(), 0));
+    if (!successful) {
+        QVERIFY(sequence.songArrayWithEvenMeasures.isEmpty());
+        QCOMPARE(&sequence.activeSongArray(true), &sequence.songArray);
         return;
-    QCOMPARE(sequence.songArrayWithEvenMeasures.size(), multiple * lengths.size());
+    }
+    QCOMPARE(sequence.activeSongArray(true).size(), multiple * lengths.size());
     if (multiple == lengths.first() && lengths.size() == 2)
         QCOMPARE(sequence.songArrayWithEvenMeasures, sequence.songArray);
 
@@ -152,55 +159,6 @@ void TestSongSequence::evening()
             QVERIFY(!sequence.songArrayWithEvenMeasures[at++].isRest());
         }
     }
-}
-
-void TestSongSequence::twoAndThreeColumns()
-{
-    const SongSequence sequence = built(tabFromRows({u"x x | x x x |"_qs}));
-    QCOMPARE(sequence.evenMeasureLength, 6);
-    QCOMPARE(eventsText(sequence.songArrayWithEvenMeasures),
-             u"- - 0,0 - - 0,1 - 0,3 - 0,4 - 0,5"_qs);
-
-    QCOMPARE(&sequence.activeSongArray(true), &sequence.songArrayWithEvenMeasures);
-    QCOMPARE(&sequence.activeSongArray(false), &sequence.songArray);
-}
-
-void TestSongSequence::sizeLimit_data()
-{
-    QTest::addColumn<int>("measures");
-    QTest::addColumn<bool>("successful");
-    QTest::newRow("100 x 19") << 19 << true;
-    QTest::newRow("100 x 20") << 20 << false;
-}
-
-void TestSongSequence::sizeLimit()
-{
-    QFETCH(int, measures);
-    QFETCH(bool, successful);
-    // Measures of 4 and 25 columns make 100 ticks a measure.
-    QList<int> lengths;
-    for (int i = 0; i < measures; ++i)
-        lengths.append(i % 2 ? 25 : 4);
-    const SongSequence sequence = built(tabOfMeasures(lengths));
-    QCOMPARE(sequence.evenMeasureLength, 100);
-    QCOMPARE(sequence.songArrayEvenMeasuresSuccessful, successful);
-    QCOMPARE(sequence.activeSongArray(true).size(),
-             successful ? 100 * measures : sequence.songArray.size());
-}
-
-void TestSongSequence::hugeMultipleFailsQuietly()
-{
-    // Measures of the primes up to 53: their multiple does not fit in 64 bits.
-    const QList<int> primes = {2, 3, 5, 7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 47, 53};
-    const SongSequence sequence = built(tabOfMeasures(primes));
-    QVERIFY(!sequence.songArrayEvenMeasuresSuccessful);
-    QVERIFY(sequence.songArrayWithEvenMeasures.isEmpty());
-    QCOMPARE(sequence.activeSongArray(true).size(), 381);
-
-    // Up to 47 it fits, and is only too long to play by measure.
-    const SongSequence large = built(tabOfMeasures(primes.mid(0, 15)));
-    QCOMPARE(large.evenMeasureLength, Q_INT64_C(614889782588491410));
-    QVERIFY(!large.songArrayEvenMeasuresSuccessful);
 }
 
 void TestSongSequence::evenedListKeepsOrder()
@@ -258,20 +216,20 @@ void TestSongSequence::syncSongIndex_data()
     QTest::addColumn<std::optional<int>>("before");
     QTest::addColumn<std::optional<int>>("expected");
 
-    const QStringList tab = {u"| x x | x"_qs, u"x x |"_qs};
-    const auto at = [](double x, double y) { return std::optional<QPointF>(QPointF(x, y)); };
+    const auto row = [](const char *name, std::optional<QPointF> highlight,
+                        std::optional<int> before, std::optional<int> expected) {
+        QTest::newRow(name) << QStringList{u"| x x | x"_qs, u"x x |"_qs} << highlight << before
+                            << expected;
+    };
     const std::optional<int> none;
-    QTest::newRow("no highlight") << tab << std::optional<QPointF>() << std::optional(3) << none;
-    QTest::newRow("on a column") << tab << at(2, 0) << none << std::optional(1);
-    QTest::newRow("before the first column") << tab << at(-1, 1) << none << std::optional(2);
-    QTest::newRow("on the opening bar") << tab << at(0, 0) << std::optional(4) << std::optional(-1);
-    QTest::newRow("on a middle bar") << tab << at(3, 0) << none << std::optional(1);
-    QTest::newRow("on the closing bar keeps the old place")
-        << tab << at(2, 1) << std::optional(2) << std::optional(2);
-    QTest::newRow("past the row keeps the old place")
-        << tab << at(9, 1) << std::optional(1) << std::optional(1);
-    QTest::newRow("nowhere at all")
-        << tab << at(qQNaN(), 0) << std::optional(0) << std::optional(0);
+    row("no highlight", std::nullopt, 3, none);
+    row("on a column", QPointF(2, 0), none, 1);
+    row("before the first column", QPointF(-1, 1), none, 2);
+    row("on the opening bar", QPointF(0, 0), 4, -1);
+    row("on a middle bar", QPointF(3, 0), none, 1);
+    row("on the closing bar keeps the old place", QPointF(2, 1), 2, 2);
+    row("past the row keeps the old place", QPointF(9, 1), 1, 1);
+    row("nowhere at all", QPointF(qQNaN(), 0), 0, 0);
 }
 
 void TestSongSequence::syncSongIndex()
@@ -293,8 +251,11 @@ void TestSongSequence::syncIntoEvenedList()
     // Measures of 2 and 3: "- - 0,1 - - 0,2 | - 0,4 - 0,5 - 1,0".
     const std::optional<QPointF> midBar = QPointF(3, 0);
     SongSequence sequence = built(tabFromRows({u"| x x | x x"_qs, u"x |"_qs}), midBar, true);
+    QCOMPARE(sequence.evenMeasureLength, 6);
     QCOMPARE(eventsText(sequence.songArrayWithEvenMeasures),
              u"- - 0,1 - - 0,2 - 0,4 - 0,5 - 1,0"_qs);
+    QCOMPARE(&sequence.activeSongArray(true), &sequence.songArrayWithEvenMeasures);
+    QCOMPARE(&sequence.activeSongArray(false), &sequence.songArray);
     // The bar after 0,2: the next tick after it plays the rests before 0,4.
     QCOMPARE(sequence.lastSongIndex, std::optional(5));
 
@@ -320,28 +281,22 @@ void TestSongSequence::tickLength_data()
     QTest::addColumn<qint64>("measureLength");
     QTest::addColumn<double>("seconds");
 
-    QTest::newRow("60, one column a beat")
-        << qint64(60) << qint64(1) << false << qint64(4) << false << qint64(0) << 1.0;
-    QTest::newRow("120, two columns")
-        << qint64(120) << qint64(2) << false << qint64(4) << false << qint64(0) << 0.25;
-    QTest::newRow("80, four columns")
-        << qint64(80) << qint64(4) << false << qint64(4) << false << qint64(0) << 0.1875;
-    QTest::newRow("80, zero columns count as one")
-        << qint64(80) << qint64(0) << false << qint64(4) << false << qint64(0) << 0.75;
-    QTest::newRow("by measure, 8 over 4")
-        << qint64(60) << qint64(3) << true << qint64(4) << true << qint64(8) << 0.5;
-    QTest::newRow("by measure, 12 over 4")
-        << qint64(60) << qint64(1) << true << qint64(4) << true << qint64(12) << 1.0 / 3.0;
-    QTest::newRow("by measure, 6 over 4 is whole ticks")
-        << qint64(60) << qint64(1) << true << qint64(4) << true << qint64(6) << 1.0;
-    QTest::newRow("by measure, evening failed")
-        << qint64(60) << qint64(2) << true << qint64(4) << false << qint64(8) << 0.5;
-    QTest::newRow("by measure, no beats falls back")
-        << qint64(60) << qint64(4) << true << qint64(0) << true << qint64(8) << 0.25;
-    QTest::newRow("by measure, negative beats falls back")
-        << qint64(60) << qint64(1) << true << qint64(-2) << true << qint64(8) << 1.0;
-    QTest::newRow("by measure, fewer ticks than beats falls back")
-        << qint64(60) << qint64(2) << true << qint64(4) << true << qint64(3) << 0.5;
+    const auto row = [](const char *name, qint64 speed, qint64 columnsInBeat, bool byMeasure,
+                        qint64 beatsPerMeasure, bool evened, qint64 measureLength, double seconds) {
+        QTest::newRow(name) << speed << columnsInBeat << byMeasure << beatsPerMeasure << evened
+                            << measureLength << seconds;
+    };
+    row("60, one column a beat", 60, 1, false, 4, false, 0, 1.0);
+    row("120, two columns", 120, 2, false, 4, false, 0, 0.25);
+    row("80, four columns", 80, 4, false, 4, false, 0, 0.1875);
+    row("80, zero columns count as one", 80, 0, false, 4, false, 0, 0.75);
+    row("by measure, 8 over 4", 60, 3, true, 4, true, 8, 0.5);
+    row("by measure, 12 over 4", 60, 1, true, 4, true, 12, 1.0 / 3.0);
+    row("by measure, 6 over 4 is whole ticks", 60, 1, true, 4, true, 6, 1.0);
+    row("by measure, evening failed", 60, 2, true, 4, false, 8, 0.5);
+    row("by measure, no beats falls back", 60, 4, true, 0, true, 8, 0.25);
+    row("by measure, negative beats falls back", 60, 1, true, -2, true, 8, 1.0);
+    row("by measure, fewer ticks than beats falls back", 60, 2, true, 4, true, 3, 0.5);
 }
 
 void TestSongSequence::tickLength()

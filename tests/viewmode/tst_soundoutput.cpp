@@ -22,34 +22,18 @@ QString homePath(const QString &name)
     return QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(name);
 }
 
-// Runs a program to its end; its standard output, or nothing if it failed or hung.
-std::optional<QByteArray> run(const QString &program, const QStringList &arguments,
-                              int timeoutMs = 5000)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished(timeoutMs)) {
-        process.kill();
-        process.waitForFinished(1000);
-        return std::nullopt;
-    }
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return std::nullopt;
-    return process.readAllStandardOutput();
-}
-
-struct CliResult {
-    int exitCode = -1;
+struct RunResult {
+    int exitCode = -1; // -1 when it crashed or hung
     QByteArray out;
     QByteArray err;
 };
 
-CliResult runCli(const QStringList &arguments, const QProcessEnvironment &environment,
-                 int timeoutMs = 20000)
+RunResult run(const QString &program, const QStringList &arguments, int timeoutMs = 5000,
+              const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
     QProcess process;
     process.setProcessEnvironment(environment);
-    process.start(QString::fromUtf8(LUTEGRID_CLI), arguments);
+    process.start(program, arguments);
     if (!process.waitForFinished(timeoutMs)) {
         process.kill();
         process.waitForFinished(1000);
@@ -58,6 +42,8 @@ CliResult runCli(const QStringList &arguments, const QProcessEnvironment &enviro
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             process.readAllStandardOutput(), process.readAllStandardError()};
 }
+
+const QString cli = QString::fromUtf8(LUTEGRID_CLI);
 
 TabColumnData column(std::initializer_list<std::pair<int, int>> notes)
 {
@@ -117,11 +103,14 @@ private Q_SLOTS:
 
 private:
     bool serverAvailable = false;
+    QString tab; // the tab below, written once
 };
 
 void TestSoundOutput::initTestCase()
 {
-    serverAvailable = run(u"pactl"_qs, {u"info"_qs}, 3000).has_value();
+    serverAvailable = run(u"pactl"_qs, {u"info"_qs}, 3000).exitCode == 0;
+    tab = writeTab();
+    QVERIFY(!tab.isEmpty());
 }
 
 void TestSoundOutput::playedTabReachesTheSoundServer()
@@ -133,13 +122,10 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
     const QString sink = u"lutegrid_e2e_%1"_qs.arg(QCoreApplication::applicationPid());
     const auto module =
         run(u"pactl"_qs, {u"load-module"_qs, u"module-null-sink"_qs, u"sink_name="_qs + sink});
-    QVERIFY2(module, "pactl could not make a null sink");
+    QVERIFY2(module.exitCode == 0, "pactl could not make a null sink");
     auto unload = qScopeGuard([&] {
-        run(u"pactl"_qs, {u"unload-module"_qs, QString::fromUtf8(module->trimmed())});
+        run(u"pactl"_qs, {u"unload-module"_qs, QString::fromUtf8(module.out.trimmed())});
     });
-
-    const QString tab = writeTab();
-    QVERIFY(!tab.isEmpty());
 
     const QString recordingPath = homePath(u"recording.raw"_qs);
     QProcess recorder;
@@ -155,7 +141,7 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
 
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"PULSE_SINK"_qs, sink);
-    const CliResult played = runCli({u"play"_qs, tab, u"--row"_qs, u"1"_qs}, environment);
+    const RunResult played = run(cli, {u"play"_qs, tab, u"--row"_qs, u"1"_qs}, 20000, environment);
     QVERIFY2(played.exitCode == 0, played.err.constData());
     QVERIFY2(played.out.contains("PulseAudio"), played.out.constData());
 
@@ -180,19 +166,16 @@ void TestSoundOutput::playedTabReachesTheSoundServer()
         const qsizetype onset = start + k * tick;
         for (const int position : expectedTicks[k]) {
             const double hz = AudioProbe::hzOfPosition(position);
+            const QString where = u"tick %1, position %2: "_qs.arg(k).arg(position);
             const auto off =
                 AudioProbe::centsOffNear(audio.data() + onset + rate / 10, window, rate, hz);
             QVERIFY2(off && std::abs(*off) <= 15.0,
-                     qPrintable(u"tick %1, position %2: %3 cents off"_qs.arg(k).arg(position).arg(
-                         off.value_or(1000.0))));
+                     qPrintable(where + u"%1 cents off"_qs.arg(off.value_or(1000.0))));
             // It starts on its tick: clearly stronger after it than just before.
             const double after = strength(audio, onset + rate / 10, window, hz);
             const double before = strength(audio, onset - rate / 20 - window, window, hz);
             QVERIFY2(after > 2.0 * before,
-                     qPrintable(u"tick %1, position %2: %3 after against %4 before"_qs.arg(k)
-                                    .arg(position)
-                                    .arg(after)
-                                    .arg(before)));
+                     qPrintable(where + u"%1 after against %2 before"_qs.arg(after).arg(before)));
         }
     }
     // The skipped row's C3 never sounded.
@@ -206,19 +189,18 @@ void TestSoundOutput::playRefusesWhatItCannotPlay_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QByteArray>("message");
+    const auto row = [](const char *name, const QStringList &arguments, int exitCode,
+                        const QByteArray &message) {
+        QTest::newRow(name) << QStringList{u"play"_qs} + arguments << exitCode << message;
+    };
     const QString missing = homePath(u"missing.lgrd"_qs);
-    QTest::newRow("missing file") << QStringList{u"play"_qs, missing} << 1 << missing.toUtf8();
-    QTest::newRow("not a tab") << QStringList{u"play"_qs, homePath(u"notes.txt"_qs)} << 1
-                               << QByteArray("not a tab file");
-    QTest::newRow("row past the end")
-        << QStringList{u"play"_qs, u"TAB"_qs, u"--row"_qs, u"2"_qs} << 1 << QByteArray("no row 2");
-    QTest::newRow("negative row") << QStringList{u"play"_qs, u"TAB"_qs, u"--row"_qs, u"-1"_qs} << 1
-                                  << QByteArray("no row -1");
-    QTest::newRow("zero tempo") << QStringList{u"play"_qs, u"TAB"_qs, u"--tempo"_qs, u"0"_qs} << 1
-                                << QByteArray("tempo");
-    QTest::newRow("tempo in words") << QStringList{u"play"_qs, u"TAB"_qs, u"--tempo"_qs, u"fast"_qs}
-                                    << 2 << QByteArray("whole numbers");
-    QTest::newRow("no file") << QStringList{u"play"_qs} << 2 << QByteArray("Usage");
+    row("missing file", {missing}, 1, missing.toUtf8());
+    row("not a tab", {homePath(u"notes.txt"_qs)}, 1, "not a tab file");
+    row("row past the end", {tab, u"--row"_qs, u"2"_qs}, 1, "no row 2");
+    row("negative row", {tab, u"--row"_qs, u"-1"_qs}, 1, "no row -1");
+    row("zero tempo", {tab, u"--tempo"_qs, u"0"_qs}, 1, "tempo");
+    row("tempo in words", {tab, u"--tempo"_qs, u"fast"_qs}, 2, "whole numbers");
+    row("no file", {}, 2, "Usage");
 }
 
 void TestSoundOutput::playRefusesWhatItCannotPlay()
@@ -226,10 +208,7 @@ void TestSoundOutput::playRefusesWhatItCannotPlay()
     QFETCH(QStringList, arguments);
     QFETCH(int, exitCode);
     QFETCH(QByteArray, message);
-    const QString tab = writeTab();
-    QVERIFY(!tab.isEmpty());
-    arguments.replaceInStrings(u"TAB"_qs, tab);
-    const CliResult result = runCli(arguments, QProcessEnvironment::systemEnvironment(), 10000);
+    const RunResult result = run(cli, arguments, 10000);
     QCOMPARE(result.exitCode, exitCode);
     QVERIFY2(result.err.contains(message), result.err.constData());
     QVERIFY(result.out.isEmpty());
