@@ -3,10 +3,10 @@
 #include "shell/apppaths.h"
 #include "shell/saveddata.h"
 
+#include "testfiles.h"
 #include "testmain.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
 namespace {
@@ -17,9 +17,9 @@ const QStringList standardSix{u"E"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_
 
 // A column of blanks with some items set; `at` counts from the top line.
 TabColumnData column(QList<std::pair<int, ColumnItemType>> items = {},
-                     std::optional<QString> chordName = std::nullopt, int strings = 6)
+                     std::optional<QString> chordName = std::nullopt)
 {
-    QList<ColumnItemType> columnItems(strings, ColumnItemType::blank());
+    QList<ColumnItemType> columnItems(6, ColumnItemType::blank());
     for (const auto &[at, item] : items)
         columnItems[at] = item;
     return TabColumnData(columnItems, chordName);
@@ -44,18 +44,9 @@ TabData songWith(QList<TabRowData> rows, QStringList tuning = standardSix)
     return TabData(u"Song"_qs, std::move(rows), std::move(tuning), 0, std::nullopt);
 }
 
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll();
-}
-
 } // namespace
 
-class TestPlainText : public QObject
-{
+class TestPlainText : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -64,14 +55,13 @@ private Q_SLOTS:
         QTest::addColumn<std::optional<QString>>("intro");
         QTest::addColumn<qint64>("capo");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("title only") << std::optional<QString>() << qint64(0) << u"Song\n\n"_qs;
-        QTest::newRow("intro") << std::optional<QString>(u"Slowly"_qs) << qint64(0)
-                               << u"Song\n\nSlowly\n\n"_qs;
-        QTest::newRow("capo") << std::optional<QString>() << qint64(3)
-                              << u"Song\n\ncapo on fret 3\n\n"_qs;
-        QTest::newRow("both") << std::optional<QString>(u"Slowly"_qs) << qint64(12)
+        using Intro = std::optional<QString>;
+        QTest::newRow("title only") << Intro() << qint64(0) << u"Song\n\n"_qs;
+        QTest::newRow("intro") << Intro(u"Slowly"_qs) << qint64(0) << u"Song\n\nSlowly\n\n"_qs;
+        QTest::newRow("capo") << Intro() << qint64(3) << u"Song\n\ncapo on fret 3\n\n"_qs;
+        QTest::newRow("both") << Intro(u"Slowly"_qs) << qint64(12)
                               << u"Song\n\nSlowly\n\ncapo on fret 12\n\n"_qs;
-        QTest::newRow("negative capo") << std::optional<QString>() << qint64(-1) << u"Song\n\n"_qs;
+        QTest::newRow("negative capo") << Intro() << qint64(-1) << u"Song\n\n"_qs;
     }
 
     void headerLines()
@@ -85,8 +75,7 @@ private Q_SLOTS:
 
     void aWholeRow()
     {
-        const TabRowData row({chordColumn(u"G"_qs),
-                              column({{0, ColumnItemType::note(12)}}),
+        const TabRowData row({chordColumn(u"G"_qs), column({{0, ColumnItemType::note(12)}}),
                               column({{1, ColumnItemType::note(5)}}, u"Am"_qs),
                               TabColumnData(QList<ColumnItemType>(6, ColumnItemType::bar())),
                               column({{2, Kind::hammer}, {3, Kind::slideUp}})},
@@ -124,16 +113,14 @@ private Q_SLOTS:
                  u"   \nE |--3|\nB |---|\nG |---|\nD |---|\nA |---|\nE |---|"_qs);
     }
 
+    // Blanks, bars and hammers are in aWholeRow.
     void cells_data()
     {
         QTest::addColumn<ColumnItemType>("item");
         QTest::addColumn<QString>("cell");
-        QTest::newRow("blank") << ColumnItemType::blank() << u"---"_qs;
         QTest::newRow("5") << ColumnItemType::note(5) << u"--5"_qs;
         QTest::newRow("0") << ColumnItemType::note(0) << u"--0"_qs;
         QTest::newRow("12") << ColumnItemType::note(12) << u"-12"_qs;
-        QTest::newRow("bar") << ColumnItemType::bar() << u"--|"_qs;
-        QTest::newRow("hammer") << ColumnItemType(Kind::hammer) << u"--h"_qs;
         QTest::newRow("muted") << ColumnItemType(Kind::muted) << u"--x"_qs;
         QTest::newRow("hold") << ColumnItemType(Kind::hold) << u"--_"_qs;
         // Wider texts push the line out rather than lose digits.
@@ -150,33 +137,14 @@ private Q_SLOTS:
         QCOMPARE(text.section(u'\n', -3, -3), u"E |"_qs + cell + u'|');
     }
 
-    void aColumnOfBlanksWithAChordPrintsDashesEverywhere()
-    {
-        const TabRowData row({chordColumn(u"D"_qs)}, {});
-        const QStringList lines =
-            DocumentManager::tabText(configurationOf(songWith({row}))).split(u'\n');
-        QCOMPARE(lines[3], u"   D  "_qs);
-        for (int i = 4; i < 10; ++i)
-            QCOMPARE(lines[i].mid(2), u"|---|"_qs);
-    }
-
-    void twoCharacterLabelsHaveNoPadding()
-    {
-        const TabRowData row({column({{0, ColumnItemType::note(2)}}, std::nullopt, 3)}, {});
-        const QStringList tuning{u"F#"_qs, u"B"_qs, u"C#"_qs};
-        const QStringList lines =
-            DocumentManager::tabText(configurationOf(songWith({row}, tuning))).split(u'\n');
-        QCOMPARE(lines.mid(4, 3), (QStringList{u"C#|--2|"_qs, u"B |---|"_qs, u"F#|---|"_qs}));
-    }
-
     void headerCells_data()
     {
         QTest::addColumn<QList<std::optional<QString>>>("names");
         QTest::addColumn<QString>("header");
         using Names = QList<std::optional<QString>>;
         const std::optional<QString> none;
-        QTest::newRow("short names") << Names{u"G"_qs, u"Am"_qs, u"F#m"_qs, none}
-                                     << u"G  Am F#m   "_qs;
+        QTest::newRow("short names")
+            << Names{u"G"_qs, u"Am"_qs, u"F#m"_qs, none} << u"G  Am F#m   "_qs;
         QTest::newRow("long over absent") << Names{u"Cmaj7"_qs, none} << u"Cmaj7 "_qs;
         QTest::newRow("long over empty") << Names{u"Cmaj7"_qs, u""_qs} << u"Cmaj7 "_qs;
         QTest::newRow("long over blanks") << Names{u"Cmaj7"_qs, u"  "_qs} << u"Cmaj7 "_qs;
@@ -187,12 +155,11 @@ private Q_SLOTS:
         QTest::newRow("four over one") << Names{u"Dsus"_qs, u"A"_qs} << u"Dsus A"_qs;
         QTest::newRow("long over two") << Names{u"Cmaj7"_qs, u"Am"_qs} << u"CmaAm "_qs;
         QTest::newRow("long at the end") << Names{u"Cmaj7"_qs} << u"Cma"_qs;
-        QTest::newRow("neighbour consumed") << Names{u"Em7b5"_qs, u"G"_qs, u"D"_qs}
-                                            << u"Em7b GD  "_qs;
-        QTest::newRow("long after long") << Names{u"Cmaj7"_qs, u"Dmaj7"_qs, none}
-                                         << u"CmaDmaj7 "_qs;
-        QTest::newRow("spread then short") << Names{u"Cmaj7"_qs, none, u"Dm"_qs}
-                                           << u"Cmaj7 Dm "_qs;
+        QTest::newRow("neighbour consumed")
+            << Names{u"Em7b5"_qs, u"G"_qs, u"D"_qs} << u"Em7b GD  "_qs;
+        QTest::newRow("long after long")
+            << Names{u"Cmaj7"_qs, u"Dmaj7"_qs, none} << u"CmaDmaj7 "_qs;
+        QTest::newRow("spread then short") << Names{u"Cmaj7"_qs, none, u"Dm"_qs} << u"Cmaj7 Dm "_qs;
     }
 
     void headerCells()
@@ -208,7 +175,7 @@ private Q_SLOTS:
                  u"Song\n\n   \n   "_qs + header + u"\n\n\n"_qs);
     }
 
-    void withoutTabContentOnlyLyricsAndHeadersRemain()
+    void rowsWithoutTabContent()
     {
         const TabRowData row({column({{0, ColumnItemType::note(1)}}, u"F"_qs)}, {u"la la"_qs});
         TabExportConfiguration configuration = configurationOf(songWith({row, row}));
@@ -218,10 +185,8 @@ private Q_SLOTS:
         configuration.showColumnHeaders = false;
         configuration.showLyrics = false;
         QCOMPARE(DocumentManager::tabText(configuration), u"Song\n\n   \n\n\n   \n\n\n"_qs);
-    }
 
-    void aRowWithOnlyALyricPrintsOnlyItsLyric()
-    {
+        // A row with nothing but a lyric prints only its lyric.
         const TabRowData lyricOnly({column(), column(), chordColumn(u" "_qs)}, {u"words"_qs});
         const TabRowData empty({column()}, {});
         QCOMPARE(DocumentManager::tabText(configurationOf(songWith({lyricOnly, empty}))),
@@ -276,8 +241,8 @@ private Q_SLOTS:
 
     void exportData()
     {
-        TabData tab = songWith({TabRowData({column({{0, ColumnItemType::note(7)}}, u"Ré"_qs)},
-                                           {u"Café"_qs})});
+        TabData tab = songWith(
+            {TabRowData({column({{0, ColumnItemType::note(7)}}, u"Ré"_qs)}, {u"Café"_qs})});
         const TabExportConfiguration configuration = configurationOf(tab);
         const auto text = DocumentManager::exportData(ExportType::TXT, configuration);
         QVERIFY(text);
@@ -337,7 +302,6 @@ private Q_SLOTS:
         QVERIFY(!DocumentManager::exportFile(ExportType::TXT, configurationOf(songWith({}))));
         QVERIFY(QFile::remove(exports));
     }
-
 };
 
 LUTEGRID_TEST_MAIN(TestPlainText)

@@ -39,6 +39,18 @@ TabData tabWithNote(int fret, int rows = 1)
     return tab;
 }
 
+// A change made in the editor, which the document is told of.
+void edit(LutegridDocument &document, int fret)
+{
+    document.tabData = tabWithNote(fret);
+    document.updateChangeCount(LutegridDocument::ChangeKind::Done);
+}
+
+bool inConflict(const LutegridDocument &document)
+{
+    return document.documentState().testFlag(LutegridDocument::InConflict);
+}
+
 int firstFret(const TabData &tab)
 {
     const ColumnItemType item = tab.tabRowDatas.value(0).colDatas.value(0).columnItems.value(0);
@@ -50,6 +62,11 @@ bool writeFile(const QString &path, const QByteArray &bytes)
     QFile file(path);
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
            file.write(bytes) == bytes.size();
+}
+
+bool writeTab(const QString &path, int fret, int rows = 1)
+{
+    return writeFile(path, documentData(tabWithNote(fret, rows)));
 }
 
 std::optional<TabData> readTab(const QString &path)
@@ -97,370 +114,340 @@ class TestDocument : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void saveTakesTheSurfaceRows();
-    void unreadableContentsOpenWithoutModel();
-    void blankNameKeepsTabName();
-    void autosaveIsDeferredAndBounded();
-    void closeAndQuitSaveAtOnce();
-    void outsideChangeReloads_data();
-    void outsideChangeReloads();
-    void ownWritesAreNotOutsideChanges();
-    void outsideChangeWithUnsavedWorkKeepsBoth();
-    void saveOverUnseenChangeKeepsDiskVersion();
-    void renameFromOutsideRekeysActiveDocuments();
-    void conflictCopyPutsDocumentInConflict();
-    void killedWhileSavingLeavesReadableTab();
-};
+    void initTestCase() { previousHandler = qInstallMessageHandler(captureAnalytics); }
 
-void TestDocument::initTestCase()
-{
-    previousHandler = qInstallMessageHandler(captureAnalytics);
-}
-
-void TestDocument::saveTakesTheSurfaceRows()
-{
-    const QString path = QDir(freshFolder(u"save"_qs)).filePath(u"Song.lgrdi"_qs);
-    LutegridDocument document(path, tabWithNote(3));
-    QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
-    QCOMPARE(firstFret(*readTab(path)), 3);
-    QVERIFY(!document.documentState().testFlag(LutegridDocument::Closed));
-
-    Listener listener;
-    listener.rows = tabWithNote(12, 2).tabRowDatas;
-    document.changeListener = &listener;
-    QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForOverwriting));
-    const auto saved = readTab(path);
-    QCOMPARE(saved->tabRowDatas.size(), 2);
-    QCOMPARE(firstFret(*saved), 12);
-    QCOMPARE(document.tabData->tabRowDatas, listener.rows);
-    document.changeListener = nullptr;
-    QVERIFY(document.close());
-}
-
-void TestDocument::unreadableContentsOpenWithoutModel()
-{
-    const QString path = QDir(freshFolder(u"garbage"_qs)).filePath(u"Broken.lgrdi"_qs);
-    QVERIFY(writeFile(path, "this is no archive"));
-    LutegridDocument document(path, std::nullopt);
-    QVERIFY(document.open());
-    QVERIFY(!document.tabData);
-    QVERIFY(document.close());
-
-    LutegridDocument missing(path + u".gone"_qs, std::nullopt);
-    QVERIFY(!missing.open());
-}
-
-void TestDocument::blankNameKeepsTabName()
-{
-    const QString folder = freshFolder(u"names"_qs);
-    const QString blank = QDir(folder).filePath(u" \t .lgrdi"_qs);
-    QVERIFY(writeFile(blank, documentData(tabWithNote(1))));
-    LutegridDocument blankDocument(blank, std::nullopt);
-    blankDocument.tabName = u"Kept"_qs;
-    QVERIFY(blankDocument.open());
-    QCOMPARE(blankDocument.tabName, u"Kept"_qs);
-    QCOMPARE(blankDocument.tabData->title, u"Kept"_qs);
-    blankDocument.close();
-
-    const QString named = QDir(folder).filePath(u" My Song .lgrdi"_qs);
-    QVERIFY(writeFile(named, documentData(tabWithNote(1))));
-    LutegridDocument namedDocument(named, std::nullopt);
-    QVERIFY(namedDocument.open());
-    QCOMPARE(namedDocument.tabData->title, u" My Song "_qs);
-    namedDocument.close();
-}
-
-void TestDocument::autosaveIsDeferredAndBounded()
-{
-    const QString path = QDir(freshFolder(u"autosave"_qs)).filePath(u"Auto.lgrdi"_qs);
-    LutegridDocument document(path, tabWithNote(1));
-    document.autosaveDelay = 150;
-    document.autosaveMaximumDelay = 500;
-    QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
-
-    // One change: nothing at once, saved after the quiet delay.
-    document.tabData = tabWithNote(2);
-    document.updateChangeCount(LutegridDocument::ChangeKind::Done);
-    QCOMPARE(firstFret(*readTab(path)), 1);
-    QTRY_COMPARE_WITH_TIMEOUT(firstFret(*readTab(path)), 2, 2000);
-    QVERIFY(!document.hasUnsavedChanges());
-
-    // Changes that never pause are saved all the same, by the bound on the first one.
-    QElapsedTimer clock;
-    clock.start();
-    int fret = 3;
-    bool savedWhileBusy = false;
-    while (clock.elapsed() < 1500 && !savedWhileBusy) {
-        document.tabData = tabWithNote(fret++);
-        document.updateChangeCount(LutegridDocument::ChangeKind::Done);
-        QTest::qWait(40);
-        savedWhileBusy = firstFret(*readTab(path)) != 2;
-    }
-    QVERIFY(savedWhileBusy);
-    document.close();
-}
-
-void TestDocument::closeAndQuitSaveAtOnce()
-{
-    const QString path = QDir(freshFolder(u"close"_qs)).filePath(u"Close.lgrdi"_qs);
+    void saveTakesTheSurfaceRows()
     {
+        const QString path = QDir(freshFolder(u"save"_qs)).filePath(u"Song.lgrdi"_qs);
+        LutegridDocument document(path, tabWithNote(3));
+        QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
+        QCOMPARE(firstFret(*readTab(path)), 3);
+        QVERIFY(!document.documentState().testFlag(LutegridDocument::Closed));
+
+        Listener listener;
+        listener.rows = tabWithNote(12, 2).tabRowDatas;
+        document.changeListener = &listener;
+        QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForOverwriting));
+        const auto saved = readTab(path);
+        QCOMPARE(saved->tabRowDatas.size(), 2);
+        QCOMPARE(firstFret(*saved), 12);
+        QCOMPARE(document.tabData->tabRowDatas, listener.rows);
+        document.changeListener = nullptr;
+        QVERIFY(document.close());
+    }
+
+    void oddFilesOpen()
+    {
+        // Contents that are no tab open without a model; a missing file does not open.
+        const QString folder = freshFolder(u"odd"_qs);
+        const QString broken = QDir(folder).filePath(u"Broken.lgrdi"_qs);
+        QVERIFY(writeFile(broken, "this is no archive"));
+        LutegridDocument document(broken, std::nullopt);
+        QVERIFY(document.open());
+        QVERIFY(!document.tabData);
+        QVERIFY(document.close());
+        QVERIFY(!LutegridDocument(broken + u".gone"_qs, std::nullopt).open());
+
+        // A blank name keeps the tab's name; a name with spaces around it is taken as it is.
+        const QString blank = QDir(folder).filePath(u" \t .lgrdi"_qs);
+        QVERIFY(writeTab(blank, 1));
+        LutegridDocument blankDocument(blank, std::nullopt);
+        blankDocument.tabName = u"Kept"_qs;
+        QVERIFY(blankDocument.open());
+        QCOMPARE(blankDocument.tabName, u"Kept"_qs);
+        QCOMPARE(blankDocument.tabData->title, u"Kept"_qs);
+        blankDocument.close();
+
+        const QString named = QDir(folder).filePath(u" My Song .lgrdi"_qs);
+        QVERIFY(writeTab(named, 1));
+        LutegridDocument namedDocument(named, std::nullopt);
+        QVERIFY(namedDocument.open());
+        QCOMPARE(namedDocument.tabData->title, u" My Song "_qs);
+        namedDocument.close();
+    }
+
+    void autosaveIsDeferredAndBounded()
+    {
+        const QString path = QDir(freshFolder(u"autosave"_qs)).filePath(u"Auto.lgrdi"_qs);
+        LutegridDocument document(path, tabWithNote(1));
+        document.autosaveDelay = 150;
+        document.autosaveMaximumDelay = 500;
+        QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
+
+        // One change: nothing at once, saved after the quiet delay.
+        edit(document, 2);
+        QCOMPARE(firstFret(*readTab(path)), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(firstFret(*readTab(path)), 2, 2000);
+        QVERIFY(!document.hasUnsavedChanges());
+
+        // Changes that never pause are saved all the same, by the bound on the first one.
+        QElapsedTimer clock;
+        clock.start();
+        int fret = 3;
+        bool savedWhileBusy = false;
+        while (clock.elapsed() < 1500 && !savedWhileBusy) {
+            edit(document, fret++);
+            QTest::qWait(40);
+            savedWhileBusy = firstFret(*readTab(path)) != 2;
+        }
+        QVERIFY(savedWhileBusy);
+        document.close();
+    }
+
+    void closeAndQuitSaveAtOnce()
+    {
+        const QString path = QDir(freshFolder(u"close"_qs)).filePath(u"Close.lgrdi"_qs);
         LutegridDocument document(path, tabWithNote(1));
         QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
-        document.tabData = tabWithNote(4);
-        document.updateChangeCount(LutegridDocument::ChangeKind::Done);
+        edit(document, 4);
         QVERIFY(document.close());
         QCOMPARE(firstFret(*readTab(path)), 4);
         QVERIFY(document.documentState().testFlag(LutegridDocument::Closed));
 
         QVERIFY(document.open());
-        document.tabData = tabWithNote(5);
-        document.updateChangeCount(LutegridDocument::ChangeKind::Done);
+        edit(document, 5);
         QVERIFY(QMetaObject::invokeMethod(QCoreApplication::instance(), "aboutToQuit"));
         QCOMPARE(firstFret(*readTab(path)), 5);
         document.close();
     }
-}
 
-void TestDocument::outsideChangeReloads_data()
-{
-    QTest::addColumn<QString>("how");
-    QTest::newRow("rewritten in place") << u"inplace"_qs;
-    QTest::newRow("renamed over") << u"renameover"_qs;
-    QTest::newRow("deleted and created again") << u"recreate"_qs;
-}
-
-void TestDocument::outsideChangeReloads()
-{
-    QFETCH(QString, how);
-    const QString folder = freshFolder(u"outside-"_qs + how);
-    const QString path = QDir(folder).filePath(u"Shared.lgrdi"_qs);
-    QVERIFY(writeFile(path, documentData(tabWithNote(1))));
-    LutegridDocument document(path, std::nullopt);
-    Listener listener;
-    QVERIFY(document.open());
-    document.changeListener = &listener;
-    QSignalSpy reloaded(&document, &LutegridDocument::documentReloaded);
-
-    const QByteArray newer = documentData(tabWithNote(9));
-    if (how == u"inplace") {
-        QVERIFY(writeFile(path, newer));
-    } else if (how == u"renameover") {
-        const QString temp = QDir(folder).filePath(u".syncthing.Shared.lgrdi.tmp"_qs);
-        QVERIFY(writeFile(temp, newer));
-        std::filesystem::rename(temp.toStdString(), path.toStdString());
-    } else {
-        QVERIFY(QFile::remove(path));
-        QTest::qWait(50);
-        QVERIFY(writeFile(path, newer));
+    void outsideChangeReloads_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("rewritten in place") << u"inplace"_qs;
+        QTest::newRow("renamed over") << u"renameover"_qs;
+        QTest::newRow("deleted and created again") << u"recreate"_qs;
     }
-    QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 1, 2000);
-    QCOMPARE(firstFret(*document.tabData), 9);
-    QCOMPARE(document.tabData->title, u"Shared"_qs);
-    QCOMPARE(listener.reloads, 1);
-    QCOMPARE(firstFret(*listener.reloaded), 9);
-    QVERIFY(!document.documentState().testFlag(LutegridDocument::InConflict));
 
-    // The watch is still armed after the first change.
-    QVERIFY(writeFile(path, documentData(tabWithNote(10))));
-    QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 2, 2000);
-    QCOMPARE(firstFret(*document.tabData), 10);
-    document.changeListener = nullptr;
-    document.close();
-}
+    void outsideChangeReloads()
+    {
+        QFETCH(QString, how);
+        const QString folder = freshFolder(u"outside-"_qs + how);
+        const QString path = QDir(folder).filePath(u"Shared.lgrdi"_qs);
+        QVERIFY(writeTab(path, 1));
+        LutegridDocument document(path, std::nullopt);
+        Listener listener;
+        QVERIFY(document.open());
+        document.changeListener = &listener;
+        QSignalSpy reloaded(&document, &LutegridDocument::documentReloaded);
 
-void TestDocument::ownWritesAreNotOutsideChanges()
-{
-    const QString path = QDir(freshFolder(u"own"_qs)).filePath(u"Own.lgrdi"_qs);
-    LutegridDocument document(path, tabWithNote(1));
-    document.autosaveDelay = 0;
-    QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
-    QSignalSpy reloaded(&document, &LutegridDocument::documentReloaded);
-    QSignalSpy state(&document, &LutegridDocument::documentStateChanged);
-    for (int fret = 2; fret < 8; ++fret) {
-        document.tabData = tabWithNote(fret);
+        const QByteArray newer = documentData(tabWithNote(9));
+        if (how == u"inplace") {
+            QVERIFY(writeFile(path, newer));
+        } else if (how == u"renameover") {
+            const QString temp = QDir(folder).filePath(u".syncthing.Shared.lgrdi.tmp"_qs);
+            QVERIFY(writeFile(temp, newer));
+            std::filesystem::rename(temp.toStdString(), path.toStdString());
+        } else {
+            QVERIFY(QFile::remove(path));
+            QTest::qWait(50);
+            QVERIFY(writeFile(path, newer));
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 1, 2000);
+        QCOMPARE(firstFret(*document.tabData), 9);
+        QCOMPARE(document.tabData->title, u"Shared"_qs);
+        QCOMPARE(listener.reloads, 1);
+        QCOMPARE(firstFret(*listener.reloaded), 9);
+        QVERIFY(!inConflict(document));
+
+        // The watch is still armed after the first change.
+        QVERIFY(writeTab(path, 10));
+        QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 2, 2000);
+        QCOMPARE(firstFret(*document.tabData), 10);
+        document.changeListener = nullptr;
+        document.close();
+    }
+
+    void ownWritesAreNotOutsideChanges()
+    {
+        const QString path = QDir(freshFolder(u"own"_qs)).filePath(u"Own.lgrdi"_qs);
+        LutegridDocument document(path, tabWithNote(1));
+        document.autosaveDelay = 0;
+        QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
+        QSignalSpy reloaded(&document, &LutegridDocument::documentReloaded);
+        QSignalSpy state(&document, &LutegridDocument::documentStateChanged);
+        for (int fret = 2; fret < 8; ++fret) {
+            edit(document, fret);
+            QTest::qWait(30);
+        }
+        QTest::qWait(1300); // past a poll round
+        QCOMPARE(firstFret(*readTab(path)), 7);
+        QCOMPARE(reloaded.size(), 0);
+        QCOMPARE(state.size(), 0);
+        QCOMPARE(QDir(QFileInfo(path).absolutePath()).entryList(QDir::Files | QDir::Hidden).size(),
+                 1);
+        document.close();
+    }
+
+    void outsideChangeWithUnsavedWorkKeepsBoth()
+    {
+        const QString folder = freshFolder(u"unsaved"_qs);
+        const QString path = QDir(folder).filePath(u"Both.lgrdi"_qs);
+        QVERIFY(writeTab(path, 1));
+        LutegridDocument document(path, std::nullopt);
+        document.autosaveDelay = 60000;
+        document.autosaveMaximumDelay = 60000;
+        Listener listener;
+        QVERIFY(document.open());
+        listener.rows = tabWithNote(2).tabRowDatas;
+        document.changeListener = &listener;
         document.updateChangeCount(LutegridDocument::ChangeKind::Done);
-        QTest::qWait(30);
+
+        QVERIFY(writeTab(path, 8));
+        QTRY_VERIFY_WITH_TIMEOUT(inConflict(document), 2000);
+        QCOMPARE(listener.reloads, 0);
+        QCOMPARE(listener.conflicts, 1);
+        QCOMPARE(listener.lastVersionCount, 1);
+        const QList<FileVersion> versions = document.unresolvedConflictVersions();
+        QCOMPARE(versions.size(), 1);
+        QCOMPARE(firstFret(*readTab(versions[0].url)), 8);
+        QVERIFY(versions[0].modificationDate.has_value());
+
+        // The user's work is written over the file; the outside version waits in its copy.
+        QVERIFY(document.autosave());
+        QCOMPARE(firstFret(*readTab(path)), 2);
+        QCOMPARE(document.unresolvedConflictVersions().size(), 1);
+        QVERIFY(!TabFileNames::isTabEntryName(QFileInfo(versions[0].url).fileName()));
+        document.changeListener = nullptr;
+        document.close();
     }
-    QTest::qWait(1300); // past a poll round
-    QCOMPARE(firstFret(*readTab(path)), 7);
-    QCOMPARE(reloaded.size(), 0);
-    QCOMPARE(state.size(), 0);
-    QCOMPARE(QDir(QFileInfo(path).absolutePath()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    document.close();
-}
 
-void TestDocument::outsideChangeWithUnsavedWorkKeepsBoth()
-{
-    const QString folder = freshFolder(u"unsaved"_qs);
-    const QString path = QDir(folder).filePath(u"Both.lgrdi"_qs);
-    QVERIFY(writeFile(path, documentData(tabWithNote(1))));
-    LutegridDocument document(path, std::nullopt);
-    document.autosaveDelay = 60000;
-    document.autosaveMaximumDelay = 60000;
-    Listener listener;
-    QVERIFY(document.open());
-    listener.rows = tabWithNote(2).tabRowDatas;
-    document.changeListener = &listener;
-    document.updateChangeCount(LutegridDocument::ChangeKind::Done);
+    void saveOverUnseenChangeKeepsDiskVersion()
+    {
+        const QString path = QDir(freshFolder(u"stale"_qs)).filePath(u"Stale.lgrdi"_qs);
+        QVERIFY(writeTab(path, 1));
+        LutegridDocument document(path, std::nullopt);
+        QVERIFY(document.open());
+        edit(document, 2);
+        // Changed outside and saved over before any notice could arrive.
+        QVERIFY(writeTab(path, 6, 3));
+        QVERIFY(document.autosave());
+        QCOMPARE(firstFret(*readTab(path)), 2);
+        const auto versions = document.unresolvedConflictVersions();
+        QCOMPARE(versions.size(), 1);
+        QCOMPARE(readTab(versions[0].url)->tabRowDatas.size(), 3);
+        QVERIFY(inConflict(document));
 
-    QVERIFY(writeFile(path, documentData(tabWithNote(8))));
-    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict), 2000);
-    QCOMPARE(listener.reloads, 0);
-    QCOMPARE(listener.conflicts, 1);
-    QCOMPARE(listener.lastVersionCount, 1);
-    const QList<FileVersion> versions = document.unresolvedConflictVersions();
-    QCOMPARE(versions.size(), 1);
-    QCOMPARE(firstFret(*readTab(versions[0].url)), 8);
-    QVERIFY(versions[0].modificationDate.has_value());
-
-    // The user's work is written over the file; the outside version waits in its copy.
-    QVERIFY(document.autosave());
-    QCOMPARE(firstFret(*readTab(path)), 2);
-    QCOMPARE(document.unresolvedConflictVersions().size(), 1);
-    QVERIFY(!TabFileNames::isTabEntryName(QFileInfo(versions[0].url).fileName()));
-    document.changeListener = nullptr;
-    document.close();
-}
-
-void TestDocument::saveOverUnseenChangeKeepsDiskVersion()
-{
-    const QString path = QDir(freshFolder(u"stale"_qs)).filePath(u"Stale.lgrdi"_qs);
-    QVERIFY(writeFile(path, documentData(tabWithNote(1))));
-    LutegridDocument document(path, std::nullopt);
-    QVERIFY(document.open());
-    document.tabData = tabWithNote(2);
-    document.updateChangeCount(LutegridDocument::ChangeKind::Done);
-    // Changed outside and saved over before any notice could arrive.
-    QVERIFY(writeFile(path, documentData(tabWithNote(6, 3))));
-    QVERIFY(document.autosave());
-    QCOMPARE(firstFret(*readTab(path)), 2);
-    const auto versions = document.unresolvedConflictVersions();
-    QCOMPARE(versions.size(), 1);
-    QCOMPARE(readTab(versions[0].url)->tabRowDatas.size(), 3);
-    QVERIFY(document.documentState().testFlag(LutegridDocument::InConflict));
-
-    // A new tab saved for creating over a file that appeared meanwhile keeps that one too.
-    const QString taken = QDir(QFileInfo(path).absolutePath()).filePath(u"Untitled 1.lgrdi"_qs);
-    QVERIFY(writeFile(taken, documentData(tabWithNote(11))));
-    LutegridDocument fresh(taken, tabWithNote(0));
-    QVERIFY(fresh.saveToURL(taken, LutegridDocument::SaveOperation::ForCreating));
-    QCOMPARE(FileVersion::unresolvedConflictVersionsOfItemAtUrl(taken).size(), 1);
-    document.close();
-    fresh.close();
-}
-
-void TestDocument::renameFromOutsideRekeysActiveDocuments()
-{
-    const QString folder = freshFolder(u"rename"_qs);
-    const QString path = QDir(folder).filePath(u"Before.lgrdi"_qs);
-    QVERIFY(writeFile(path, documentData(tabWithNote(4))));
-    AppManager &manager = AppManager::shared();
-    LutegridDocument *document = manager.documentFor(path);
-    QCOMPARE(manager.documentFor(path), document);
-    QVERIFY(document->open());
-    QCOMPARE(document->tabData->title, u"Before"_qs);
-    QSignalSpy moved(document, &LutegridDocument::documentMoved);
-
-    const QString renamed = QDir(folder).filePath(u"After.lgrdi"_qs);
-    QVERIFY(QFile::rename(path, renamed));
-    QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, 2000);
-    QCOMPARE(document->fileURL(), renamed);
-    QVERIFY(!manager.activeDocUrls.contains(u"Before.lgrdi"_qs));
-    QCOMPARE(manager.activeDocUrls.value(u"After.lgrdi"_qs), document);
-    QCOMPARE(document->tabData->title, u"After"_qs);
-    QCOMPARE(firstFret(*document->tabData), 4);
-
-    // It keeps watching the file under its new name.
-    QSignalSpy reloaded(document, &LutegridDocument::documentReloaded);
-    QVERIFY(writeFile(renamed, documentData(tabWithNote(5))));
-    QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 1, 2000);
-    QVERIFY(document->close());
-    manager.activeDocUrls.clear();
-}
-
-void TestDocument::conflictCopyPutsDocumentInConflict()
-{
-    const QString folder = freshFolder(u"copy"_qs);
-    const QString path = QDir(folder).filePath(u"Song.lgrdi"_qs);
-    QVERIFY(writeFile(path, documentData(tabWithNote(1))));
-    LutegridDocument document(path, std::nullopt);
-    Listener listener;
-    QVERIFY(document.open());
-    document.changeListener = &listener;
-    analyticsEvents.clear();
-
-    // Another tab's copy is not this document's conflict.
-    QVERIFY(
-        writeFile(QDir(folder).filePath(u"Song 2.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs),
-                  documentData(tabWithNote(2))));
-    QTest::qWait(1200);
-    QVERIFY(!document.documentState().testFlag(LutegridDocument::InConflict));
-
-    QVERIFY(writeFile(QDir(folder).filePath(u"Song (conflicted copy 2026-11-21 101530).lgrdi"_qs),
-                      documentData(tabWithNote(3))));
-    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict), 2000);
-    QCOMPARE(listener.conflicts, 1);
-    QCOMPARE(listener.lastVersionCount, 1);
-    QCOMPARE(analyticsEvents, QStringList{u"Conflict_detected"_qs});
-
-    // Without a listener a conflict is only logged.
-    document.changeListener = nullptr;
-    QVERIFY(FileVersion::removeOtherVersionsOfItemAtUrl(path));
-    QTRY_VERIFY_WITH_TIMEOUT(!document.documentState().testFlag(LutegridDocument::InConflict),
-                             2000);
-    QVERIFY(writeFile(QDir(folder).filePath(u"Song (Ann's conflicted copy 2026-11-21).lgrdi"_qs),
-                      documentData(tabWithNote(4))));
-    QTRY_VERIFY_WITH_TIMEOUT(document.documentState().testFlag(LutegridDocument::InConflict), 2000);
-    QCOMPARE(listener.conflicts, 1);
-    QCOMPARE(analyticsEvents.count(u"Conflict_detected"_qs), 2);
-    document.close();
-}
-
-void TestDocument::killedWhileSavingLeavesReadableTab()
-{
-    const QString folder = freshFolder(u"crash"_qs);
-    const QString path = QDir(folder).filePath(u"Loop.lgrdi"_qs);
-    int killedMidWrite = 0;
-    for (int round = 0; round < 24; ++round) {
-        QProcess child;
-        child.start(QStringLiteral(LUTEGRID_SAVELOOP), {path});
-        QVERIFY(child.waitForStarted());
-        QVERIFY(child.waitForReadyRead(5000));
-        QThread::usleep(QRandomGenerator::global()->bounded(1000, 40000));
-        child.kill(); // SIGKILL: no chance to finish the write
-        QVERIFY(child.waitForFinished(5000));
-
-        QString error;
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const auto tab = tabDataFromDocumentData(file.readAll(), &error);
-        QVERIFY2(tab.has_value(), qPrintable(u"round %1: %2"_qs.arg(round).arg(error)));
-        QVERIFY(tab->tabRowDatas.size() == 1 || tab->tabRowDatas.size() == 2);
-        // Whatever the kill left behind, the listing shows the one tab.
-        const QStringList entries = QDir(folder).entryList(QDir::Files | QDir::Hidden);
-        killedMidWrite += entries.size() > 1;
-        const auto listed = AppManager::shared().scanFolder(folder, false);
-        QCOMPARE(listed.size(), 1);
-        QCOMPARE(listed[0].tabPath, u"Loop.lgrdi"_qs);
+        // A new tab saved for creating over a file that appeared meanwhile keeps that one too.
+        const QString taken = QDir(QFileInfo(path).absolutePath()).filePath(u"Untitled 1.lgrdi"_qs);
+        QVERIFY(writeTab(taken, 11));
+        LutegridDocument fresh(taken, tabWithNote(0));
+        QVERIFY(fresh.saveToURL(taken, LutegridDocument::SaveOperation::ForCreating));
+        QCOMPARE(FileVersion::unresolvedConflictVersionsOfItemAtUrl(taken).size(), 1);
+        document.close();
+        fresh.close();
     }
-    qInfo() << "kills that left a temporary file:" << killedMidWrite;
 
-    // What the killed saves left is cleared away once it is old enough to be nobody's.
-    const QDateTime old = QDateTime::currentDateTime().addSecs(-120);
-    for (const QString &name : QDir(folder).entryList(QDir::Files | QDir::Hidden)) {
-        QFile file(QDir(folder).filePath(name));
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        file.setFileTime(old, QFileDevice::FileModificationTime);
+    void renameFromOutsideRekeysActiveDocuments()
+    {
+        const QString folder = freshFolder(u"rename"_qs);
+        const QString path = QDir(folder).filePath(u"Before.lgrdi"_qs);
+        QVERIFY(writeTab(path, 4));
+        AppManager &manager = AppManager::shared();
+        LutegridDocument *document = manager.documentFor(path);
+        QCOMPARE(manager.documentFor(path), document);
+        QVERIFY(document->open());
+        QCOMPARE(document->tabData->title, u"Before"_qs);
+        QSignalSpy moved(document, &LutegridDocument::documentMoved);
+
+        const QString renamed = QDir(folder).filePath(u"After.lgrdi"_qs);
+        QVERIFY(QFile::rename(path, renamed));
+        QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, 2000);
+        QCOMPARE(document->fileURL(), renamed);
+        QVERIFY(!manager.activeDocUrls.contains(u"Before.lgrdi"_qs));
+        QCOMPARE(manager.activeDocUrls.value(u"After.lgrdi"_qs), document);
+        QCOMPARE(document->tabData->title, u"After"_qs);
+        QCOMPARE(firstFret(*document->tabData), 4);
+
+        // It keeps watching the file under its new name.
+        QSignalSpy reloaded(document, &LutegridDocument::documentReloaded);
+        QVERIFY(writeTab(renamed, 5));
+        QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 1, 2000);
+        QVERIFY(document->close());
+        manager.activeDocUrls.clear();
     }
-    const QString fresh = QDir(folder).filePath(u".~lg.Loop.lgrdi.young.tmp"_qs);
-    QVERIFY(writeFile(fresh, "in progress"));
-    LutegridDocument document(path, std::nullopt);
-    QVERIFY(document.open());
-    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
-             QStringList({u".~lg.Loop.lgrdi.young.tmp"_qs, u"Loop.lgrdi"_qs}));
-    document.close();
-}
+
+    void conflictCopyPutsDocumentInConflict()
+    {
+        const QString folder = freshFolder(u"copy"_qs);
+        const QString path = QDir(folder).filePath(u"Song.lgrdi"_qs);
+        QVERIFY(writeTab(path, 1));
+        LutegridDocument document(path, std::nullopt);
+        Listener listener;
+        QVERIFY(document.open());
+        document.changeListener = &listener;
+        analyticsEvents.clear();
+
+        // Another tab's copy is not this document's conflict.
+        QVERIFY(writeTab(
+            QDir(folder).filePath(u"Song 2.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs), 2));
+        QTest::qWait(1200);
+        QVERIFY(!inConflict(document));
+
+        QVERIFY(writeTab(
+            QDir(folder).filePath(u"Song (conflicted copy 2026-11-21 101530).lgrdi"_qs), 3));
+        QTRY_VERIFY_WITH_TIMEOUT(inConflict(document), 2000);
+        QCOMPARE(listener.conflicts, 1);
+        QCOMPARE(listener.lastVersionCount, 1);
+        QCOMPARE(analyticsEvents, QStringList{u"Conflict_detected"_qs});
+
+        // Without a listener a conflict is only logged.
+        document.changeListener = nullptr;
+        QVERIFY(FileVersion::removeOtherVersionsOfItemAtUrl(path));
+        QTRY_VERIFY_WITH_TIMEOUT(!inConflict(document), 2000);
+        QVERIFY(writeTab(QDir(folder).filePath(u"Song (Ann's conflicted copy 2026-11-21).lgrdi"_qs),
+                         4));
+        QTRY_VERIFY_WITH_TIMEOUT(inConflict(document), 2000);
+        QCOMPARE(listener.conflicts, 1);
+        QCOMPARE(analyticsEvents.count(u"Conflict_detected"_qs), 2);
+        document.close();
+    }
+
+    void killedWhileSavingLeavesReadableTab()
+    {
+        const QString folder = freshFolder(u"crash"_qs);
+        const QString path = QDir(folder).filePath(u"Loop.lgrdi"_qs);
+        int killedMidWrite = 0;
+        for (int round = 0; round < 24; ++round) {
+            QProcess child;
+            child.start(QStringLiteral(LUTEGRID_SAVELOOP), {path});
+            QVERIFY(child.waitForStarted());
+            QVERIFY(child.waitForReadyRead(5000));
+            QThread::usleep(QRandomGenerator::global()->bounded(1000, 40000));
+            child.kill(); // SIGKILL: no chance to finish the write
+            QVERIFY(child.waitForFinished(5000));
+
+            QString error;
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const auto tab = tabDataFromDocumentData(file.readAll(), &error);
+            QVERIFY2(tab.has_value(), qPrintable(u"round %1: %2"_qs.arg(round).arg(error)));
+            QVERIFY(tab->tabRowDatas.size() == 1 || tab->tabRowDatas.size() == 2);
+            // Whatever the kill left behind, the listing shows the one tab.
+            const QStringList entries = QDir(folder).entryList(QDir::Files | QDir::Hidden);
+            killedMidWrite += entries.size() > 1;
+            const auto listed = AppManager::shared().scanFolder(folder, false);
+            QCOMPARE(listed.size(), 1);
+            QCOMPARE(listed[0].tabPath, u"Loop.lgrdi"_qs);
+        }
+        qInfo() << "kills that left a temporary file:" << killedMidWrite;
+
+        // What the killed saves left is cleared away once it is old enough to be nobody's.
+        const QDateTime old = QDateTime::currentDateTime().addSecs(-120);
+        for (const QString &name : QDir(folder).entryList(QDir::Files | QDir::Hidden)) {
+            QFile file(QDir(folder).filePath(name));
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            file.setFileTime(old, QFileDevice::FileModificationTime);
+        }
+        const QString fresh = QDir(folder).filePath(u".~lg.Loop.lgrdi.young.tmp"_qs);
+        QVERIFY(writeFile(fresh, "in progress"));
+        LutegridDocument document(path, std::nullopt);
+        QVERIFY(document.open());
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
+                 QStringList({u".~lg.Loop.lgrdi.young.tmp"_qs, u"Loop.lgrdi"_qs}));
+        document.close();
+    }
+};
 
 LUTEGRID_TEST_MAIN(TestDocument)
 #include "tst_document.moc"

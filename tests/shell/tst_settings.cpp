@@ -3,12 +3,11 @@
 #include "shell/saveddata.h"
 
 #include "handmadeplist.h"
+#include "testfiles.h"
 #include "testmain.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRandomGenerator>
-#include <QSaveFile>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -22,36 +21,12 @@ ChordShortcut custom(const QString &name, qint64 fret = 0)
     return ChordShortcut{name, QList<ColumnItemType>(6, ColumnItemType::note(fret)), true};
 }
 
-QStringList namesOf(const QList<ChordShortcut> &chords)
+template <typename Chord> QStringList namesOf(const QList<Chord> &chords)
 {
     QStringList names;
-    for (const ChordShortcut &chord : chords)
+    for (const Chord &chord : chords)
         names.append(chord.name);
     return names;
-}
-
-QStringList namesOf(const QList<RecentChord> &chords)
-{
-    QStringList names;
-    for (const RecentChord &chord : chords)
-        names.append(chord.name);
-    return names;
-}
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QSaveFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-    QVERIFY(file.commit());
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll();
 }
 
 // A keyed archive whose object holds a key with a NUL in it: libplist stops the program when
@@ -77,8 +52,7 @@ QByteArray archiveWithNulKey(bool inTop)
 
 } // namespace
 
-class TestSettings : public QObject
-{
+class TestSettings : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -96,12 +70,11 @@ private Q_SLOTS:
         folder.reset();
     }
 
-    void anAbsentFileGivesTheStartValues()
+    void anAbsentFileGivesTheStartValuesAndIsWrittenByKey()
     {
-        const SavedData settings(dataPath(), cloud.get());
+        SavedData settings(dataPath(), cloud.get());
         QCOMPARE(settings.defaultStringCount, 6);
         QVERIFY(settings.saveCustomChordsLocally);
-        QCOMPARE(settings.customChordLimit, 50);
         QVERIFY(!settings.recentChords);
         QVERIFY(!settings.customChordShortcuts);
         QVERIFY(!settings.lastReviewRequestDate);
@@ -109,6 +82,29 @@ private Q_SLOTS:
         QCOMPARE(settings.lastFretCount, 0);
         QCOMPARE(settings.tabTagFileURL, folder->filePath(u"tabtag.plist"_qs));
         QVERIFY(!QFile::exists(dataPath()));
+
+        // Saved, the file uses the keys of the settings table.
+        settings.hideColHeaders = true;
+        settings.defaultStringCount = 5;
+        settings.save();
+        const auto top = KeyedUnarchiver::unarchivedTopLevel(readFile(dataPath()));
+        QVERIFY(top);
+        // The key says the opposite of the field: stored true means hidden.
+        QCOMPARE(top->value(u"showcolheaderskey").type(), ArchiveValue::Type::Bool);
+        QVERIFY(top->value(u"showcolheaderskey").toBool());
+        QCOMPARE(top->value(u"defaultstringcountkey").toInteger(), 5);
+        // Empty and absent lists and dates are not written at all.
+        QVERIFY(!top->contains(u"rcsck"));
+        QVERIFY(!top->contains(u"ccsck"));
+        QVERIFY(!top->contains(u"lastrrtKey"));
+        const QStringList keys{u"firsttabkey"_qs,        u"tabcreatecountkey"_qs,
+                               u"icloudakey"_qs,         u"notk"_qs,
+                               u"hasturnedicloudoff"_qs, u"lastfretcountkey"_qs,
+                               u"autocursoramntkey"_qs,  u"playsoundskey"_qs,
+                               u"flashnavkey"_qs,        u"freescrollkey"_qs,
+                               u"appearancekey"_qs,      u"toolsseenkey"_qs};
+        for (const QString &key : keys)
+            QVERIFY2(top->contains(key), qPrintable(key));
     }
 
     void aFileFromBeforeAKeyExistedReadsZero()
@@ -126,88 +122,47 @@ private Q_SLOTS:
 
     void everyFieldSurvivesSaveAndLoad()
     {
+        const QList<bool SavedData::*> flags{
+            &SavedData::createdFirstTab, &SavedData::icloudOff,
+            &SavedData::notesOnTab,      &SavedData::hasTurnedICloudOff,
+            &SavedData::playSounds,      &SavedData::disableFlashNavArrows,
+            &SavedData::hideColHeaders,  &SavedData::freeScrollSetting,
+            &SavedData::toolsMarkedSeen};
+        const QList<std::pair<qint64 SavedData::*, qint64>> counts{
+            {&SavedData::tabCreateCount, 17},
+            {&SavedData::lastFretCount, 24},
+            {&SavedData::autoCursorAmount, 2},
+            {&SavedData::defaultStringCount, 7},
+            {&SavedData::appearanceSetting, 2}};
+        const QList<RecentChord> recent{{u"Am"_qs, false}, {u"Mine"_qs, true}};
         {
             SavedData settings(dataPath(), cloud.get());
-            settings.createdFirstTab = true;
-            settings.tabCreateCount = 17;
-            settings.icloudOff = true;
-            settings.notesOnTab = true;
-            settings.hasTurnedICloudOff = true;
-            settings.recentChords = QList<RecentChord>{{u"Am"_qs, false}, {u"Mine"_qs, true}};
+            for (const auto flag : flags)
+                settings.*flag = true;
+            for (const auto &[field, value] : counts)
+                settings.*field = value;
+            settings.recentChords = recent;
             settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Mine"_qs, 3)};
             settings.lastReviewRequestDate = 1'790'000'000.5;
-            settings.lastFretCount = 24;
-            settings.autoCursorAmount = 2;
-            settings.playSounds = true;
-            settings.defaultStringCount = 7;
-            settings.disableFlashNavArrows = true;
-            settings.hideColHeaders = true;
-            settings.freeScrollSetting = true;
-            settings.appearanceSetting = 2;
-            settings.toolsMarkedSeen = true;
             // Run-only fields are not stored.
             settings.toolsMarkedSeenTemporary = true;
             settings.tagMapLoaded = true;
             settings.save();
         }
         const SavedData loaded(dataPath(), cloud.get());
-        QVERIFY(loaded.createdFirstTab);
-        QCOMPARE(loaded.tabCreateCount, 17);
-        QVERIFY(loaded.icloudOff);
-        QVERIFY(loaded.notesOnTab);
-        QVERIFY(loaded.hasTurnedICloudOff);
-        QCOMPARE(loaded.recentChords,
-                 (QList<RecentChord>{{u"Am"_qs, false}, {u"Mine"_qs, true}}));
-        QVERIFY(loaded.customChordShortcuts);
-        QCOMPARE(loaded.customChordShortcuts->size(), 1);
-        QCOMPARE(loaded.customChordShortcuts->first().name, u"Mine"_qs);
+        for (qsizetype i = 0; i < flags.size(); ++i)
+            QVERIFY2(loaded.*flags[i], qPrintable(u"flag %1"_qs.arg(i)));
+        for (const auto &[field, value] : counts)
+            QCOMPARE(loaded.*field, value);
+        QCOMPARE(loaded.recentChords, recent);
+        QCOMPARE(loaded.customChordShortcuts, QList<ChordShortcut>{custom(u"Mine"_qs, 3)});
         QCOMPARE(loaded.customChordShortcuts->first().colItems, custom(u"Mine"_qs, 3).colItems);
-        QVERIFY(loaded.customChordShortcuts->first().isCustom);
         QCOMPARE(loaded.lastReviewRequestDate, std::optional<double>(1'790'000'000.5));
-        QCOMPARE(loaded.lastFretCount, 24);
-        QCOMPARE(loaded.autoCursorAmount, 2);
-        QVERIFY(loaded.playSounds);
-        QCOMPARE(loaded.defaultStringCount, 7);
-        QVERIFY(loaded.disableFlashNavArrows);
-        QVERIFY(loaded.hideColHeaders);
-        QVERIFY(loaded.freeScrollSetting);
-        QCOMPARE(loaded.appearanceSetting, 2);
-        QVERIFY(loaded.toolsMarkedSeen);
         QVERIFY(!loaded.toolsMarkedSeenTemporary);
         QVERIFY(!loaded.tagMapLoaded);
         // The local chords were the only copy, so this start pushed them to the cloud.
         QVERIFY(loaded.saveCustomChordsLocally);
         QCOMPARE(namesOf(loaded.loadCloudCustomChords()), QStringList{u"Mine"_qs});
-    }
-
-    void theFileUsesTheKeysOfTheSettingsTable()
-    {
-        SavedData settings(dataPath(), cloud.get());
-        settings.hideColHeaders = true;
-        settings.defaultStringCount = 5;
-        settings.save();
-        const auto top = KeyedUnarchiver::unarchivedTopLevel(readFile(dataPath()));
-        QVERIFY(top);
-        // The key says the opposite of the field: stored true means hidden.
-        QCOMPARE(top->value(u"showcolheaderskey").type(), ArchiveValue::Type::Bool);
-        QVERIFY(top->value(u"showcolheaderskey").toBool());
-        QCOMPARE(top->value(u"defaultstringcountkey").toInteger(), 5);
-        // Empty and absent lists and dates are not written at all.
-        QVERIFY(!top->contains(u"rcsck"));
-        QVERIFY(!top->contains(u"ccsck"));
-        QVERIFY(!top->contains(u"lastrrtKey"));
-        const QStringList keys{u"firsttabkey"_qs,      u"tabcreatecountkey"_qs, u"icloudakey"_qs,
-                               u"notk"_qs,             u"hasturnedicloudoff"_qs,
-                               u"lastfretcountkey"_qs, u"autocursoramntkey"_qs,
-                               u"playsoundskey"_qs,    u"flashnavkey"_qs,
-                               u"freescrollkey"_qs,    u"appearancekey"_qs,
-                               u"toolsseenkey"_qs};
-        for (const QString &key : keys)
-            QVERIFY2(top->contains(key), qPrintable(key));
-
-        writeFile(dataPath(), KeyedArchiver::archivedDataKeyedDirectly(
-                                  {{u"showcolheaderskey"_qs, ArchiveValue::fromBool(true)}}));
-        QVERIFY(SavedData(dataPath(), cloud.get()).hideColHeaders);
     }
 
     void recentChordsMoveToTheFront()
@@ -290,11 +245,7 @@ private Q_SLOTS:
 
     void theCloudCopyWins()
     {
-        {
-            SavedData settings(dataPath(), nullptr);
-            settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Local"_qs)};
-            settings.save();
-        }
+        saveLocalChord(u"Local"_qs);
         cloud->setObject(QVariantList{custom(u"Cloud"_qs, 4).archivedData()}, cloudKey);
 
         SavedData settings(dataPath(), cloud.get());
@@ -325,11 +276,7 @@ private Q_SLOTS:
     void aCloudEntryThatDoesNotDecodeEmptiesTheCloudList()
     {
         QFETCH(QVariant, badEntry);
-        {
-            SavedData settings(dataPath(), nullptr);
-            settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Local"_qs)};
-            settings.save();
-        }
+        saveLocalChord(u"Local"_qs);
         cloud->setObject(QVariantList{custom(u"Cloud"_qs).archivedData(), badEntry}, cloudKey);
 
         const SavedData settings(dataPath(), cloud.get());
@@ -390,6 +337,13 @@ private Q_SLOTS:
 
 private:
     QString dataPath() const { return folder->filePath(u"data.plist"_qs); }
+    // As a start without the cloud leaves the file.
+    void saveLocalChord(const QString &name)
+    {
+        SavedData settings(dataPath(), nullptr);
+        settings.customChordShortcuts = QList<ChordShortcut>{custom(name)};
+        settings.save();
+    }
 
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<CloudKeyValueStore> cloud;

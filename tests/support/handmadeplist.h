@@ -3,12 +3,12 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QtEndian>
 
 // A binary property list assembled by hand, to make shapes that no writer would produce
 // (cycles, runaway nesting, keys holding NUL).
 // Objects are given as their encoded bytes; references and offsets are four bytes wide.
-class HandMadePlist
-{
+class HandMadePlist {
 public:
     int add(const QByteArray &object)
     {
@@ -17,10 +17,8 @@ public:
     }
     static QByteArray ref(int index)
     {
-        QByteArray bytes(4, '\0');
-        for (int i = 0; i < 4; ++i)
-            bytes[3 - i] = char((quint32(index) >> (8 * i)) & 0xFF);
-        return bytes;
+        const quint32 bigEndian = qToBigEndian(quint32(index));
+        return QByteArray(reinterpret_cast<const char *>(&bigEndian), 4);
     }
     // A marker with its count, which from 15 on follows in an integer of its own.
     static QByteArray marker(int type, qsizetype count)
@@ -43,16 +41,11 @@ public:
     static QByteArray dict(const QList<int> &keys, const QList<int> &values)
     {
         QByteArray bytes = marker(0xD, keys.size());
-        for (int key : keys)
-            bytes += ref(key);
-        for (int value : values)
-            bytes += ref(value);
+        for (int object : keys + values)
+            bytes += ref(object);
         return bytes;
     }
-    static QByteArray ascii(const QByteArray &text)
-    {
-        return marker(0x5, text.size()) + text;
-    }
+    static QByteArray ascii(const QByteArray &text) { return marker(0x5, text.size()) + text; }
     static QByteArray utf16(const QString &text)
     {
         QByteArray bytes = marker(0x6, text.size());
@@ -62,12 +55,7 @@ public:
         }
         return bytes;
     }
-    static QByteArray uid(int index)
-    {
-        QByteArray bytes(1, char(0x80));
-        bytes.append(char(index));
-        return bytes;
-    }
+    static QByteArray uid(int index) { return QByteArray(1, char(0x80)) + char(index); }
     static QByteArray yes() { return QByteArray(1, char(0x09)); }
 
     QByteArray data(int top) const
