@@ -1100,8 +1100,8 @@ void TabEditView::forceContextMenuFinished(int selectedIndex)
         noteContextMenuItemResults.value_or(QList<ColumnItemType>());
     noteContextMenuSource.reset();
     noteContextMenuItemResults.reset();
-    // The menu is on the call stack: let it go once the choice has been made.
-    std::unique_ptr<ForceContextMenu> menu = std::move(noteContextMenu);
+    // The menu is on the call stack: it is kept aside until the next menu, or the view, ends.
+    finishedContextMenu = std::move(noteContextMenu);
     if (selectedIndex != -1 && selectedIndex >= 0 && selectedIndex < results.size()) {
         setColumnItemAt(source.tRowIndex, source.colIndex, source.itemIndex, results[selectedIndex],
                         false);
@@ -1109,9 +1109,6 @@ void TabEditView::forceContextMenuFinished(int selectedIndex)
             tabRowChangeListener->columnItemChanged();
     }
     Q_EMIT menuChanged();
-    if (menu)
-        QMetaObject::invokeMethod(
-            this, [doomed = menu.release()] { delete doomed; }, Qt::QueuedConnection);
 }
 
 // Magic mode

@@ -107,6 +107,7 @@ public:
     std::optional<TabColumnData> preEditColumnData;
     std::optional<NoteContextMenuSource> noteContextMenuSource;
     std::unique_ptr<ForceContextMenu> noteContextMenu;
+    std::unique_ptr<ForceContextMenu> finishedContextMenu;
     std::optional<QList<ColumnItemType>> noteContextMenuItemResults;
     ForceLongPressGestureRecognizer forceGestureRecognizer;
     bool magicEditMode = false;
