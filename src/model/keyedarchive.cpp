@@ -258,22 +258,20 @@ public:
         return uid;
     }
 
-    // The object at `uid` if it is an object of some class.
+    // The dictionary at `uid`; whether it is an object of some class is className's to say.
+    // Each look into a dictionary walks its entries, so the walkers ask as few as they can.
     plist_t objectNode(quint64 uid) const
     {
         if (uid >= objects.size())
             return nullptr;
         plist_t node = objects[uid];
-        if (plist_get_node_type(node) != PLIST_DICT)
-            return nullptr;
-        plist_t classRef = plist_dict_get_item(node, "$class");
-        return classRef && plist_get_node_type(classRef) == PLIST_UID ? node : nullptr;
+        return plist_get_node_type(node) == PLIST_DICT ? node : nullptr;
     }
 
     QString classNameOf(quint64 uid)
     {
         plist_t node = objectNode(uid);
-        const auto *klass = node ? classOf(node) : nullptr;
+        const auto *klass = node ? classOf(node, false) : nullptr;
         return klass ? klass->first : QString();
     }
 
@@ -484,11 +482,12 @@ private:
     }
 
     // Class chains are shared by many objects, so each is read once.
-    const std::pair<QString, QStringList> *classOf(plist_t dict)
+    const std::pair<QString, QStringList> *classOf(plist_t dict, bool required = true)
     {
         plist_t classRef = plist_dict_get_item(dict, "$class");
         if (!classRef || plist_get_node_type(classRef) != PLIST_UID) {
-            fail(u"object without a class"_qs);
+            if (required)
+                fail(u"object without a class"_qs);
             return nullptr;
         }
         uint64_t uid = 0;
