@@ -144,7 +144,6 @@ public:
         return plist.dictionary({{plist.string(u"root"_qs), plist.uid(root)}});
     }
 
-private:
     quint64 append(BinaryPlistWriter::Ref ref)
     {
         objects.push_back(ref);
@@ -152,6 +151,18 @@ private:
     }
 
     quint64 reserve() { return append(0); }
+
+    // Keys given as literals are looked up by address: the same few, thousands of times.
+    BinaryPlistWriter::Ref keyReference(const char *key)
+    {
+        for (const auto &[literal, ref] : keys) {
+            if (literal == key)
+                return ref;
+        }
+        const BinaryPlistWriter::Ref ref = plist.string(QString::fromUtf8(key));
+        keys.emplace_back(key, ref);
+        return ref;
+    }
 
     // One class description per class, however many objects use it.
     BinaryPlistWriter::Ref classReference(const QStringList &chain)
@@ -173,6 +184,7 @@ private:
     std::vector<BinaryPlistWriter::Ref> objects;
     QHash<QString, quint64> strings;
     QHash<QString, quint64> classes;
+    std::vector<std::pair<const char *, BinaryPlistWriter::Ref>> keys;
 };
 
 // ---- Reading -------------------------------------------------------------------------------
@@ -637,6 +649,62 @@ private:
 };
 
 } // namespace
+
+struct KeyedArchiveBuilder::Private {
+    Writer writer;
+};
+
+KeyedArchiveBuilder::KeyedArchiveBuilder() : d(std::make_unique<Private>()) {}
+
+KeyedArchiveBuilder::~KeyedArchiveBuilder() = default;
+
+KeyedArchiveBuilder::Uid KeyedArchiveBuilder::reserve()
+{
+    return d->writer.reserve();
+}
+
+KeyedArchiveBuilder::Uid KeyedArchiveBuilder::string(const QString &text)
+{
+    return d->writer.reference(ArchiveValue::fromString(text));
+}
+
+KeyedArchiveBuilder::Uid KeyedArchiveBuilder::optionalString(const std::optional<QString> &text)
+{
+    return text ? string(*text) : 0;
+}
+
+KeyedArchiveBuilder::Uid KeyedArchiveBuilder::array(const std::vector<Uid> &elements)
+{
+    Writer &w = d->writer;
+    std::vector<BinaryPlistWriter::Ref> refs;
+    refs.reserve(elements.size());
+    for (const Uid element : elements)
+        refs.push_back(w.plist.uid(element));
+    return w.append(w.plist.dictionary(
+        {{w.keyReference("NS.objects"), w.plist.array(refs)},
+         {w.keyReference("$class"), w.classReference({u"NSArray"_qs, u"NSObject"_qs})}}));
+}
+
+void KeyedArchiveBuilder::setObject(Uid object, const QString &className,
+                                    std::span<const Field> fields)
+{
+    Writer &w = d->writer;
+    std::vector<std::pair<BinaryPlistWriter::Ref, BinaryPlistWriter::Ref>> entries;
+    entries.reserve(fields.size() + 1);
+    for (const Field &field : fields) {
+        const BinaryPlistWriter::Ref value = field.kind == Field::Kind::Reference
+                                                 ? w.plist.uid(quint64(field.value))
+                                                 : w.plist.integer(field.value);
+        entries.emplace_back(w.keyReference(field.key), value);
+    }
+    entries.emplace_back(w.keyReference("$class"), w.classReference({className, u"NSObject"_qs}));
+    w.objects[size_t(object)] = w.plist.dictionary(entries);
+}
+
+QByteArray KeyedArchiveBuilder::finish(Uid rootObject)
+{
+    return d->writer.finish(d->writer.rootTop(rootObject));
+}
 
 struct KeyedArchiveView::Private {
     Reader reader;

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 // The keyed-archive layout over a binary property list: "$archiver", "$version", "$top" and
@@ -19,6 +20,42 @@ public:
     static QByteArray archivedData(const ArchiveValue &rootObject);
     // An archive written key by key straight into "$top", as the settings file is.
     static QByteArray archivedDataKeyedDirectly(const ArchiveFields &topLevel);
+};
+
+// Builds an archive object by object, for writers of a known shape that would rather not
+// make a tree of values first: a tab's document has hundreds of thousands of cells.
+class KeyedArchiveBuilder {
+public:
+    using Uid = quint64;
+    // An object's field: a reference to another object, or an integer stored inline. Keys
+    // are string literals; the builder knows them by their address.
+    struct Field {
+        enum class Kind { Reference, Integer };
+        const char *key;
+        Kind kind;
+        qint64 value;
+        static Field reference(const char *key, Uid uid)
+        {
+            return {key, Kind::Reference, qint64(uid)};
+        }
+        static Field integer(const char *key, qint64 value) { return {key, Kind::Integer, value}; }
+    };
+
+    KeyedArchiveBuilder();
+    ~KeyedArchiveBuilder();
+
+    // A place for an object whose contents come later, so that it is numbered before them.
+    Uid reserve();
+    // Equal strings share one object. The null object is 0.
+    Uid string(const QString &text);
+    Uid optionalString(const std::optional<QString> &text);
+    Uid array(const std::vector<Uid> &elements);
+    void setObject(Uid object, const QString &className, std::span<const Field> fields);
+    QByteArray finish(Uid rootObject);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
 };
 
 class KeyedUnarchiver {

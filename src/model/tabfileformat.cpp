@@ -67,31 +67,6 @@ QString cutTuningEntry(const QString &entry)
     return result;
 }
 
-ArchiveValue encodeColumn(const TabColumnData &column)
-{
-    ArchiveArray items;
-    items.reserve(column.columnItems.size());
-    for (const ColumnItemType &item : column.columnItems)
-        items.push_back(ArchiveValue::fromString(item.text()));
-    return ArchiveValue::object(tabColumnDataClass,
-                                {{u"colikey"_qs, ArchiveValue::fromArray(std::move(items))},
-                                 {u"chnmkey"_qs, ArchiveValue::optionalString(column.chordName)}});
-}
-
-ArchiveValue encodeRow(const TabRowData &row)
-{
-    ArchiveArray columns;
-    columns.reserve(row.colDatas.size());
-    for (const TabColumnData &column : row.colDatas)
-        columns.push_back(encodeColumn(column));
-    const std::optional<QString> firstLine =
-        row.lyricLines.isEmpty() ? std::nullopt : std::optional(row.lyricLines.first());
-    return ArchiveValue::object(tabRowDataClass,
-                                {{u"cdkey"_qs, ArchiveValue::fromArray(std::move(columns))},
-                                 {u"lkey"_qs, ArchiveValue::optionalString(firstLine)},
-                                 {u"lmkey"_qs, ArchiveValue::fromStringList(row.lyricLines)}});
-}
-
 // Reads a tab out of its archive in place. Every row, column and cell text is decoded once
 // however many places refer to it, so an archive that points at one object a million times
 // costs a million references, not a million decodings.
@@ -285,23 +260,79 @@ std::optional<TabData> importFailure(ImportError *error, const QString &message)
 
 QByteArray documentData(const TabData &tabData)
 {
-    ArchiveArray rows;
-    rows.reserve(tabData.tabRowDatas.size());
-    for (const TabRowData &row : tabData.tabRowDatas)
-        rows.push_back(encodeRow(row));
-    ArchiveFields fields{
-        {u"trk"_qs, ArchiveValue::fromArray(std::move(rows))},
-        {u"snkey"_qs, ArchiveValue::fromStringList(tabData.stringNotes)},
-        {u"cftkey"_qs, ArchiveValue::fromInteger(tabData.capoFret)},
-        {u"lcszkey"_qs, ArchiveValue::fromInteger(tabData.lyricSize)},
-        {u"introkey"_qs, ArchiveValue::optionalString(tabData.introText)},
-        {u"tempokey"_qs, ArchiveValue::fromInteger(tabData.tempo)},
+    using Uid = KeyedArchiveBuilder::Uid;
+    using Field = KeyedArchiveBuilder::Field;
+    KeyedArchiveBuilder archive;
+    const Uid root = archive.reserve();
+
+    // Every cell is the text of its item, and equal texts are one object.
+    std::array<Uid, ColumnItemType::kindCount> markUids{};
+    std::unordered_map<qint64, Uid> noteUids;
+    auto cellUid = [&](const ColumnItemType &item) {
+        if (item.isMark()) {
+            Uid &uid = markUids[size_t(item.kind())];
+            if (!uid)
+                uid = archive.string(item.text());
+            return uid;
+        }
+        const auto found = noteUids.find(item.fret());
+        if (found != noteUids.end())
+            return found->second;
+        return noteUids.emplace(item.fret(), archive.string(item.text())).first->second;
+    };
+    auto stringArray = [&](const QStringList &texts) {
+        std::vector<Uid> uids;
+        uids.reserve(size_t(texts.size()));
+        for (const QString &text : texts)
+            uids.push_back(archive.string(text));
+        return archive.array(uids);
+    };
+
+    std::vector<Uid> rowUids;
+    rowUids.reserve(size_t(tabData.tabRowDatas.size()));
+    std::vector<Uid> columnUids;
+    std::vector<Uid> itemUids;
+    for (const TabRowData &row : tabData.tabRowDatas) {
+        const Uid rowUid = archive.reserve();
+        columnUids.clear();
+        for (const TabColumnData &column : row.colDatas) {
+            const Uid columnUid = archive.reserve();
+            itemUids.clear();
+            for (const ColumnItemType &item : column.columnItems)
+                itemUids.push_back(cellUid(item));
+            const Field fields[] = {
+                Field::reference("colikey", archive.array(itemUids)),
+                Field::reference("chnmkey", archive.optionalString(column.chordName)),
+            };
+            archive.setObject(columnUid, tabColumnDataClass, fields);
+            columnUids.push_back(columnUid);
+        }
+        const std::optional<QString> firstLine =
+            row.lyricLines.isEmpty() ? std::nullopt : std::optional(row.lyricLines.first());
+        const Field fields[] = {
+            Field::reference("cdkey", archive.array(columnUids)),
+            Field::reference("lkey", archive.optionalString(firstLine)),
+            Field::reference("lmkey", stringArray(row.lyricLines)),
+        };
+        archive.setObject(rowUid, tabRowDataClass, fields);
+        rowUids.push_back(rowUid);
+    }
+
+    std::vector<Field> fields{
+        Field::reference("trk", archive.array(rowUids)),
+        Field::reference("snkey", stringArray(tabData.stringNotes)),
+        Field::integer("cftkey", tabData.capoFret),
+        Field::integer("lcszkey", tabData.lyricSize),
+        Field::reference("introkey", archive.optionalString(tabData.introText)),
+        Field::integer("tempokey", tabData.tempo),
     };
     if (tabData.playbackOptions) {
-        fields.emplace_back(u"plbkoptionskey"_qs, ArchiveValue::fromString(QString::fromUtf8(
-                                                      tabData.playbackOptions->toJson())));
+        fields.push_back(
+            Field::reference("plbkoptionskey",
+                             archive.string(QString::fromUtf8(tabData.playbackOptions->toJson()))));
     }
-    return KeyedArchiver::archivedData(ArchiveValue::object(tabDataClass, std::move(fields)));
+    archive.setObject(root, tabDataClass, fields);
+    return archive.finish(root);
 }
 
 std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error)
