@@ -8,6 +8,8 @@
 #include "iconprovider.h"
 
 #include <QDebug>
+#include <QGuiApplication>
+#include <QPalette>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -169,6 +171,8 @@ std::optional<QStringList> MainScene::shownTabStringNotes() const
 
 void MainScene::setOverrideUserInterfaceStyle(int style)
 {
-    // 0 follows the system, which offers no dark setting of its own here: light.
-    SurfacePalette::instance()->setDark(style == 2);
+    // 0 follows the system. Qt here has no dark setting to ask, but a desktop in dark mode
+    // hands the application a dark palette.
+    const bool systemDark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+    SurfacePalette::instance()->setDark(style == 2 || (style == 0 && systemDark));
 }
