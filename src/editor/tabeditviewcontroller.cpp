@@ -369,8 +369,29 @@ void TabEditViewController::deleteTabRow()
 {
     if (pressInProgress() || surface->tabRows.size() < 2)
         return;
+    // With rows waiting below the window, those under the cursor's row slide up over it.
+    const bool slide = !surface->freeVerticalScroll
+                       && surface->tabRowIndex + surface->showingCount() < surface->tabRows.size();
     surface->removeTabRow(surface->freeVerticalScroll ? surface->editShowingTabRowIndex
                                                       : surface->cursorTabRow());
+    if (!slide)
+        return;
+    rowSlideFrom = surface->editShowingTabRowIndex;
+    rowSlideOffset = surface->tabRowPitch();
+    rowSliding = false;
+    Q_EMIT rowSlideChanged();
+    // The screen shows the rows one row lower first, then animates them home over the settle
+    // time of a pan.
+    QTimer::singleShot(0, this, [this] {
+        rowSliding = true;
+        rowSlideOffset = 0.0;
+        Q_EMIT rowSlideChanged();
+        QTimer::singleShot(panSettleTimer.interval(), this, [this] {
+            rowSliding = false;
+            rowSlideFrom = -1;
+            Q_EMIT rowSlideChanged();
+        });
+    });
 }
 
 void TabEditViewController::putBarButtPress()

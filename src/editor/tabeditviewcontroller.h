@@ -67,6 +67,9 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(QStringList stringNotes READ stringNotes NOTIFY layoutChanged)
     Q_PROPERTY(double panOffsetY MEMBER panOffsetY NOTIFY panChanged)
     Q_PROPERTY(bool panSettling MEMBER panSettling NOTIFY panChanged)
+    Q_PROPERTY(int rowSlideFrom MEMBER rowSlideFrom NOTIFY rowSlideChanged)
+    Q_PROPERTY(double rowSlideOffset MEMBER rowSlideOffset NOTIFY rowSlideChanged)
+    Q_PROPERTY(bool rowSliding MEMBER rowSliding NOTIFY rowSlideChanged)
     Q_PROPERTY(bool indicatorVisible READ indicatorVisible NOTIFY indicatorChanged)
     Q_PROPERTY(bool indicatorShown MEMBER indicatorShown NOTIFY indicatorChanged)
     Q_PROPERTY(bool indicatorDragging READ indicatorDragging NOTIFY indicatorChanged)
@@ -130,6 +133,12 @@ public:
     double panOffsetY = 0.0;
     bool panSettling = false;
     QTimer panSettleTimer;
+
+    // A deleted row's slide: the shown rows from rowSlideFrom down stand rowSlideOffset lower
+    // and come up over the gap while rowSliding.
+    int rowSlideFrom = -1;
+    double rowSlideOffset = 0.0;
+    bool rowSliding = false;
 
     // The scroll indicator.
     bool indicatorShown = false;
@@ -234,6 +243,7 @@ Q_SIGNALS:
     void toolsChanged();
     void layoutChanged();
     void panChanged();
+    void rowSlideChanged();
     void indicatorChanged();
     void highlightsChanged();
     // The editor is done; the screen goes.

@@ -706,8 +706,17 @@ void TestEditor::rowsAddAndDelete()
     QCOMPARE(view->tabRows.size(), 3);
     QVERIFY(view->tabRows[1].colDatas[0].isSameColumn(TabColumnData(6)));
     QCOMPARE(view->tabRows[2].colDatas[0].columnItems[0], note(9));
+    // With a row waiting below, the rows under the cursor's come up over the deleted one.
     editor->deleteTabRow();
     QCOMPARE(view->tabRows.size(), 2);
+    QCOMPARE(editor->rowSlideFrom, view->editShowingTabRowIndex);
+    QCOMPARE(editor->rowSlideOffset, view->tabRowPitch());
+    QTRY_COMPARE(editor->rowSlideFrom, -1);
+    QCOMPARE(editor->rowSlideOffset, 0.0);
+    // The last row shown, nothing below: no slide.
+    editor->deleteTabRow();
+    QCOMPARE(view->tabRows.size(), 1);
+    QCOMPARE(editor->rowSlideFrom, -1);
 }
 
 void TestEditor::unseenToolsDot_data()

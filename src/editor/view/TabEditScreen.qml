@@ -54,6 +54,9 @@ EditorScreenItem {
                 width: screen.c ? screen.c.tabEditViewWidth : 0
                 height: screen.c ? screen.c.tabEditViewHeight : 0
                 rowsWanted: screen.c ? screen.c.visibleRows : 0
+                slideFromRow: screen.c ? screen.c.rowSlideFrom : -1
+                slideOffset: screen.c ? screen.c.rowSlideOffset : 0
+                sliding: screen.c !== null && screen.c.rowSliding
             }
             TabRowWithMarkupView {
                 id: nextRowPreview

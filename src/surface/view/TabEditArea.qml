@@ -6,6 +6,11 @@ import Lutegrid.Surface
 TabEditSurface {
     id: area
 
+    // Shown rows from slideFromRow down stand slideOffset lower; with sliding on, they move home.
+    property int slideFromRow: -1
+    property real slideOffset: 0
+    property bool sliding: false
+
     Item {
         id: content
         x: -area.contentX
@@ -18,6 +23,11 @@ TabEditSurface {
             delegate: Item {
                 id: shownRow
                 required property int index
+                y: area.slideFromRow >= 0 && index >= area.slideFromRow ? area.slideOffset : 0
+                Behavior on y {
+                    enabled: area.sliding
+                    NumberAnimation { duration: 100; easing.type: Easing.OutQuad }
+                }
                 readonly property rect rowRect: area.rowRects[index] ?? Qt.rect(0, 0, 0, 0)
                 readonly property rect chordRect: area.chordRects[index] ?? Qt.rect(0, 0, 0, 0)
                 readonly property rect lyricRect: area.lyricRects[index] ?? Qt.rect(0, 0, 0, 0)
