@@ -74,7 +74,8 @@ void benchFretTouch(const QSize &size, const char *name)
         return;
     window->resize(size);
     window->show();
-    QTest::qWaitForWindowExposed(window.get());
+    if (!QTest::qWaitForWindowExposed(window.get()))
+        qWarning("the window was not exposed");
     QTest::qWait(400);
     TabsListViewController *list = scene.topList();
     list->newTab();
@@ -125,7 +126,8 @@ void benchFretTouch(const QSize &size, const char *name)
         touched = 1;
         QTest::touchEvent(window.get(), touch).press(0, point, window.get());
         handled = clock.nsecsElapsed();
-        QTest::qWaitFor([&] { return swapped >= 0; }, 1000);
+        if (!QTest::qWaitFor([&] { return swapped >= 0; }, 1000))
+            qWarning("no frame after the touch");
         touched = 0;
         QTest::touchEvent(window.get(), touch).release(0, point, window.get());
         if (swapped < 0 || syncStarted < 0)
@@ -196,7 +198,8 @@ int main(int argc, char *argv[])
     SavedData::shared().autoCursorAmount = 1;
     SavedData::shared().playSounds = false;
     iCloudManager::shared().findCloudContainer();
-    QTest::qWaitFor([] { return iCloudManager::shared().iCloudContainerUrl.has_value(); });
+    if (!QTest::qWaitFor([] { return iCloudManager::shared().iCloudContainerUrl.has_value(); }))
+        qWarning("no storage folder");
 
     benchFretTouch(QSize(390, 844), "phone");
     benchFretTouch(QSize(1280, 800), "desktop");

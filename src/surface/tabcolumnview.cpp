@@ -81,12 +81,12 @@ QList<ColumnDrawOp> TabColumnView::drawOps(const QRectF &frame, const QStringLis
     for (int i = 0; i < items.size(); ++i) {
         const QRectF cell(frame.left(), frame.top() + i * h, w, h);
         if (i < selectedColItems.size() && selectedColItems[i])
-            ops.append({ColumnDrawOp::Kind::selectedBackground, cell});
+            ops.append(ColumnDrawOp::shape(ColumnDrawOp::Kind::selectedBackground, cell));
         if (barColumn)
             continue;
         const ColumnItemType &item = items[i];
         if (item.isBlank()) {
-            ops.append({ColumnDrawOp::Kind::dash, dashRect(cell, w)});
+            ops.append(ColumnDrawOp::shape(ColumnDrawOp::Kind::dash, dashRect(cell, w)));
             continue;
         }
         ColumnDrawOp text =
@@ -95,6 +95,6 @@ QList<ColumnDrawOp> TabColumnView::drawOps(const QRectF &frame, const QStringLis
         ops.append(text);
     }
     if (barColumn)
-        ops.append({ColumnDrawOp::Kind::bar, barRect(frame)});
+        ops.append(ColumnDrawOp::shape(ColumnDrawOp::Kind::bar, barRect(frame)));
     return ops;
 }

@@ -20,6 +20,15 @@ struct ColumnDrawOp {
     double fontSize = 0.0;
     bool isNote = false;
 
+    // A shape with no text: a selection, a dash or a bar.
+    static ColumnDrawOp shape(Kind kind, const QRectF &rect)
+    {
+        ColumnDrawOp op;
+        op.kind = kind;
+        op.rect = rect;
+        return op;
+    }
+
     friend bool operator==(const ColumnDrawOp &, const ColumnDrawOp &) = default;
 };
 
