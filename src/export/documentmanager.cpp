@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QHash>
 #include <QSaveFile>
+#include <QTextBoundaryFinder>
 
 Q_LOGGING_CATEGORY(lcExport, "lutegrid.export")
 
@@ -210,4 +211,39 @@ std::optional<QString> DocumentManager::exportFile(ExportType type,
         return std::nullopt;
     }
     return path;
+}
+
+std::optional<QString> DocumentManager::validateTabName(const QString &name)
+{
+    if (name.isEmpty())
+        return u"Name cannot be empty"_qs;
+    const QString lower = name.toLower();
+    if (lower.contains(u'/'))
+        return u"Cannot contain '/'"_qs;
+    if (lower.contains(u".lgrd"_qs))
+        return u"Cannot contain '.lgrd'"_qs;
+    if (lower.contains(u".icloud"_qs))
+        return u"Cannot contain '.icloud'"_qs;
+    // Counted as a reader sees them: an accented letter or an emoji is one character.
+    int characters = 0;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, name);
+    while (finder.toNextBoundary() != -1)
+        ++characters;
+    if (characters > 50)
+        return u"Name too long. "_qs + QString::number(characters) + u"/50 characters."_qs;
+    return std::nullopt;
+}
+
+QString DocumentManager::trimmedTabName(const QString &name)
+{
+    qsizetype start = 0;
+    qsizetype end = name.size();
+    const auto blank = [](QChar c) {
+        return c == u' ' || c == u'\t' || c.category() == QChar::Separator_Space;
+    };
+    while (start < end && blank(name.at(start)))
+        ++start;
+    while (end > start && blank(name.at(end - 1)))
+        --end;
+    return name.mid(start, end - start);
 }

@@ -36,4 +36,9 @@ public:
     static std::optional<QString> exportFile(ExportType type,
                                              const TabExportConfiguration &configuration,
                                              const QString &fileName = QString());
+    // The check every name a tab can get passes (export, import, rename, duplicate): the first
+    // rule it breaks as a message, or nothing. The caller trims blanks first.
+    static std::optional<QString> validateTabName(const QString &name);
+    // The name trimmed of blanks and tabs (not of line feeds), as the name checks want it.
+    static QString trimmedTabName(const QString &name);
 };

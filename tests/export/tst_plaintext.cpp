@@ -302,6 +302,31 @@ private Q_SLOTS:
         QVERIFY(!DocumentManager::exportFile(ExportType::TXT, configurationOf(songWith({}))));
         QVERIFY(QFile::remove(exports));
     }
+
+    void tabNames_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("fine") << u" Song "_qs << QString();
+        QTest::newRow("blank") << u" \t "_qs << u"Name cannot be empty"_qs;
+        QTest::newRow("slash before lgrd") << u"a/b.LGRD"_qs << u"Cannot contain '/'"_qs;
+        QTest::newRow("extension any case") << u"my.LGRD.tab"_qs << u"Cannot contain '.lgrd'"_qs;
+        QTest::newRow("icloud") << u"x.iCloud"_qs << u"Cannot contain '.icloud'"_qs;
+        QTest::newRow("fifty") << QString(50, u'x') << QString();
+        QTest::newRow("fifty-one") << QString(51, u'x') << u"Name too long. 51/50 characters."_qs;
+        // Fifty accented letters built from two code points each are fifty characters.
+        QTest::newRow("combining") << QString(50, u'e').replace(u"e"_qs, u"e\u0301"_qs) << QString();
+        QTest::newRow("line feed kept") << u"\nSong"_qs << QString();
+    }
+
+    void tabNames()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, message);
+        const auto result = DocumentManager::validateTabName(DocumentManager::trimmedTabName(typed));
+        QCOMPARE(result.value_or(QString()), message);
+        QCOMPARE(result.has_value(), !message.isEmpty());
+    }
 };
 
 LUTEGRID_TEST_MAIN(TestPlainText)
