@@ -9,7 +9,7 @@
 #include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "shell/appmanager.h"
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -56,7 +56,7 @@ void fillLibrary(const QString &folder, int count)
 {
     QDir().mkpath(folder);
     for (int i = 0; i < count; ++i) {
-        TabData tab(u"Song "_qs + QString::number(i));
+        TabData tab(u"Song "_qs + QString::number(i), 6);
         for (int r = 0; r < 8; ++r)
             tab.tabRowDatas.append(TabRowData(32, 6));
         QFile file(QDir(folder).filePath(tab.title + u".lgrdi"_qs));

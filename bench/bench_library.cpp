@@ -3,12 +3,12 @@
 #include "benchtab.h"
 #include "benchutil.h"
 
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "library/icloudmanager.h"
 #include "model/tabfileformat.h"
 #include "shell/appmanager.h"
-#include "shell/lutegriddocument.h"
-#include "shell/saveddata.h"
+#include "library/lutegriddocument.h"
+#include "services/saveddata.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -32,11 +32,12 @@ int main(int argc, char **argv)
 {
     BenchEnvironment environment(argc, argv);
     AppManager &manager = AppManager::shared();
+    iCloudManager::shared().findCloudContainer();
     const QString storage = *iCloudManager::shared().iCloudContainerUrl;
 
     // 5,000 small tabs with distinct dates, a fifth of them labelled, and the usual litter of
     // a synced folder beside them.
-    TabData small(u"Small"_qs);
+    TabData small(u"Small"_qs, 6);
     small.tabRowDatas = {TabRowData(16, 6)};
     const QByteArray bytes = documentData(small);
     const QDateTime start = QDateTime::currentDateTime().addDays(-100);

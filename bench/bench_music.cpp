@@ -6,8 +6,8 @@
 #include "music/chordshortcutlibrary.h"
 #include "music/guitartuning.h"
 #include "music/semitoneshifthelper.h"
-#include "shell/saveddata.h"
-#include "surface/selectionbox.h"
+#include "services/saveddata.h"
+#include "model/selectionbox.h"
 #include "viewmode/songsequence.h"
 
 #include <cstdio>

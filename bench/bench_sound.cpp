@@ -3,11 +3,11 @@
 #include "benchutil.h"
 
 #include "model/tabdata.h"
-#include "viewmode/pulsesoundoutput.h"
-#include "viewmode/samplecache.h"
-#include "viewmode/sampler.h"
-#include "viewmode/soundmanager.h"
-#include "viewmode/soundoutput.h"
+#include "sound/pulsesoundoutput.h"
+#include "sound/samplecache.h"
+#include "sound/sampler.h"
+#include "sound/soundmanager.h"
+#include "sound/soundoutput.h"
 
 #include <QThread>
 
@@ -29,7 +29,7 @@ double threadCpuMs()
 // Every fret from 0 to 22 on every string: all the samples of the tuning and their shifts.
 TabData everyFret(const QStringList &tuning)
 {
-    TabData tab(u"bench"_qs);
+    TabData tab(u"bench"_qs, 6);
     tab.stringNotes = tuning;
     const int strings = int(tuning.size());
     TabRowData row(0, strings);

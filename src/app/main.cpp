@@ -26,8 +26,6 @@ int main(int argc, char *argv[])
                          if (state == Qt::ApplicationActive)
                              manager.refreshTabs();
                      });
-    QObject::connect(&iCloudManager::shared(), &iCloudManager::containerSettled, &app,
-                     [&manager] { manager.refreshTabs(); });
 
     QQmlApplicationEngine engine;
     MainScene scene;

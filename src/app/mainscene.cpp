@@ -1,8 +1,8 @@
 #include "mainscene.h"
 
 #include "shell/appmanager.h"
-#include "shell/lutegriddocument.h"
-#include "shell/saveddata.h"
+#include "library/lutegriddocument.h"
+#include "services/saveddata.h"
 #include "surfacepalette.h"
 
 #include "iconprovider.h"

@@ -10,7 +10,7 @@
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
-#include "shell/lutegriddocument.h"
+#include "library/lutegriddocument.h"
 class QQmlEngine;
 class QQuickWindow;
 #include <QWindow>

@@ -2,7 +2,6 @@
 
 #include "export/documentmanager.h"
 #include "model/tabfileformat.h"
-#include "shell/saveddata.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -76,8 +75,8 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         break;
     }
     case Form::Text: {
-        SavedData::shared().notesOnTab = options.notesOnTab;
         TabExportConfiguration configuration{*tab};
+        configuration.notesOnTab = options.notesOnTab;
         configuration.showLyrics = options.showLyrics;
         configuration.showColumnHeaders = options.showColumnHeaders;
         configuration.showTabContent = options.showTabContent;

@@ -1,10 +1,10 @@
 #include "play.h"
 
 #include "model/tabfileformat.h"
-#include "viewmode/sampler.h"
+#include "sound/sampler.h"
 #include "viewmode/songsequence.h"
-#include "viewmode/soundmanager.h"
-#include "viewmode/soundoutput.h"
+#include "sound/soundmanager.h"
+#include "sound/soundoutput.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,11 +1,11 @@
 #include "tabeditviewcontroller.h"
 
-#include "dialogpresenter.h"
+#include "services/dialogpresenter.h"
 #include "editorlog.h"
-#include "shell/analytics.h"
-#include "shell/appmanager.h"
-#include "shell/lgundomanager.h"
-#include "shell/saveddata.h"
+#include "services/analytics.h"
+#include "services/lgundomanager.h"
+#include "services/saveddata.h"
+#include "sound/soundmanager.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +20,7 @@ TabData tabDataOf(LutegridDocument *document)
     Q_ASSERT(document && document->tabData);
     if (document && document->tabData)
         return *document->tabData;
-    return TabData(QString());
+    return TabData(QString(), 6);
 }
 
 } // namespace
@@ -94,6 +94,14 @@ void TabEditViewController::loadIntoSurface()
         lgDocument->undoManager()->levelsOfUndo = 50;
         surface->docUndoManager = lgDocument->undoManager();
     }
+    SavedData &saved = SavedData::shared();
+    surface->settings.hideColHeaders = saved.hideColHeaders;
+    surface->settings.notesOnTab = saved.notesOnTab;
+    if (saved.lastFretCount <= 0) {
+        saved.lastFretCount = Fretboard::fretCountFor(0);
+        saved.save();
+    }
+    board->refreshFretCount(saved.lastFretCount);
     surface->stringNotes = tabData.stringNotes;
     surface->lyricsSizePercentage = int(tabData.lyricSize);
     // Row views built for another tuning go; the layout builds them for this one.
@@ -421,7 +429,7 @@ void TabEditViewController::checkUnseenTools()
 {
     const SavedData &saved = SavedData::shared();
     bool show = false;
-    if (saved.tabCreateCount <= 2 && AppManager::shared().existingTabPaths.size() <= 2 &&
+    if (saved.tabCreateCount <= 2 && existingTabCount <= 2 &&
         !saved.toolsMarkedSeen && !saved.toolsMarkedSeenTemporary && surface->tabRows.size() == 1 &&
         surface->tabRows.first().colDatas.size() >= 11) {
         const QList<TabColumnData> &columns = surface->tabRows.first().colDatas;
@@ -488,10 +496,23 @@ void TabEditViewController::fretTouched(int stringNum, int fretNum)
 {
     const bool wasPressing = pressInProgress();
     fretRegTouchInProgress = true;
-    surface->pressFret(stringNum, fretNum);
+    pressString(stringNum, fretNum);
     refreshFretHighlights();
     if (!wasPressing)
         Q_EMIT toolsChanged();
+}
+
+void TabEditViewController::pressString(int stringNumber, qint64 fret)
+{
+    const std::optional<ColumnItemType> item = surface->pressFret(stringNumber, fret);
+    // The note sounds as it goes in; a note pressed off again is silent.
+    if (!item || item->isBlank() || !SavedData::shared().playSounds)
+        return;
+    QList<ColumnItemType> items(surface->stringCount(), ColumnItemType::blank());
+    if (stringNumber >= 1 && stringNumber <= items.size())
+        items[stringNumber - 1] = *item;
+    SoundManager &sound = soundManager ? *soundManager : SoundManager::shared();
+    sound.playColumnItems(items, surface->stringNotes, false);
 }
 
 void TabEditViewController::fretTouchesEnded()
@@ -532,7 +553,7 @@ void TabEditViewController::stringTouched(Strip view, int stringNumber, int)
         return;
     const bool wasPressing = pressInProgress();
     fretZeroTouchInProgress = true;
-    surface->pressFret(stringNumber, 0);
+    pressString(stringNumber, 0);
     refreshFretHighlights();
     if (!wasPressing)
         Q_EMIT toolsChanged();

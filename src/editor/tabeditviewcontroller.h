@@ -2,7 +2,7 @@
 
 #include "library/conflictresolver.h"
 #include "model/tabdata.h"
-#include "shell/lutegriddocument.h"
+#include "library/lutegriddocument.h"
 #include "surface/fretboard.h"
 #include "surface/tabeditview.h"
 
@@ -17,6 +17,7 @@
 #include <optional>
 
 class DialogPresenter;
+class SoundManager;
 
 // The letters left of the fretboard stand for the open strings; the letters beside the tab
 // only select in magic edit.
@@ -150,8 +151,10 @@ public:
     TabEditView *tabEditView() const { return surface; }
     Fretboard *fretboard() const { return board; }
     void setDialogPresenter(DialogPresenter *presenter) { dialogs = presenter; }
-    // For tests that play no sound.
-    void setSoundManager(SoundManager *manager) { surface->soundManager = manager; }
+    // For tests that play no sound; absent: the shared one.
+    void setSoundManager(SoundManager *manager) { soundManager = manager; }
+    // How many tabs the library holds, as the app last counted them.
+    qsizetype existingTabCount = 0;
 
     QString title() const;
     bool pressInProgress() const { return fretRegTouchInProgress || fretZeroTouchInProgress; }
@@ -256,12 +259,14 @@ private:
     void checkUnseenTools();
     void applyStringLayout();
     void showIndicatorThenFade();
+    void pressString(int stringNumber, qint64 fret);
 
     TabEditView *surface = nullptr;
     Fretboard *board = nullptr;
     std::unique_ptr<TabEditView> ownSurface;
     std::unique_ptr<Fretboard> ownBoard;
     DialogPresenter *dialogs = nullptr;
+    SoundManager *soundManager = nullptr;
     QList<FretPosition> openStrings;
     int pendingRowDelta = 0;
     bool finishedEditing = false;

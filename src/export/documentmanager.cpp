@@ -3,7 +3,7 @@
 #include "exportlog.h"
 #include "model/tabfileformat.h"
 #include "music/notefromfretshelper.h"
-#include "shell/apppaths.h"
+#include "services/apppaths.h"
 
 #include <QDir>
 #include <QHash>
@@ -28,7 +28,8 @@ bool hasContent(const TabColumnData &column)
 }
 
 // Three characters, dashes from the left.
-QString tabCell(const ColumnItemType &item, int stringIndex, const QStringList &tuning)
+QString tabCell(const ColumnItemType &item, int stringIndex, const QStringList &tuning,
+                bool notesOnTab)
 {
     QString text;
     if (item.isBlank())
@@ -36,7 +37,7 @@ QString tabCell(const ColumnItemType &item, int stringIndex, const QStringList &
     else if (item.isBar())
         text = u"|"_qs;
     else
-        text = displayText(item, stringIndex, &tuning);
+        text = displayText(item, stringIndex, &tuning, notesOnTab);
     return text.size() < 2 ? u"--"_qs + text : u"-"_qs + text;
 }
 
@@ -141,7 +142,7 @@ QString DocumentManager::tabText(const TabExportConfiguration &configuration)
             for (const TabColumnData &column : row.colDatas) {
                 const ColumnItemType item =
                     s < column.columnItems.size() ? column.columnItems[s] : ColumnItemType::blank();
-                text += tabCell(item, int(s), tab.stringNotes);
+                text += tabCell(item, int(s), tab.stringNotes, configuration.notesOnTab);
             }
             text += u'|';
             if (s + 1 < lines)

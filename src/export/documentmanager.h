@@ -17,6 +17,8 @@ struct TabExportConfiguration {
     bool showColumnHeaders = true;
     bool showTabContent = true;
     bool twoColumns = false;
+    // Notes read as note names where the tuning allows, as the editor's setting shows them.
+    bool notesOnTab = false;
 };
 
 class DocumentManager

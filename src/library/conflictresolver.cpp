@@ -1,8 +1,8 @@
 #include "conflictresolver.h"
 
 #include "librarylog.h"
-#include "shell/analytics.h"
-#include "shell/lutegriddocument.h"
+#include "services/analytics.h"
+#include "library/lutegriddocument.h"
 
 #include <QFileInfo>
 #include <QLocale>

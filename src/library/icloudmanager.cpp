@@ -1,35 +1,34 @@
 #include "icloudmanager.h"
 
-#include "cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "librarylog.h"
-#include "shell/appmanager.h"
-#include "shell/apppaths.h"
-#include "shell/saveddata.h"
+#include "services/apppaths.h"
+#include "services/saveddata.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QThreadPool>
-#include <QTimer>
 
 iCloudManager &iCloudManager::shared()
 {
-    static iCloudManager *instance = new iCloudManager;
+    // The one place the storage decision meets the app's settings.
+    static iCloudManager *instance = new iCloudManager(SavedData::shared());
     return *instance;
 }
 
-std::optional<QString> iCloudManager::ubiquityIdentityToken()
+std::optional<QString> iCloudManager::ubiquityIdentityToken() const
 {
-    const auto folder = SavedData::shared().cloudFolder;
+    const auto folder = settings.cloudFolder;
     if (!folder || folder->isEmpty() || !QFileInfo(*folder).isDir())
         return std::nullopt;
     return QDir(*folder).absolutePath();
 }
 
-iCloudManager::iCloudManager()
+iCloudManager::iCloudManager(SavedData &settings) : settings(settings)
 {
+    // The search starts when the app asks for it, once.
     currentiCloudToken = ubiquityIdentityToken();
     placeKeyValueStore();
-    findCloudContainer();
 }
 
 void iCloudManager::placeKeyValueStore()
@@ -50,7 +49,7 @@ void iCloudManager::iCloudAccountAvailabilityChanged()
 void iCloudManager::findCloudContainer()
 {
     const quint64 generation = ++searchGeneration;
-    if (!currentiCloudToken || SavedData::shared().icloudOff) {
+    if (!currentiCloudToken || settings.icloudOff) {
         retrievingCloudContainer = false;
         setCloudContainer(std::nullopt);
         return;
@@ -76,7 +75,6 @@ void iCloudManager::findCloudContainer()
 
 void iCloudManager::setCloudContainer(const std::optional<QString> &url)
 {
-    SavedData &settings = SavedData::shared();
     std::optional<QString> folder;
     if (url)
         folder = QDir(*url).filePath(cloudDocumentsFolderName);
@@ -91,5 +89,4 @@ void iCloudManager::setCloudContainer(const std::optional<QString> &url)
     }
     iCloudContainerUrl = folder;
     Q_EMIT containerSettled();
-    QTimer::singleShot(0, &AppManager::shared(), [] { AppManager::shared().refreshTabs(); });
 }

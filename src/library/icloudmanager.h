@@ -6,6 +6,8 @@
 #include <atomic>
 #include <optional>
 
+class SavedData;
+
 // Decides which folder holds the tabs: "Documents" in the folder that the user's sync client
 // keeps in step across machines, or "Local" in the document folder. The synced folder is the
 // setting "cloudfolderkey"; while it is set and exists there is a cloud identity.
@@ -17,9 +19,10 @@ public:
     static inline const QString localFolderName = u"Local"_qs;
 
     static iCloudManager &shared();
+    explicit iCloudManager(SavedData &settings);
 
     // The synced folder, when one is set and exists.
-    static std::optional<QString> ubiquityIdentityToken();
+    std::optional<QString> ubiquityIdentityToken() const;
 
     std::optional<QString> currentiCloudToken;
     // Written only on the main thread; the search itself runs on a worker.
@@ -39,9 +42,9 @@ Q_SIGNALS:
     void containerSettled();
 
 private:
-    iCloudManager();
     void setCloudContainer(const std::optional<QString> &url);
     void placeKeyValueStore();
 
+    SavedData &settings;
     quint64 searchGeneration = 0;
 };

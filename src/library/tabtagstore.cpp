@@ -1,10 +1,10 @@
 #include "tabtagstore.h"
 
-#include "cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "librarylog.h"
 #include "model/keyedarchive.h"
-#include "shell/apppaths.h"
-#include "shell/saveddata.h"
+#include "services/apppaths.h"
+#include "services/saveddata.h"
 
 #include <QFile>
 #include <QFileInfo>

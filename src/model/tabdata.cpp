@@ -1,6 +1,5 @@
 #include "tabdata.h"
 
-#include "shell/saveddata.h"
 
 #include <algorithm>
 
@@ -104,12 +103,9 @@ QStringList standardStringNotes(int stringCount)
     }
 }
 
-TabData::TabData(const QString &title) : title(title)
+TabData::TabData(const QString &title, int stringCount)
+    : title(title), stringNotes(standardStringNotes(std::clamp(stringCount, 0, 8)))
 {
-    SavedData &settings = SavedData::shared();
-    if (settings.defaultStringCount == 0)
-        settings.defaultStringCount = 6;
-    stringNotes = standardStringNotes(int(std::clamp<qint64>(settings.defaultStringCount, 0, 8)));
 }
 
 TabData::TabData(const QString &title, QList<TabRowData> rows, QStringList notes,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "columnitemtype.h"
-#include "viewmode/viewmodeoptions.h"
+#include "model/viewmodeoptions.h"
 
 #include <QList>
 #include <QString>
@@ -61,8 +61,8 @@ QStringList standardStringNotes(int stringCount);
 
 class TabData {
 public:
-    // A new tab: the tuning follows SavedData.defaultStringCount.
-    explicit TabData(const QString &title);
+    // A new tab in the standard tuning of `stringCount` strings.
+    TabData(const QString &title, int stringCount);
     TabData(const QString &title, QList<TabRowData> tabRowDatas, QStringList stringNotes,
             std::optional<qint64> capoFret, std::optional<QString> introText);
 

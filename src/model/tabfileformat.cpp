@@ -439,7 +439,8 @@ std::optional<QByteArray> exchangeData(const TabData &tabData)
     return out;
 }
 
-std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportError *error)
+std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportError *error,
+                                               int defaultStringCount)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
@@ -456,7 +457,7 @@ std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportEr
     if (!rowValues.isArray())
         return importFailure(error, u"The tab has no rows."_qs);
 
-    TabData tab(title.toString());
+    TabData tab(title.toString(), defaultStringCount);
     const QJsonArray rowArray = rowValues.toArray();
     tab.tabRowDatas.reserve(rowArray.size());
     for (qsizetype r = 0; r < rowArray.size(); ++r) {

@@ -18,8 +18,10 @@ struct ImportError {
     QString message;
 };
 std::optional<QByteArray> exchangeData(const TabData &tabData);
+// A file that names no tuning gets the standard one of `defaultStringCount` strings.
 std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes,
-                                               ImportError *error = nullptr);
+                                               ImportError *error = nullptr,
+                                               int defaultStringCount = 6);
 
 inline constexpr QStringView documentExtension = u"lgrdi";
 inline constexpr QStringView exchangeExtension = u"lgrd";

@@ -1,7 +1,6 @@
 #include "chordshortcutlibrary.h"
 
 #include "musicnote.h"
-#include "shell/saveddata.h"
 
 #include <cstdlib>
 
@@ -170,26 +169,13 @@ QList<ChordShortcut> ChordShortcutLibrary::tableChordsFor(const QStringList &str
     return result;
 }
 
-QList<ChordShortcut> ChordShortcutLibrary::chordsFor(const QStringList &stringNotes) const
-{
-    return chordsFor(stringNotes, SavedData::shared());
-}
-
 QList<ChordShortcut> ChordShortcutLibrary::chordsFor(const QStringList &stringNotes,
-                                                     SavedData &savedData) const
+                                                     const QList<ChordShortcut> &customChords) const
 {
     QList<ChordShortcut> result = tableChordsFor(stringNotes);
-
-    QList<ChordShortcut> cloudChords = savedData.loadCloudCustomChords();
-    if (!cloudChords.isEmpty()) {
-        for (ChordShortcut &custom : cloudChords)
-            custom.isCustom = true;
-        savedData.customChordShortcuts = cloudChords;
-    }
-    if (savedData.customChordShortcuts) {
-        for (const ChordShortcut &custom : *savedData.customChordShortcuts)
-            result.append(fittedCustomChord(custom, stringNotes));
-    }
+    result.reserve(result.size() + customChords.size());
+    for (const ChordShortcut &custom : customChords)
+        result.append(fittedCustomChord(custom, stringNotes));
     return result;
 }
 

@@ -5,7 +5,6 @@
 #include <QList>
 #include <QStringList>
 
-class SavedData;
 
 // Where the strings of a tab lie over the strings of a table's reference tuning.
 struct ChordAlignment {
@@ -44,10 +43,9 @@ public:
     const QList<Table> &tables() const { return searchOrder; }
 
     // The chords for a tuning (lowest string first), each with one item per string; the user's
-    // chords from SavedData::shared() come last.
-    QList<ChordShortcut> chordsFor(const QStringList &stringNotes) const;
-    // As above with the user's chords of `savedData`, whose list a cloud copy replaces.
-    QList<ChordShortcut> chordsFor(const QStringList &stringNotes, SavedData &savedData) const;
+    // `customChords` come last, fitted to the tuning.
+    QList<ChordShortcut> chordsFor(const QStringList &stringNotes,
+                                   const QList<ChordShortcut> &customChords = {}) const;
     // Only the table part of the list.
     QList<ChordShortcut> tableChordsFor(const QStringList &stringNotes) const;
 

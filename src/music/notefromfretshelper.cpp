@@ -1,7 +1,6 @@
 #include "notefromfretshelper.h"
 
 #include "musicnote.h"
-#include "shell/saveddata.h"
 
 NoteFromFretsHelper &NoteFromFretsHelper::shared()
 {
@@ -17,11 +16,6 @@ std::optional<QString> NoteFromFretsHelper::noteName(qint64 fret, const QString 
     // Callers pass zero or more; a floor modulo keeps a stray negative from indexing outside.
     const qint64 position = ((MusicNotes::position(*open) + fret) % 12 + 12) % 12;
     return MusicNotes::allTexts()[position];
-}
-
-QString displayText(const ColumnItemType &item, int stringIndex, const QStringList *tuning)
-{
-    return displayText(item, stringIndex, tuning, SavedData::shared().notesOnTab);
 }
 
 QString displayText(const ColumnItemType &item, int stringIndex, const QStringList *tuning,

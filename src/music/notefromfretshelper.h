@@ -17,7 +17,6 @@ public:
 };
 
 // The text that stands on a tab for one item. `stringIndex` counts from the top line; with
-// SavedData.notesOnTab on, notes read as note names where the tuning allows.
-QString displayText(const ColumnItemType &item, int stringIndex, const QStringList *tuning);
+// `notesOnTab`, notes read as note names where the tuning allows.
 QString displayText(const ColumnItemType &item, int stringIndex, const QStringList *tuning,
                     bool notesOnTab);

@@ -2,7 +2,7 @@
 
 #include "musiclog.h"
 #include "musicnote.h"
-#include "surface/selectionbox.h"
+#include "model/selectionbox.h"
 
 #include <algorithm>
 #include <limits>

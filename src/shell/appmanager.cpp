@@ -1,13 +1,15 @@
 #include "appmanager.h"
 
-#include "apppaths.h"
-#include "library/cloudkeyvaluestore.h"
+#include "services/apppaths.h"
+#include "services/cloudkeyvaluestore.h"
 #include "library/icloudmanager.h"
 #include "library/tabfilenames.h"
-#include "lutegriddocument.h"
+#include "library/lutegriddocument.h"
 #include "model/tabfileformat.h"
-#include "saveddata.h"
+#include "services/saveddata.h"
 #include "shelllog.h"
+
+Q_LOGGING_CATEGORY(lcShell, "lutegrid.shell")
 
 #include <QDateTime>
 #include <QDir>
@@ -45,6 +47,9 @@ AppManager::AppManager()
     connect(&store, &CloudKeyValueStore::didChangeExternally, this,
             [this](int reason, const QStringList &) { ubiquitousKeyValueStoreDidChange(reason); });
     store.synchronize();
+    // Every settled storage folder is listed anew.
+    connect(&iCloudManager::shared(), &iCloudManager::containerSettled, this,
+            &AppManager::refreshTabs, Qt::QueuedConnection);
 }
 
 TabTagStore AppManager::tagStore() const
@@ -86,7 +91,7 @@ void AppManager::refreshTabs()
 {
     existingTabPaths.clear();
     iCloudManager &cloud = iCloudManager::shared();
-    if (cloud.retrievingCloudContainer && iCloudManager::ubiquityIdentityToken()) {
+    if (cloud.retrievingCloudContainer && cloud.ubiquityIdentityToken()) {
         if (topTabViewController)
             topTabViewController->refreshList(std::nullopt);
         return;
@@ -176,8 +181,17 @@ LutegridDocument *AppManager::documentFor(const QString &url)
     if (LutegridDocument *document = activeDocUrls.value(key))
         return document;
     auto *document = new LutegridDocument(url, std::nullopt, this);
+    track(document);
     activeDocUrls.insert(key, document);
     return document;
+}
+
+void AppManager::track(LutegridDocument *document)
+{
+    connect(document, &LutegridDocument::fileURLChanged, this,
+            [this, document](const std::optional<QString> &prevURL, const QString &url) {
+                documentMoved(prevURL, url, document);
+            });
 }
 
 void AppManager::documentMoved(const std::optional<QString> &oldUrl, const QString &newUrl,
@@ -221,7 +235,11 @@ LutegridDocument *AppManager::makeNewTab(const std::optional<QString> &tagName)
     }
     const QString name = nextUntitledName();
     const auto url = newTabUrl(name);
-    auto *document = new LutegridDocument(*url, TabData(name), this);
+    if (settings.defaultStringCount == 0)
+        settings.defaultStringCount = 6;
+    const int strings = int(std::clamp<qint64>(settings.defaultStringCount, 0, 8));
+    auto *document = new LutegridDocument(*url, TabData(name, strings), this);
+    track(document);
     document->tabName = name;
     document->saveToURL(*url, LutegridDocument::SaveOperation::ForCreating);
     openedEditorThisSession = true;

@@ -3,7 +3,7 @@
 #include "library/tabtagstore.h"
 #include "library/taburlinfo.h"
 #include "screenregistry.h"
-#include "viewmode/viewmodeoptions.h"
+#include "model/viewmodeoptions.h"
 
 #include <QList>
 #include <QMap>
@@ -43,6 +43,8 @@ public:
     QString nextUntitledName() const;
 
     LutegridDocument *documentFor(const QString &url);
+    // Follows the document's file wherever it goes.
+    void track(LutegridDocument *document);
     void documentMoved(const std::optional<QString> &oldUrl, const QString &newUrl,
                        LutegridDocument *document);
     void pruneActiveDocs(const QStringList &urls);

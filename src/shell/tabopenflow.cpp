@@ -1,9 +1,9 @@
 #include "tabopenflow.h"
 
-#include "analytics.h"
+#include "services/analytics.h"
 #include "appmanager.h"
 #include "library/tabfilenames.h"
-#include "lutegriddocument.h"
+#include "library/lutegriddocument.h"
 
 #include <QDir>
 

@@ -1,6 +1,5 @@
 #include "fretboard.h"
 
-#include "shell/saveddata.h"
 #include "surfacelog.h"
 
 #include <algorithm>
@@ -8,19 +7,14 @@
 
 Fretboard::Fretboard(QObject *parent) : QObject(parent)
 {
-    numFrets = fretCountFromSetting();
+    numFrets = fretCountFor(0);
     buildFrets();
 }
 
-int Fretboard::fretCountFromSetting()
+int Fretboard::fretCountFor(qint64 count)
 {
-    SavedData &saved = SavedData::shared();
-    const qint64 count = saved.lastFretCount;
-    if (count <= 0) {
-        saved.lastFretCount = 25;
-        saved.save();
+    if (count <= 0)
         return 25;
-    }
     if (count <= 20)
         return 21;
     return int(std::min<qint64>(count, 80));
@@ -124,9 +118,9 @@ void Fretboard::placeDots(int fret, double center)
     }
 }
 
-void Fretboard::refreshFretCount()
+void Fretboard::refreshFretCount(qint64 lastFretCount)
 {
-    const int count = fretCountFromSetting();
+    const int count = fretCountFor(lastFretCount);
     if (count == numFrets)
         return;
     numFrets = count;

@@ -69,8 +69,8 @@ public:
     // Points per second of the scroll still running after the finger left.
     double momentumVelocity = 0.0;
 
-    // The fret count that SavedData.lastFretCount asks for; writes 25 back for an unset one.
-    static int fretCountFromSetting();
+    // The fret count that the setting `lastFretCount` asks for: 25 while it is unset.
+    static int fretCountFor(qint64 lastFretCount);
     static double spacingForWidth(double width);
 
     double contentWidth() const { return numFrets * fretSpacing + fretSpacing * 0.5; }
@@ -81,7 +81,7 @@ public:
     void setFretLabelHeight(double height);
     void setNumStrings(int count);
     void layoutSubviews();
-    void refreshFretCount();
+    void refreshFretCount(qint64 lastFretCount);
     void setHighlights(const QList<FretPosition> &positions);
     QList<FretHighlight> visibleHighlights() const;
     QRectF highlightFrame(const FretPosition &position) const;

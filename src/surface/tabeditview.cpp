@@ -1,10 +1,8 @@
 #include "tabeditview.h"
 
 #include "music/notefromfretshelper.h"
-#include "shell/lgundomanager.h"
-#include "shell/saveddata.h"
+#include "services/lgundomanager.h"
 #include "surfacelog.h"
-#include "viewmode/soundmanager.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,13 +38,8 @@ TabEditView::TabEditView(QObject *parent) : QObject(parent)
             &TabEditView::handleForceTouch);
 
     setNumTabColumns(32);
-    SavedData &saved = SavedData::shared();
-    if (saved.defaultStringCount == 0) {
-        saved.defaultStringCount = 6;
-        saved.save();
-    }
-    const int strings = int(std::clamp<qint64>(saved.defaultStringCount, 4, 8));
-    tabRows.append(TabRowData(32, strings));
+    // A placeholder row until a tab is loaded.
+    tabRows.append(TabRowData(32, 6));
     editColumnHighlight = editColumnFrame();
 }
 
@@ -55,7 +48,7 @@ TabEditView::~TabEditView() = default;
 double TabEditView::headerBandHeight() const
 {
     return lyricsHeightSpacing +
-           (SavedData::shared().hideColHeaders ? 0.0 : chordNamesDisplaySpacing);
+           (settings.hideColHeaders ? 0.0 : chordNamesDisplaySpacing);
 }
 
 double TabEditView::tabRowPitch() const
@@ -131,7 +124,7 @@ void TabEditView::notifyColumnCountChange()
 
 void TabEditView::refreshShowingRows(bool forceRender)
 {
-    const bool hideHeaders = SavedData::shared().hideColHeaders;
+    const bool hideHeaders = settings.hideColHeaders;
     for (int i = 0; i < showingCount(); ++i) {
         const int row = tabRowIndex + i;
         if (row < 0 || row >= tabRows.size())
@@ -578,7 +571,7 @@ void TabEditView::setVisibleTabRowCount(int count)
     if (freeVerticalScroll)
         contentSize.setHeight((tabRowHeight + h) * count + v * (count - 1));
 
-    const bool hideHeaders = SavedData::shared().hideColHeaders;
+    const bool hideHeaders = settings.hideColHeaders;
     const bool headersChanged = std::any_of(
         showingTabRows.cbegin(), showingTabRows.cend(),
         [&](const VisibeTabRowView &view) { return view.chordNamesDisplay.hidden != hideHeaders; });
@@ -751,17 +744,17 @@ void TabEditView::writeColumn(int row, int column, const TabColumnData &data)
         queueColumnRender(shown, column);
 }
 
-void TabEditView::pressFret(int stringNumber, qint64 fret)
+std::optional<ColumnItemType> TabEditView::pressFret(int stringNumber, qint64 fret)
 {
     const TabColumnData *column = cursorColumn();
     if (!column)
-        return;
+        return std::nullopt;
     // A second finger during the same press keeps the first snapshot: one undo step.
     if (!preEditColumnData)
         preEditColumnData = column->deepCopy();
     const int index = stringNumber - 1;
     if (index < 0 || index >= column->columnItems.size())
-        return;
+        return std::nullopt;
     const ColumnItemType pressed = ColumnItemType::note(fret);
     const ColumnItemType item =
         column->columnItems[index] == pressed ? ColumnItemType::blank() : pressed;
@@ -770,13 +763,7 @@ void TabEditView::pressFret(int stringNumber, qint64 fret)
         changed.setColumnItem(index, item);
         writeColumn(cursorTabRow(), editColIndex, changed);
     }
-    if (SavedData::shared().playSounds && !item.isBlank()) {
-        QList<ColumnItemType> items(stringCount(), ColumnItemType::blank());
-        if (index < items.size())
-            items[index] = item;
-        SoundManager &sound = soundManager ? *soundManager : SoundManager::shared();
-        sound.playColumnItems(items, stringNotes, false);
-    }
+    return item;
 }
 
 bool TabEditView::commitFretPress()
@@ -1084,7 +1071,7 @@ void TabEditView::openNoteContextMenu(QPointF location)
     noteContextMenu =
         std::make_unique<ForceContextMenu>(origin, QRectF(QPointF(0, 0), frameSize), this);
     const NoteMenuEntries entries =
-        noteMenuEntries(data.columnItems[item], item, stringNotes, SavedData::shared().notesOnTab);
+        noteMenuEntries(data.columnItems[item], item, stringNotes, settings.notesOnTab);
     noteContextMenuItemResults = entries.results;
     noteContextMenu->setItems(entries.labels, entries.startIndex);
     noteContextMenu->selectedIndex = entries.startIndex;

@@ -5,7 +5,8 @@
 #include "forcelongpressgesturerecognizer.h"
 #include "fretposition.h"
 #include "model/tabdata.h"
-#include "selectionbox.h"
+#include "model/selectionbox.h"
+#include "surfacesettings.h"
 #include "visibetabrowview.h"
 
 #include <QList>
@@ -23,7 +24,6 @@
 #include <optional>
 
 class LgUndoManager;
-class SoundManager;
 
 class UndoListener {
 public:
@@ -126,8 +126,7 @@ public:
     QSizeF frameSize;
     QPointF contentOffset;
     QSizeF contentSize;
-    // Absent: the shared one.
-    SoundManager *soundManager = nullptr;
+    SurfaceSettings settings;
 
     // Derived geometry.
     double headerBandHeight() const;
@@ -185,7 +184,8 @@ public:
     void redoEdit();
 
     // Column items.
-    void pressFret(int stringNumber, qint64 fret);
+    // Gives the item the press wrote, for the caller to sound; nothing if nothing was written.
+    std::optional<ColumnItemType> pressFret(int stringNumber, qint64 fret);
     bool commitFretPress();
     void cancelFretPress();
     void putItemAtCursor(const QString &text);

@@ -1,6 +1,5 @@
 #include "tabrowwithmarkupview.h"
 
-#include "shell/saveddata.h"
 #include "tabrowvalues.h"
 
 #include <algorithm>
@@ -62,7 +61,7 @@ void TabRowWithMarkupView::setWidth(double width)
     frameSize = QSizeF(width, requestedHeight);
 
     lyricUnadjustedHeight = options.isEditMode ? frameSize.height() : requestedHeight;
-    const double d = total - (SavedData::shared().hideColHeaders ? 25.0 : 0.0) -
+    const double d = total - (options.hideColHeaders ? 25.0 : 0.0) -
                      TabRowValues::stringHeight * (6 - stringCount);
     const double share = options.showTabRowViews ? l / d : (showsChordNames() ? 0.59 : 1.0);
     const double a = share * lyricUnadjustedHeight;

@@ -24,6 +24,8 @@ public:
         bool lyricsBelow = false;
         bool isEditMode = false;
         int minLyricLines = 0;
+        // The user hides chord-name headers: the band they would take goes to the lyrics.
+        bool hideColHeaders = false;
     };
 
     TabRowWithMarkupView(const TabRowData &row, const QStringList &stringNotes, int capoFretNum,

@@ -2,7 +2,7 @@
 
 #include "model/columnitemtype.h"
 #include "model/tabdata.h"
-#include "viewmode/viewmodeoptions.h"
+#include "model/viewmodeoptions.h"
 
 #include <QHash>
 #include <QList>

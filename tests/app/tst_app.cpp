@@ -6,9 +6,9 @@
 #include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "shell/appmanager.h"
-#include "shell/lgundomanager.h"
-#include "shell/lutegriddocument.h"
-#include "shell/saveddata.h"
+#include "services/lgundomanager.h"
+#include "library/lutegriddocument.h"
+#include "services/saveddata.h"
 #include "surfacepalette.h"
 
 #include <QDir>
@@ -58,7 +58,7 @@ void writeFile(const QString &name, const QByteArray &bytes, const QDateTime &mo
 
 QByteArray tabWithNote(const QString &title, qint64 fret, int rows = 1)
 {
-    TabData tab(title);
+    TabData tab(title, 6);
     for (int r = 0; r < rows; ++r)
         tab.tabRowDatas.append(TabRowData(32, 6));
     tab.tabRowDatas[0].colDatas[0].setColumnItem(1, ColumnItemType::note(fret));

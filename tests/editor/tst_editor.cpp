@@ -1,9 +1,11 @@
-#include "editor/dialogpresenter.h"
+#include "services/dialogpresenter.h"
 #include "editor/tabeditviewcontroller.h"
-#include "shell/appmanager.h"
-#include "shell/lgundomanager.h"
-#include "shell/lutegriddocument.h"
-#include "shell/saveddata.h"
+#include "services/lgundomanager.h"
+#include "library/lutegriddocument.h"
+#include "services/saveddata.h"
+#include "sound/sampler.h"
+#include "sound/soundmanager.h"
+#include "sound/soundoutput.h"
 #include "surface/fretboard.h"
 #include "testmain.h"
 
@@ -84,6 +86,7 @@ private Q_SLOTS:
     void chordOfTwoFingersIsOneStep_data();
     void chordOfTwoFingersIsOneStep();
     void openStringLetterCommitsLast();
+    void aPressSoundsTheNoteItWrote();
     void cancelledPressLeavesNoTrace();
     void toolsAreGuardedDuringPress();
     void layoutByWidth_data();
@@ -131,14 +134,13 @@ void TestEditor::init()
 
 void TestEditor::cleanup()
 {
-    AppManager::shared().existingTabPaths.clear();
 }
 
 std::unique_ptr<LutegridDocument> TestEditor::makeDocument(const QString &name, int rows,
                                                            int columns)
 {
     const QString path = QDir(folder).filePath(name + u".lgrdi"_qs);
-    TabData tab(name);
+    TabData tab(name, 6);
     for (int r = 0; r < rows; ++r)
         tab.tabRowDatas.append(TabRowData(columns, tab.stringCount()));
     auto document = std::make_unique<LutegridDocument>(path, tab);
@@ -193,26 +195,22 @@ void TestEditor::fretCountFromSetting_data()
 {
     QTest::addColumn<qint64>("setting");
     QTest::addColumn<int>("frets");
-    QTest::addColumn<qint64>("stored");
-    QTest::newRow("unset") << qint64(0) << 25 << qint64(25);
-    QTest::newRow("1") << qint64(1) << 21 << qint64(1);
-    QTest::newRow("20") << qint64(20) << 21 << qint64(20);
-    QTest::newRow("21") << qint64(21) << 21 << qint64(21);
-    QTest::newRow("200") << qint64(200) << 80 << qint64(200);
+    QTest::newRow("unset") << qint64(0) << 25;
+    QTest::newRow("1") << qint64(1) << 21;
+    QTest::newRow("20") << qint64(20) << 21;
+    QTest::newRow("21") << qint64(21) << 21;
+    QTest::newRow("200") << qint64(200) << 80;
 }
 
 void TestEditor::fretCountFromSetting()
 {
     QFETCH(qint64, setting);
     QFETCH(int, frets);
-    QFETCH(qint64, stored);
     Board b;
-    SavedData::shared().lastFretCount = setting;
-    b.board.refreshFretCount();
+    b.board.refreshFretCount(setting);
     QCOMPARE(int(b.board.numFrets), frets);
     QCOMPARE(b.board.fretViews.size(), frets);
     QCOMPARE(b.board.fretLabels.last().text, QString::number(frets));
-    QCOMPARE(SavedData::shared().lastFretCount, stored);
 }
 
 void TestEditor::touchNamesStringAndFret_data()
@@ -310,9 +308,8 @@ void TestEditor::slideScrollsAndCancelsThePress()
 
 void TestEditor::positionDots()
 {
-    SavedData::shared().lastFretCount = 27;
     Board b;
-    b.board.refreshFretCount();
+    b.board.refreshFretCount(27);
     const double s = b.board.fretSpacing;
     auto dotsAt = [&](int fret) {
         const double c = fret * s - s * 0.5;
@@ -461,6 +458,33 @@ void TestEditor::openStringLetterCommitsLast()
     editor->fretTouchesEnded();
     QVERIFY(!view->preEditColumnData);
     QCOMPARE(view->editColIndex, 2);
+}
+
+void TestEditor::aPressSoundsTheNoteItWrote()
+{
+    SoundManager sound(SoundManager::defaultSampleDirectory());
+    // An output that never pulls: the test renders the mixer itself.
+    struct OfflineOutput : SoundOutput {
+        QString name() const override { return u"offline"_qs; }
+        double outputLatency() const override { return 0.0; }
+    };
+    QVERIFY(sound.useOutput(std::make_unique<OfflineOutput>()));
+    SavedData::shared().playSounds = true;
+    Session s = open(u"Sound"_qs);
+    s.editor->setSoundManager(&sound);
+    auto voicesAfter = [&](auto press) {
+        press();
+        sound.sampler().renderOffline(64);
+        return sound.sampler().activeVoiceCount();
+    };
+    QCOMPARE(voicesAfter([&] { s.editor->fretTouched(1, 3); }), 1);
+    // Pressed off again, the note is gone from the tab and nothing new sounds.
+    QCOMPARE(voicesAfter([&] { s.editor->fretTouched(1, 3); }), 1);
+    QVERIFY(s.view->currentColumnItems().first().isBlank());
+    // The open-string letters sound their string too.
+    QCOMPARE(voicesAfter([&] { s.editor->fretLetterPressed(6); }), 2);
+    s.editor->fretTouchesCancelled();
+    SavedData::shared().playSounds = false;
 }
 
 void TestEditor::cancelledPressLeavesNoTrace()

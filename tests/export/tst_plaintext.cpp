@@ -1,7 +1,6 @@
 #include "export/documentmanager.h"
 #include "model/tabfileformat.h"
-#include "shell/apppaths.h"
-#include "shell/saveddata.h"
+#include "services/apppaths.h"
 
 #include "testfiles.h"
 #include "testmain.h"
@@ -195,9 +194,6 @@ private Q_SLOTS:
 
     void notesOnTabShowNoteNames()
     {
-        SavedData &settings = SavedData::shared();
-        const bool before = settings.notesOnTab;
-        settings.notesOnTab = true;
         const QStringList tuning{u"E"_qs, u"A"_qs, u"D"_qs, u"Eb"_qs, u"B"_qs, u"E"_qs};
         const TabRowData row({column({{0, ColumnItemType::note(3)},
                                       {1, ColumnItemType::note(1)},
@@ -206,8 +202,9 @@ private Q_SLOTS:
                                       {5, ColumnItemType::note(12)}}),
                               column({{0, Kind::pull}})},
                              {});
-        const QString text = DocumentManager::tabText(configurationOf(songWith({row}, tuning)));
-        settings.notesOnTab = before;
+        TabExportConfiguration configuration = configurationOf(songWith({row}, tuning));
+        configuration.notesOnTab = true;
+        const QString text = DocumentManager::tabText(configuration);
         // An entry that is no note ("Eb") keeps its strings' numbers.
         QCOMPARE(text.split(u'\n').mid(4, 6),
                  (QStringList{u"E |--G--p|"_qs, u"B |--C---|"_qs, u"Eb|--3---|"_qs,

@@ -1,8 +1,8 @@
 #include "library/conflictresolver.h"
 #include "library/fileversion.h"
 #include "model/tabfileformat.h"
-#include "shell/appmanager.h"
-#include "shell/lutegriddocument.h"
+#include "library/lutegriddocument.h"
+#include "tablisting.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -15,7 +15,7 @@ namespace {
 
 TabData tabWithNote(int fret)
 {
-    TabData tab(u"Tab"_qs);
+    TabData tab(u"Tab"_qs, 6);
     tab.tabRowDatas = {TabRowData(8, 6)};
     tab.tabRowDatas[0].colDatas[0].setColumnItem(0, ColumnItemType::note(fret));
     return tab;
@@ -144,10 +144,7 @@ void TestConflicts::keepAll()
     QCOMPARE(fileBytes(taken), QByteArray("taken"));
 
     // The library lists the new tabs, and the copies are gone.
-    QStringList listed;
-    for (const TabUrlInfo &info : AppManager::shared().scanFolder(folder, false))
-        listed.append(info.tabPath);
-    listed.sort();
+    const QStringList listed = listedTabs(folder);
     QStringList expected{u"Song.lgrdi"_qs, QFileInfo(taken).fileName(),
                          QFileInfo(firstCopy).fileName(), QFileInfo(secondCopy).fileName()};
     expected.sort();

@@ -1,7 +1,7 @@
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "library/tabtagstore.h"
 #include "model/keyedarchive.h"
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 #include "testdata.h"
 #include "testmain.h"
 

@@ -1,9 +1,9 @@
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "library/fileversion.h"
 #include "library/icloudmanager.h"
 #include "library/tabfilenames.h"
-#include "shell/apppaths.h"
-#include "shell/saveddata.h"
+#include "services/apppaths.h"
+#include "services/saveddata.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -109,6 +109,8 @@ void TestStorage::storageLocation()
 
     // First start with no synced folder: local storage, and that is recorded.
     iCloudManager &cloud = iCloudManager::shared();
+    QVERIFY(!cloud.iCloudContainerUrl);
+    cloud.findCloudContainer();
     QVERIFY(!cloud.currentiCloudToken);
     QCOMPARE(cloud.iCloudContainerUrl, local);
     QVERIFY(QFileInfo(local).isDir());

@@ -1,5 +1,4 @@
 #include "model/tabdata.h"
-#include "shell/saveddata.h"
 #include "testmain.h"
 
 using Kind = ColumnItemType::Kind;
@@ -166,28 +165,23 @@ void TestModel::lyricText()
 
 void TestModel::newTabTuning_data()
 {
-    QTest::addColumn<qint64>("defaultStringCount");
+    QTest::addColumn<int>("stringCount");
     QTest::addColumn<QString>("tuning");
-    QTest::addColumn<qint64>("settingAfter");
-    QTest::newRow("0 means six") << qint64(0) << u"E A D G B E"_qs << qint64(6);
-    QTest::newRow("3") << qint64(3) << u"E A D G"_qs << qint64(3);
-    QTest::newRow("-2") << qint64(-2) << u"E A D G"_qs << qint64(-2);
-    QTest::newRow("4") << qint64(4) << u"E A D G"_qs << qint64(4);
-    QTest::newRow("5") << qint64(5) << u"B E A D G"_qs << qint64(5);
-    QTest::newRow("6") << qint64(6) << u"E A D G B E"_qs << qint64(6);
-    QTest::newRow("7") << qint64(7) << u"B E A D G B E"_qs << qint64(7);
-    QTest::newRow("12") << qint64(12) << u"F# B E A D G B E"_qs << qint64(12);
+    QTest::newRow("3") << 3 << u"E A D G"_qs;
+    QTest::newRow("-2") << -2 << u"E A D G"_qs;
+    QTest::newRow("4") << 4 << u"E A D G"_qs;
+    QTest::newRow("5") << 5 << u"B E A D G"_qs;
+    QTest::newRow("6") << 6 << u"E A D G B E"_qs;
+    QTest::newRow("7") << 7 << u"B E A D G B E"_qs;
+    QTest::newRow("12") << 12 << u"F# B E A D G B E"_qs;
 }
 
 void TestModel::newTabTuning()
 {
-    QFETCH(qint64, defaultStringCount);
+    QFETCH(int, stringCount);
     QFETCH(QString, tuning);
-    QFETCH(qint64, settingAfter);
-    SavedData::shared().defaultStringCount = defaultStringCount;
-    const TabData tab(u"New"_qs);
+    const TabData tab(u"New"_qs, stringCount);
     QCOMPARE(tab.stringNotes.join(u' '), tuning);
-    QCOMPARE(SavedData::shared().defaultStringCount, settingAfter);
     QCOMPARE(tab.title, u"New"_qs);
     QVERIFY(tab.tabRowDatas.isEmpty());
     QCOMPARE(tab.tempo, 80);

@@ -1,6 +1,5 @@
 #include "model/keyedarchive.h"
 #include "model/tabfileformat.h"
-#include "shell/saveddata.h"
 #include "testdata.h"
 #include "testmain.h"
 
@@ -385,12 +384,10 @@ void TestTabFileFormat::exchangeReadsColumnsAsTheyStand()
 
 void TestTabFileFormat::exchangeOptionalMembers()
 {
-    SavedData::shared().defaultStringCount = 4;
-    const auto bare = tabDataFromExchangeData(R"({"title":"t","tabRows":[]})");
+    const auto bare = tabDataFromExchangeData(R"({"title":"t","tabRows":[]})", nullptr, 4);
     QVERIFY(bare);
     QCOMPARE(bare->stringNotes, standardStringNotes(4));
     QCOMPARE(bare->tempo, 80);
-    SavedData::shared().defaultStringCount = 6;
 
     const auto tab = tabDataFromExchangeData(
         R"({"title":"t","tabRows":[{"columns":[],"lyrics":" x ","lyricLines":[1]}],

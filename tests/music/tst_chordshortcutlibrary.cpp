@@ -1,12 +1,6 @@
-#include "library/cloudkeyvaluestore.h"
 #include "music/chordshortcutlibrary.h"
 #include "music/guitartuning.h"
-#include "shell/apppaths.h"
-#include "shell/saveddata.h"
 #include "testmain.h"
-
-#include <QDir>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -50,8 +44,7 @@ private Q_SLOTS:
     void tuningsLandOnTheirTable_data();
     void tuningsLandOnTheirTable();
     void oneItemPerStringForEveryPreset();
-    void savedCustomChordsComeLast();
-    void cloudCopyReplacesLocalList();
+    void customChordsComeLastInTheirOrder();
 };
 
 void TestChordShortcutLibrary::tablesAsWritten_data()
@@ -270,20 +263,17 @@ void TestChordShortcutLibrary::tuningsLandOnTheirTable()
 
 void TestChordShortcutLibrary::oneItemPerStringForEveryPreset()
 {
-    QTemporaryDir folder;
-    CloudKeyValueStore store(folder.path());
-    SavedData saved(QDir(folder.path()).filePath(u"data.plist"_qs), &store);
     // Custom chords of every length are fitted too.
-    saved.customChordShortcuts =
-        QList<ChordShortcut>{custom(u"four"_qs, u"1 2 3 4"), custom(u"six"_qs, u"1 2 3 4 5 6"),
-                             custom(u"eight"_qs, u"1 2 3 4 5 6 7 8")};
+    const QList<ChordShortcut> customs{custom(u"four"_qs, u"1 2 3 4"),
+                                       custom(u"six"_qs, u"1 2 3 4 5 6"),
+                                       custom(u"eight"_qs, u"1 2 3 4 5 6 7 8")};
 
     const ChordShortcutLibrary &library = ChordShortcutLibrary::shared();
     for (int strings = 4; strings <= 8; ++strings) {
         for (const GuitarTuning &preset : GuitarTunings::presetsFor(strings)) {
             if (!preset.stringNotes)
                 continue;
-            const QList<ChordShortcut> chords = library.chordsFor(*preset.stringNotes, saved);
+            const QList<ChordShortcut> chords = library.chordsFor(*preset.stringNotes, customs);
             QVERIFY2(chords.size() >= 3, qPrintable(preset.name));
             for (const ChordShortcut &chord : chords) {
                 QVERIFY2(chord.colItems.size() == strings,
@@ -294,15 +284,12 @@ void TestChordShortcutLibrary::oneItemPerStringForEveryPreset()
     }
 }
 
-void TestChordShortcutLibrary::savedCustomChordsComeLast()
+void TestChordShortcutLibrary::customChordsComeLastInTheirOrder()
 {
-    // Through the real settings in this test's home folder, as the editor uses them.
-    SavedData::shared().saveCustomChord(custom(u"older"_qs, u"0 0 0 0 0 0"));
-    SavedData::shared().saveCustomChord(custom(u"newer"_qs, u"5 5 5 - - -"));
-    SavedData::resetShared();
-
+    const QList<ChordShortcut> customs{custom(u"newer"_qs, u"5 5 5 - - -"),
+                                       custom(u"older"_qs, u"0 0 0 0 0 0")};
     const QList<ChordShortcut> chords =
-        ChordShortcutLibrary::shared().chordsFor(notes(u"E A D G B E"));
+        ChordShortcutLibrary::shared().chordsFor(notes(u"E A D G B E"), customs);
     QCOMPARE(chords.size(), 42);
     QCOMPARE(chords.first().name, u"G"_qs);
     QCOMPARE(chords[40].name, u"newer"_qs);
@@ -311,34 +298,10 @@ void TestChordShortcutLibrary::savedCustomChordsComeLast()
     QCOMPARE(chords[41].name, u"older"_qs);
 
     // A tuning no table knows still gets the user's chords.
-    const QList<ChordShortcut> odd = ChordShortcutLibrary::shared().chordsFor(notes(u"C# F"));
+    const QList<ChordShortcut> odd =
+        ChordShortcutLibrary::shared().chordsFor(notes(u"C# F"), customs);
     QCOMPARE(odd.size(), 2);
     QCOMPARE(itemsText(odd.first()), u"- -"_qs);
-}
-
-void TestChordShortcutLibrary::cloudCopyReplacesLocalList()
-{
-    QTemporaryDir folder;
-    CloudKeyValueStore store(folder.path());
-    SavedData saved(QDir(folder.path()).filePath(u"data.plist"_qs), &store);
-
-    saved.customChordShortcuts = QList<ChordShortcut>{custom(u"local"_qs, u"1 1 1 1 1 1")};
-    const ChordShortcutLibrary &library = ChordShortcutLibrary::shared();
-    QCOMPARE(library.chordsFor(notes(u"E A D G B E"), saved).last().name, u"local"_qs);
-
-    // Another machine wrote its list to the synced store; archived chords come back unmarked.
-    ChordShortcut synced = custom(u"synced"_qs, u"2 2 2 2 2 2");
-    synced.isCustom = false;
-    saved.storeCloudCustomChords({synced});
-
-    const QList<ChordShortcut> chords = library.chordsFor(notes(u"E A D G B E"), saved);
-    QCOMPARE(chords.size(), 41);
-    QCOMPARE(chords.last().name, u"synced"_qs);
-    QVERIFY(chords.last().isCustom);
-    QVERIFY(saved.customChordShortcuts);
-    QCOMPARE(saved.customChordShortcuts->size(), 1);
-    QCOMPARE(saved.customChordShortcuts->first().name, u"synced"_qs);
-    QVERIFY(saved.customChordShortcuts->first().isCustom);
 }
 
 LUTEGRID_TEST_MAIN(TestChordShortcutLibrary)

@@ -1,5 +1,5 @@
 #include "music/semitoneshifthelper.h"
-#include "surface/selectionbox.h"
+#include "model/selectionbox.h"
 #include "testmain.h"
 
 #include <QRandomGenerator>

@@ -1,9 +1,9 @@
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "library/icloudmanager.h"
 #include "model/tabfileformat.h"
 #include "shell/appmanager.h"
-#include "shell/lutegriddocument.h"
-#include "shell/saveddata.h"
+#include "library/lutegriddocument.h"
+#include "services/saveddata.h"
 #include "shell/tabopenflow.h"
 #include "testfiles.h"
 #include "testmain.h"
@@ -63,7 +63,7 @@ void writeTab(const QString &name, const QDateTime &date = {})
 {
     QFile file(QDir(storage()).filePath(name));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    TabData tab(name);
+    TabData tab(name, 6);
     tab.tabRowDatas = {TabRowData(4, 6)};
     file.write(documentData(tab));
     file.flush();
@@ -86,6 +86,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         manager = &AppManager::shared();
+        iCloudManager::shared().findCloudContainer();
         QVERIFY(iCloudManager::shared().iCloudContainerUrl);
         QCoreApplication::processEvents();
     }
@@ -210,8 +211,12 @@ private Q_SLOTS:
     void newTabs()
     {
         SavedData::shared().tabCreateCount = 18;
+        // A string count never set means six, and is set so.
+        SavedData::shared().defaultStringCount = 0;
         LutegridDocument *first = manager->makeNewTab();
         QVERIFY(first);
+        QCOMPARE(first->tabData->stringNotes.join(u' '), u"E A D G B E"_qs);
+        QCOMPARE(SavedData::shared().defaultStringCount, 6);
         QCOMPARE(first->fileURL(), QDir(storage()).filePath(u"Untitled 1.lgrdi"_qs));
         QVERIFY(QFile::exists(first->fileURL()));
         QVERIFY(!first->documentState().testFlag(LutegridDocument::Closed));
@@ -220,8 +225,11 @@ private Q_SLOTS:
         first->close();
         manager->refreshTabs();
 
+        SavedData::shared().defaultStringCount = 7;
         LutegridDocument *second = manager->makeNewTab(u"drafts"_qs);
         QCOMPARE(second->tabData->title, u"Untitled 2"_qs);
+        QCOMPARE(second->tabData->stringCount(), 7);
+        SavedData::shared().defaultStringCount = 6;
         QCOMPARE(manager->currentTagMap().value(u"Untitled 2"_qs), QStringList{u"drafts"_qs});
         second->close();
         manager->refreshTabs();
@@ -232,6 +240,23 @@ private Q_SLOTS:
         manager->removeTagFromAllTabs(u"drafts"_qs);
         delete first;
         delete second;
+    }
+
+    void renameFromOutsideRekeysActiveDocuments()
+    {
+        writeTab(u"Before.lgrdi"_qs);
+        const QString path = QDir(storage()).filePath(u"Before.lgrdi"_qs);
+        LutegridDocument *document = manager->documentFor(path);
+        QCOMPARE(manager->documentFor(path), document);
+        QVERIFY(document->open());
+        QSignalSpy moved(document, &LutegridDocument::documentMoved);
+
+        QVERIFY(QFile::rename(path, QDir(storage()).filePath(u"After.lgrdi"_qs)));
+        QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, 2000);
+        QVERIFY(!manager->activeDocUrls.contains(u"Before.lgrdi"_qs));
+        QCOMPARE(manager->activeDocUrls.value(u"After.lgrdi"_qs), document);
+        QVERIFY(document->close());
+        manager->activeDocUrls.clear();
     }
 
     void openFlowWaitsForBusyDocument()

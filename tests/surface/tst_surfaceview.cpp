@@ -1,4 +1,4 @@
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 #include "surface/tabeditview.h"
 #include "surfacepalette.h"
 #include "tabeditsurface.h"

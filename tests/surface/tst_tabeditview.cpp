@@ -1,13 +1,10 @@
-#include "shell/lgundomanager.h"
-#include "shell/saveddata.h"
+#include "services/lgundomanager.h"
 #include "surface/chordnamesdisplay.h"
 #include "surface/forcelongpressgesturerecognizer.h"
 #include "surface/stringspacedview.h"
 #include "surface/tabeditview.h"
 #include "surface/tabrowwithmarkupview.h"
 #include "testmain.h"
-#include "viewmode/soundmanager.h"
-#include "viewmode/soundoutput.h"
 
 #include <QSignalSpy>
 
@@ -74,7 +71,6 @@ class TestTabEditView : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
     void constructionDefaults();
     void columnLimits_data();
     void columnLimits();
@@ -105,30 +101,14 @@ private Q_SLOTS:
     void markupRowHeights();
     void stringLetters();
     void pressRecogniser();
-    void soundsWithoutAudioDevice();
 };
-
-void TestTabEditView::init()
-{
-    SavedData::resetShared();
-    SavedData &saved = SavedData::shared();
-    saved.hideColHeaders = false;
-    saved.notesOnTab = false;
-    saved.playSounds = false;
-    saved.autoCursorAmount = 0;
-}
 
 void TestTabEditView::constructionDefaults()
 {
-    SavedData::shared().defaultStringCount = 0;
-    TabEditView view;
-    QCOMPARE(view.numTabColumns, 32);
-    QCOMPARE(view.tabRows.size(), 1);
-    QCOMPARE(view.tabRows.first().stringCount, 6);
-    QCOMPARE(SavedData::shared().defaultStringCount, 6);
-    SavedData::shared().defaultStringCount = 11;
     TabEditView clamped;
-    QCOMPARE(clamped.tabRows.first().stringCount, 8);
+    QCOMPARE(clamped.numTabColumns, 32);
+    QCOMPARE(clamped.tabRows.size(), 1);
+    QCOMPARE(clamped.tabRows.first().stringCount, 6);
     // An empty list keeps the column count.
     clamped.loadTabRows({});
     QCOMPARE(clamped.numTabColumns, 32);
@@ -349,7 +329,7 @@ void TestTabEditView::pagingArithmetic()
     const int positions = int(f.recorder.positions.size());
     f.view.setVisibleTabRowCount(2);
     QCOMPARE(f.recorder.positions.size(), positions); // unchanged: nothing happens
-    SavedData::shared().hideColHeaders = true;
+    f.view.settings.hideColHeaders = true;
     f.view.setVisibleTabRowCount(2);
     QCOMPARE(f.view.tabRowHeight, 136.0);
     QVERIFY(f.view.showingTabRows[0].chordNamesDisplay.hidden);
@@ -784,20 +764,6 @@ void TestTabEditView::pressRecogniser()
     QVERIFY(spy.isEmpty());
     recogniser.touchEnded(QPointF(10, 23));
     QCOMPARE(recogniser.state, ForceLongPressGestureRecognizer::State::failed);
-}
-
-void TestTabEditView::soundsWithoutAudioDevice()
-{
-    SoundManager sound(SoundManager::defaultSampleDirectory());
-    QVERIFY(sound.useOutput(std::make_unique<NullSoundOutput>(sound.sampler())));
-    SavedData::shared().playSounds = true;
-    Fixture f;
-    f.view.soundManager = &sound;
-    f.view.pressFret(1, 3);
-    f.view.pressFret(1, 3); // a toggled-off note is silent
-    f.view.cancelFretPress();
-    QVERIFY(f.view.tabRows[0].colDatas[0].isAllBlank());
-    QVERIFY(sound.output().isNull());
 }
 
 LUTEGRID_TEST_MAIN(TestTabEditView)

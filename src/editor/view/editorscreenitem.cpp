@@ -1,5 +1,7 @@
 #include "editorscreenitem.h"
 
+#include "shell/appmanager.h"
+
 #include "dialoghost.h"
 #include "fretboarditem.h"
 #include "tabeditsurface.h"
@@ -42,6 +44,7 @@ void EditorScreenItem::makeController()
     editor = std::make_unique<TabEditViewController>(lgDocument, surfaceItem->view(),
                                                      fretboardItem->board());
     editor->setDialogPresenter(dialogHost);
+    editor->existingTabCount = AppManager::shared().existingTabPaths.size();
     if (width() > 0 && height() > 0)
         editor->applyViewSize(width(), height());
     Q_EMIT controllerChanged();

@@ -1,7 +1,7 @@
 #include "tabfoldersviewcontroller.h"
 
 #include "shell/appmanager.h"
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 
 TabFoldersViewController::TabFoldersViewController(QObject *parent) : QObject(parent)
 {

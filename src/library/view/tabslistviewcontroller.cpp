@@ -3,8 +3,8 @@
 #include "dialoghost.h"
 #include "library/icloudmanager.h"
 #include "shell/appmanager.h"
-#include "shell/lutegriddocument.h"
-#include "shell/saveddata.h"
+#include "library/lutegriddocument.h"
+#include "services/saveddata.h"
 
 #include <QDir>
 
@@ -55,7 +55,7 @@ QString TabsListViewController::emptyText() const
 void TabsListViewController::refreshList(const std::optional<QList<TabUrlInfo>> &tabs)
 {
     iCloudManager &storage = iCloudManager::shared();
-    if (iCloudManager::ubiquityIdentityToken() && storage.retrievingCloudContainer) {
+    if (storage.ubiquityIdentityToken() && storage.retrievingCloudContainer) {
         busy = true;
         Q_EMIT changed();
         return;

@@ -13,7 +13,7 @@
 #include <optional>
 
 #include "dialoghost.h"
-#include "shell/lutegriddocument.h"
+#include "library/lutegriddocument.h"
 
 // One list of tabs: all of them, one label's, the unlabeled ones or the Deleted folder's, as
 // the last scan found them, newest first. A touch on a row opens the tab through the open

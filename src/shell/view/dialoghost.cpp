@@ -1,6 +1,6 @@
 #include "dialoghost.h"
 
-#include "shell/analytics.h"
+#include "services/analytics.h"
 #include "shell/appmanager.h"
 
 DialogHost::DialogHost(QObject *parent) : QObject(parent) {}

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/dialogpresenter.h"
+#include "services/dialogpresenter.h"
 
 #include <QObject>
 #include <QStringList>

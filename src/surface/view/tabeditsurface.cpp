@@ -1,8 +1,8 @@
 #include "tabeditsurface.h"
 
 #include "model/tabfileformat.h"
-#include "shell/lgundomanager.h"
-#include "shell/saveddata.h"
+#include "services/lgundomanager.h"
+#include "services/saveddata.h"
 #include "surface/tabrowvalues.h"
 #include "surfacefonts.h"
 
@@ -22,6 +22,9 @@ TabEditSurface::TabEditSurface(QQuickItem *parent)
     setAcceptedMouseButtons(Qt::LeftButton);
     setClip(true);
     editView->docUndoManager = ownUndo.get();
+    // Standing alone (the demo page) it follows the app's settings; an editor hands its own.
+    editView->settings.hideColHeaders = SavedData::shared().hideColHeaders;
+    editView->settings.notesOnTab = SavedData::shared().notesOnTab;
     editView->stringNotes = standardStringNotes(editView->tabRows.first().stringCount);
     connect(editView, &TabEditView::layoutChanged, this, &TabEditSurface::layoutChanged);
     connect(editView, &TabEditView::layoutChanged, this, &TabEditSurface::highlightChanged);
@@ -83,7 +86,7 @@ QStringList TabEditSurface::lyricTexts() const
 
 bool TabEditSurface::chordNamesHidden() const
 {
-    return SavedData::shared().hideColHeaders;
+    return editView->settings.hideColHeaders;
 }
 
 QRectF TabEditSurface::highlightRect() const
@@ -116,14 +119,15 @@ void TabEditSurface::setFreeScroll(bool free)
 
 bool TabEditSurface::notesOnTab() const
 {
-    return SavedData::shared().notesOnTab;
+    return editView->settings.notesOnTab;
 }
 
 void TabEditSurface::setNotesOnTab(bool on)
 {
-    if (SavedData::shared().notesOnTab == on)
+    if (editView->settings.notesOnTab == on)
         return;
     SavedData::shared().notesOnTab = on;
+    editView->settings.notesOnTab = on;
     editView->refreshShowingRows(true);
     Q_EMIT rowsChanged();
 }

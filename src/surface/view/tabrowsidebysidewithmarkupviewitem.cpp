@@ -1,5 +1,7 @@
 #include "tabrowsidebysidewithmarkupviewitem.h"
 
+#include "services/saveddata.h"
+
 #include "surfacefonts.h"
 
 TabRowSideBySideWithMarkupViewItem::TabRowSideBySideWithMarkupViewItem(QQuickItem *parent)
@@ -14,6 +16,7 @@ std::optional<TabRowWithMarkupView> TabRowSideBySideWithMarkupViewItem::rowAt(in
     if (!host || modelRow + offset < 0 || modelRow + offset >= host->view()->tabRows.size())
         return std::nullopt;
     TabRowWithMarkupView::Options options;
+    options.hideColHeaders = SavedData::shared().hideColHeaders;
     options.isEditMode = editMode;
     options.showLyrics = showLyrics;
     options.showChordNamesInit = showChordNames;

@@ -1,6 +1,6 @@
 #include "tabrowviewitem.h"
 
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 #include "surfacepainter.h"
 #include "surfacepalette.h"
 

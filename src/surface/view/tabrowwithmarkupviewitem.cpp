@@ -1,6 +1,6 @@
 #include "tabrowwithmarkupviewitem.h"
 
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 #include "surface/stringspacedview.h"
 #include "surfacefonts.h"
 #include "surfacepainter.h"
@@ -21,6 +21,7 @@ std::optional<TabRowWithMarkupView> TabRowWithMarkupViewItem::rowView() const
         return std::nullopt;
     const TabEditView *view = host->view();
     TabRowWithMarkupView::Options options;
+    options.hideColHeaders = SavedData::shared().hideColHeaders;
     options.isEditMode = editMode;
     options.showLyrics = showLyrics;
     options.showChordNamesInit = showChordNames;

@@ -1,7 +1,7 @@
 #include "saveddata.h"
 
 #include "apppaths.h"
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "model/keyedarchive.h"
 #include "model/plistvariant.h"
 
@@ -60,7 +60,10 @@ SavedData &SavedData::shared()
 
 void SavedData::resetShared()
 {
-    sharedInstance().reset();
+    // Read again in place: whoever holds the shared settings keeps a valid reference.
+    auto &instance = sharedInstance();
+    if (instance)
+        *instance = SavedData(instance->filePath, instance->cloudStore);
 }
 
 SavedData::SavedData(const QString &path, CloudKeyValueStore *store)
@@ -219,6 +222,14 @@ void SavedData::storeCustomChords(bool recentChanged)
     storeCloudCustomChords(customChordShortcuts.value_or(QList<ChordShortcut>()));
     if (saveCustomChordsLocally || recentChanged)
         save();
+}
+
+QList<ChordShortcut> SavedData::currentCustomChords()
+{
+    QList<ChordShortcut> cloudChords = loadCloudCustomChords();
+    if (!cloudChords.isEmpty())
+        customChordShortcuts = markedCustom(cloudChords);
+    return customChordShortcuts.value_or(QList<ChordShortcut>{});
 }
 
 QList<ChordShortcut> SavedData::loadCloudCustomChords() const

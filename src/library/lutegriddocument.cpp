@@ -1,12 +1,11 @@
 #include "lutegriddocument.h"
 
-#include "analytics.h"
-#include "appmanager.h"
-#include "apppaths.h"
-#include "lgundomanager.h"
+#include "services/analytics.h"
+#include "services/apppaths.h"
+#include "services/lgundomanager.h"
 #include "library/tabfilenames.h"
 #include "model/tabfileformat.h"
-#include "shelllog.h"
+#include "librarylog.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -22,7 +21,7 @@
 #include <sys/stat.h>
 #endif
 
-Q_LOGGING_CATEGORY(lcShell, "lutegrid.shell")
+Q_LOGGING_CATEGORY(lcLibrary, "lutegrid.library")
 
 namespace {
 
@@ -191,7 +190,7 @@ bool LutegridDocument::keepAsConflictVersion(const QByteArray &bytes, const QDat
         path, modified.isValid() ? modified : QDateTime::currentDateTime());
     QString error;
     if (!writeFileAtomically(copyPath, bytes, &error)) {
-        qCWarning(lcShell) << "cannot keep the outside version of" << path << error;
+        qCWarning(lcLibrary) << "cannot keep the outside version of" << path << error;
         return false;
     }
     if (modified.isValid()) {
@@ -210,13 +209,13 @@ bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
     const QString target = QFileInfo(url).absoluteFilePath();
     bool saved = false;
     if (!bytes) {
-        qCWarning(lcShell) << "save before the tab was loaded" << target;
+        qCWarning(lcLibrary) << "save before the tab was loaded" << target;
     } else {
         AppPaths::ensureDirectory(QFileInfo(target).absolutePath());
         AppPaths::ensureDirectory(QFileInfo(lockFilePath()).absolutePath());
         QLockFile lock(lockFilePath());
         if (!lock.tryLock(lockWait)) {
-            qCWarning(lcShell) << "file is being saved by another process" << target;
+            qCWarning(lcLibrary) << "file is being saved by another process" << target;
         } else {
             // What lies there now and is not what this document last saw is someone else's
             // work: it stays as a conflict version rather than being overwritten.
@@ -234,7 +233,7 @@ bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
             QString error;
             saved = writeFileAtomically(target, *bytes, &error);
             if (!saved)
-                qCWarning(lcShell) << "save failed" << target << error;
+                qCWarning(lcLibrary) << "save failed" << target << error;
         }
     }
 
@@ -277,7 +276,7 @@ void LutegridDocument::loadFromContents(const QByteArray &contents)
     QString error;
     tabData = tabDataFromDocumentData(contents, &error);
     if (!tabData)
-        qCWarning(lcShell) << "unreadable tab" << path << error;
+        qCWarning(lcLibrary) << "unreadable tab" << path << error;
     if (tabName && tabData)
         tabData->title = *tabName;
     if (changeListener && tabData)
@@ -297,7 +296,7 @@ void LutegridDocument::followNameAndPlace()
             tabName = name;
     }
     if (prevFileURL != std::optional<QString>(path)) {
-        AppManager::shared().documentMoved(prevFileURL, path, this);
+        Q_EMIT fileURLChanged(prevFileURL, path);
         prevFileURL = path;
     }
 }

@@ -2,7 +2,7 @@
 
 #include "pulsesoundoutput.h"
 #include "sampler.h"
-#include "viewmodelog.h"
+#include "soundlog.h"
 
 #include <chrono>
 
@@ -40,6 +40,6 @@ std::unique_ptr<SoundOutput> openDefaultSoundOutput(Sampler &sampler)
             PulseSoundOutput::open(sampler, PulseSoundOutput::defaultTargetLatencyUs, &error)) {
         return pulse;
     }
-    qCDebug(lcViewMode) << "no sound device, playing to nowhere:" << error;
+    qCDebug(lcSound) << "no sound device, playing to nowhere:" << error;
     return std::make_unique<NullSoundOutput>(sampler);
 }

@@ -1,5 +1,4 @@
-#include "shell/lgundomanager.h"
-#include "shell/lutegriddocument.h"
+#include "services/lgundomanager.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -29,7 +28,6 @@ private Q_SLOTS:
     void newEditClearsRedo();
     void explicitGroupSpansTurns();
     void groupingOffMakesEachRegistrationAStep();
-    void documentChangeCountFollows();
 };
 
 void TestUndoManager::oneTurnIsOneStep()
@@ -139,36 +137,6 @@ void TestUndoManager::groupingOffMakesEachRegistrationAStep()
     }
     manager.undo();
     QCOMPARE(model.values[0], 1);
-}
-
-void TestUndoManager::documentChangeCountFollows()
-{
-    const QString path = QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"Count.lgrdi"_qs);
-    LutegridDocument document(path, TabData(u"Count"_qs));
-    QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
-    QCOMPARE(document.changeCount(), 0);
-    Counter model{document.undoManager(), {0, 0}};
-
-    model.set(0, 1);
-    model.set(1, 1);
-    QCOMPARE(document.changeCount(), 0); // the group is not complete yet
-    QCoreApplication::processEvents();
-    QCOMPARE(document.changeCount(), 1);
-    document.undoManager()->undo();
-    QCOMPARE(document.changeCount(), 0);
-    QVERIFY(!document.hasUnsavedChanges());
-    document.undoManager()->redo();
-    QCOMPARE(document.changeCount(), 1);
-
-    // Saved, then undone past the saved state: unsaved again, in the other direction.
-    QVERIFY(document.autosave());
-    QCOMPARE(document.changeCount(), 0);
-    document.undoManager()->undo();
-    QCOMPARE(document.changeCount(), -1);
-    QVERIFY(document.hasUnsavedChanges());
-    document.updateChangeCount(LutegridDocument::ChangeKind::Done); // the tempo, no undo step
-    QCOMPARE(document.changeCount(), 0);
-    QVERIFY(document.close());
 }
 
 LUTEGRID_TEST_MAIN(TestUndoManager)

@@ -4,7 +4,7 @@
 #include "samplecache.h"
 #include "sampler.h"
 #include "soundoutput.h"
-#include "viewmodelog.h"
+#include "soundlog.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -16,7 +16,7 @@
 #include <atomic>
 #include <thread>
 
-Q_LOGGING_CATEGORY(lcViewMode, "lutegrid.viewmode")
+Q_LOGGING_CATEGORY(lcSound, "lutegrid.sound")
 
 namespace {
 

@@ -49,7 +49,7 @@ class SavedData {
 public:
     // The process-wide settings, loaded from the library folder on first use.
     static SavedData &shared();
-    // Drops the shared settings so that the next shared() loads them again.
+    // Loads the shared settings from the file again, as a new start would.
     static void resetShared();
 
     SavedData(const QString &filePath, CloudKeyValueStore *cloudStore);
@@ -88,6 +88,9 @@ public:
     void saveCustomChord(const ChordShortcut &chord);
     void deleteCustomChord(const ChordShortcut &chord);
     QList<ChordShortcut> loadCloudCustomChords() const;
+    // The user's chords as the chord bar lists them: a list that another machine synced
+    // replaces the one held here.
+    QList<ChordShortcut> currentCustomChords();
     void storeCloudCustomChords(const QList<ChordShortcut> &chords);
 
 private:

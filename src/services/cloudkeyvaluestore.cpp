@@ -1,8 +1,8 @@
 #include "cloudkeyvaluestore.h"
 
-#include "librarylog.h"
+#include "serviceslog.h"
 #include "model/plistvariant.h"
-#include "shell/apppaths.h"
+#include "services/apppaths.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -17,7 +17,7 @@
 #include <QTimer>
 #include <QVariantMap>
 
-Q_LOGGING_CATEGORY(lcLibrary, "lutegrid.library")
+Q_LOGGING_CATEGORY(lcServices, "lutegrid.services")
 
 namespace {
 
@@ -53,11 +53,11 @@ FileRead readStoreFile(const QString &path)
         return result;
     result.exists = true;
     if (!file.open(QIODevice::ReadOnly)) {
-        qCWarning(lcLibrary) << "cannot read key-value store" << path << file.errorString();
+        qCWarning(lcServices) << "cannot read key-value store" << path << file.errorString();
         return result;
     }
     if (file.size() > PlistVariant::maximumFileBytes) {
-        qCWarning(lcLibrary) << "key-value store too large to read" << path;
+        qCWarning(lcServices) << "key-value store too large to read" << path;
         return result;
     }
     const QByteArray bytes = file.read(PlistVariant::maximumFileBytes + 1);
@@ -141,13 +141,13 @@ struct CloudKeyValueStore::Private {
     bool write(const QVariantMap &content, const QByteArray &bytes)
     {
         if (!AppPaths::ensureDirectory(folder)) {
-            qCWarning(lcLibrary) << "cannot make key-value store folder" << folder;
+            qCWarning(lcServices) << "cannot make key-value store folder" << folder;
             return false;
         }
         QSaveFile file(path());
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()
             || !file.commit()) {
-            qCWarning(lcLibrary) << "cannot write key-value store" << path() << file.errorString();
+            qCWarning(lcServices) << "cannot write key-value store" << path() << file.errorString();
             return false;
         }
         values = content;
@@ -184,7 +184,7 @@ struct CloudKeyValueStore::Private {
             return;
         knownHash = read.hash;
         if (!read.values) {
-            qCWarning(lcLibrary) << "key-value store is unreadable, keeping what we hold" << file;
+            qCWarning(lcServices) << "key-value store is unreadable, keeping what we hold" << file;
             return;
         }
         QVariantMap merged = *read.values;
@@ -219,7 +219,7 @@ struct CloudKeyValueStore::Private {
                 continue;
             const FileRead read = readStoreFile(copyPath);
             if (!read.values) {
-                qCWarning(lcLibrary) << "conflict copy is unreadable, left in place" << copyPath;
+                qCWarning(lcServices) << "conflict copy is unreadable, left in place" << copyPath;
                 skippedCopies.insert(copyPath, stamp);
                 continue;
             }
@@ -243,7 +243,7 @@ struct CloudKeyValueStore::Private {
         }
         for (const QString &copyPath : std::as_const(copies)) {
             if (!QFile::remove(copyPath))
-                qCWarning(lcLibrary) << "cannot remove conflict copy" << copyPath;
+                qCWarning(lcServices) << "cannot remove conflict copy" << copyPath;
         }
     }
 
@@ -280,7 +280,7 @@ struct CloudKeyValueStore::Private {
                 if (carried)
                     pendingKeys = QSet<QString>(values.keyBegin(), values.keyEnd());
             } else {
-                qCWarning(lcLibrary) << "key-value store is unreadable, taken as empty" << file;
+                qCWarning(lcServices) << "key-value store is unreadable, taken as empty" << file;
             }
         } else if (!values.isEmpty()) {
             pendingKeys = QSet<QString>(values.keyBegin(), values.keyEnd());
@@ -365,7 +365,7 @@ void CloudKeyValueStore::setObject(const QVariant &value, const QString &key)
     }
     const auto stored = PlistVariant::normalized(value);
     if (!stored) {
-        qCWarning(lcLibrary) << "not a property-list value, not stored:" << key << value;
+        qCWarning(lcServices) << "not a property-list value, not stored:" << key << value;
         return;
     }
     // Outside changes not yet reported must be taken in first, or this write would bury them.

@@ -1,4 +1,4 @@
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "model/plistvariant.h"
 
 #include "handmadeplist.h"

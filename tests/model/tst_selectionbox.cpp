@@ -1,4 +1,4 @@
-#include "surface/selectionbox.h"
+#include "model/selectionbox.h"
 #include "testmain.h"
 
 class TestSelectionBox : public QObject {

@@ -97,6 +97,9 @@ Q_SIGNALS:
     void documentReloaded();
     // The file was renamed from outside, and the document followed it.
     void documentMoved(const QString &oldPath, const QString &newPath);
+    // The file the document stands for is another than before: whoever keeps documents by
+    // file name follows it.
+    void fileURLChanged(const std::optional<QString> &prevURL, const QString &url);
 
 private:
     void docStateChange();

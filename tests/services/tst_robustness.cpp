@@ -1,6 +1,6 @@
 #include "model/keyedarchive.h"
 #include "model/tabfileformat.h"
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 #include "testmain.h"
 
 #include <QDir>

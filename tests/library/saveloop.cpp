@@ -1,6 +1,6 @@
 // Saves one tab over and over, alternating between a small and a large version, until it is
 // killed. tst_document kills it at random moments and reads what is left.
-#include "shell/lutegriddocument.h"
+#include "library/lutegriddocument.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -14,9 +14,9 @@ int main(int argc, char *argv[])
     if (argc < 2)
         return 2;
     const QString path = QString::fromLocal8Bit(argv[1]);
-    TabData small(u"Loop"_qs);
+    TabData small(u"Loop"_qs, 6);
     small.tabRowDatas = {TabRowData(16, 6)};
-    TabData large(u"Loop"_qs);
+    TabData large(u"Loop"_qs, 6);
     // Long words make the bytes large and cheap to make, so most of a round is spent writing.
     large.tabRowDatas = {TabRowData(16, 6), TabRowData(16, 6)};
     large.tabRowDatas[1].lyricLines = {QString(4 * 1024 * 1024, u'x')};

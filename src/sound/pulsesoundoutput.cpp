@@ -1,7 +1,7 @@
 #include "pulsesoundoutput.h"
 
 #include "sampler.h"
-#include "viewmodelog.h"
+#include "soundlog.h"
 
 #include <pulse/pulseaudio.h>
 #include <pulse/rtclock.h>
@@ -134,7 +134,7 @@ bool PulseSoundOutput::start(int targetLatencyUs, QString *error)
         return false;
     }
     if (const pa_buffer_attr *got = pa_stream_get_buffer_attr(stream)) {
-        qCDebug(lcViewMode) << "PulseAudio stream: tlength" << got->tlength << "minreq"
+        qCDebug(lcSound) << "PulseAudio stream: tlength" << got->tlength << "minreq"
                             << got->minreq << "bytes";
     }
     pa_threaded_mainloop_unlock(mainloop);

@@ -1,6 +1,6 @@
-#include "library/cloudkeyvaluestore.h"
+#include "services/cloudkeyvaluestore.h"
 #include "model/keyedarchive.h"
-#include "shell/saveddata.h"
+#include "services/saveddata.h"
 
 #include "handmadeplist.h"
 #include "testfiles.h"
@@ -261,6 +261,22 @@ private Q_SLOTS:
         QVERIFY(!top->contains(u"ccsck"));
         QCOMPARE(namesOf(settings.loadCloudCustomChords()),
                  (QStringList{u"Another"_qs, u"Cloud"_qs}));
+    }
+
+    void theChordBarTakesTheListAnotherMachineSynced()
+    {
+        SavedData settings(dataPath(), cloud.get());
+        settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Local"_qs)};
+        QCOMPARE(namesOf(settings.currentCustomChords()), QStringList{u"Local"_qs});
+
+        // Archived chords come back unmarked; the list they join marks them as the user's.
+        ChordShortcut synced = custom(u"Synced"_qs, 2);
+        synced.isCustom = false;
+        settings.storeCloudCustomChords({synced});
+        const QList<ChordShortcut> current = settings.currentCustomChords();
+        QCOMPARE(namesOf(current), QStringList{u"Synced"_qs});
+        QVERIFY(current.first().isCustom);
+        QCOMPARE(namesOf(*settings.customChordShortcuts), QStringList{u"Synced"_qs});
     }
 
     void aCloudEntryThatDoesNotDecodeEmptiesTheCloudList_data()

@@ -1,6 +1,6 @@
 #include "samplecache.h"
 
-#include "viewmodelog.h"
+#include "soundlog.h"
 
 #include <QFile>
 #include <QMutexLocker>
@@ -107,19 +107,19 @@ std::shared_ptr<SampleBuffer> SampleCache::decodeFile(const QString &path, int s
     std::unique_ptr<SNDFILE, SndFileCloser> file(
         sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
     if (!file) {
-        qCDebug(lcViewMode) << "cannot open sample" << path << sf_strerror(nullptr);
+        qCDebug(lcSound) << "cannot open sample" << path << sf_strerror(nullptr);
         return nullptr;
     }
     // Two minutes is far beyond any note; a longer file is not a sample.
     constexpr sf_count_t maxFrames = 120 * 192000;
     if (info.channels < 1 || info.samplerate < 1000 || info.frames < 1 || info.frames > maxFrames) {
-        qCDebug(lcViewMode) << "not a usable sample" << path;
+        qCDebug(lcSound) << "not a usable sample" << path;
         return nullptr;
     }
     std::vector<float> interleaved(std::size_t(info.frames) * std::size_t(info.channels));
     const sf_count_t read = sf_readf_float(file.get(), interleaved.data(), info.frames);
     if (read < 1) {
-        qCDebug(lcViewMode) << "unreadable sample" << path;
+        qCDebug(lcSound) << "unreadable sample" << path;
         return nullptr;
     }
     std::vector<float> mono(std::size_t(read), 0.0f);

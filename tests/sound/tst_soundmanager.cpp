@@ -1,7 +1,7 @@
 #include "model/tabdata.h"
-#include "viewmode/samplecache.h"
-#include "viewmode/sampler.h"
-#include "viewmode/soundmanager.h"
+#include "sound/samplecache.h"
+#include "sound/sampler.h"
+#include "sound/soundmanager.h"
 
 #include "testmain.h"
 
@@ -231,7 +231,7 @@ void TestSoundManager::silentCallOnlyWarmsTheCache()
 void TestSoundManager::preloadMakesEveryShiftATabNeeds()
 {
     SoundManager manager;
-    TabData tab(u"preload"_qs);
+    TabData tab(u"preload"_qs, 6);
     tab.stringNotes = standard;
     TabRowData row(0, 6);
     for (const char16_t *column : {u"- - - - - 0", u"- - - - - 1", u"- - - - - 2", u"- - - - - 3",

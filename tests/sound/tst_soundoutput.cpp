@@ -63,7 +63,7 @@ const QList<QList<int>> expectedTicks = {
 
 QString writeTab()
 {
-    TabData tab(u"e2e"_qs);
+    TabData tab(u"e2e"_qs, 6);
     tab.stringNotes = {u"E"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
     tab.tempo = 120;
     tab.playbackOptions.reset();

@@ -1,8 +1,9 @@
 #include "library/fileversion.h"
 #include "library/tabfilenames.h"
 #include "model/tabfileformat.h"
-#include "shell/appmanager.h"
-#include "shell/lutegriddocument.h"
+#include "library/lutegriddocument.h"
+#include "services/lgundomanager.h"
+#include "tablisting.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -33,7 +34,7 @@ QString freshFolder(const QString &name)
 
 TabData tabWithNote(int fret, int rows = 1)
 {
-    TabData tab(u"Tab"_qs);
+    TabData tab(u"Tab"_qs, 6);
     tab.tabRowDatas = QList<TabRowData>(rows, TabRowData(16, 6));
     tab.tabRowDatas[0].colDatas[0].setColumnItem(0, ColumnItemType::note(fret));
     return tab;
@@ -108,6 +109,19 @@ void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const Q
         previousHandler(type, context, message);
 }
 
+// A tiny model edited the way the surface edits: each change registers its inverse.
+struct Counter {
+    LgUndoManager *manager;
+    QList<int> values;
+
+    void set(int index, int value)
+    {
+        const int old = values[index];
+        values[index] = value;
+        manager->registerUndo([this, index, old] { set(index, old); });
+    }
+};
+
 } // namespace
 
 class TestDocument : public QObject {
@@ -115,6 +129,37 @@ class TestDocument : public QObject {
 
 private Q_SLOTS:
     void initTestCase() { previousHandler = qInstallMessageHandler(captureAnalytics); }
+
+    // The change count follows the undo manager: what was saved, undone past or redone.
+    void changeCountFollowsUndo()
+    {
+        const QString path = QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"Count.lgrdi"_qs);
+        LutegridDocument document(path, TabData(u"Count"_qs, 6));
+        QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
+        QCOMPARE(document.changeCount(), 0);
+        Counter model{document.undoManager(), {0, 0}};
+
+        model.set(0, 1);
+        model.set(1, 1);
+        QCOMPARE(document.changeCount(), 0); // the group is not complete yet
+        QCoreApplication::processEvents();
+        QCOMPARE(document.changeCount(), 1);
+        document.undoManager()->undo();
+        QCOMPARE(document.changeCount(), 0);
+        QVERIFY(!document.hasUnsavedChanges());
+        document.undoManager()->redo();
+        QCOMPARE(document.changeCount(), 1);
+
+        // Saved, then undone past the saved state: unsaved again, in the other direction.
+        QVERIFY(document.autosave());
+        QCOMPARE(document.changeCount(), 0);
+        document.undoManager()->undo();
+        QCOMPARE(document.changeCount(), -1);
+        QVERIFY(document.hasUnsavedChanges());
+        document.updateChangeCount(LutegridDocument::ChangeKind::Done); // the tempo, no undo step
+        QCOMPARE(document.changeCount(), 0);
+        QVERIFY(document.close());
+    }
 
     void saveTakesTheSurfaceRows()
     {
@@ -338,33 +383,31 @@ private Q_SLOTS:
         fresh.close();
     }
 
-    void renameFromOutsideRekeysActiveDocuments()
+    void renameFromOutsideIsFollowed()
     {
         const QString folder = freshFolder(u"rename"_qs);
         const QString path = QDir(folder).filePath(u"Before.lgrdi"_qs);
         QVERIFY(writeTab(path, 4));
-        AppManager &manager = AppManager::shared();
-        LutegridDocument *document = manager.documentFor(path);
-        QCOMPARE(manager.documentFor(path), document);
-        QVERIFY(document->open());
-        QCOMPARE(document->tabData->title, u"Before"_qs);
-        QSignalSpy moved(document, &LutegridDocument::documentMoved);
+        LutegridDocument document(path, std::nullopt);
+        QVERIFY(document.open());
+        QCOMPARE(document.tabData->title, u"Before"_qs);
+        QSignalSpy moved(&document, &LutegridDocument::documentMoved);
+        QSignalSpy urlChanged(&document, &LutegridDocument::fileURLChanged);
 
         const QString renamed = QDir(folder).filePath(u"After.lgrdi"_qs);
         QVERIFY(QFile::rename(path, renamed));
         QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, 2000);
-        QCOMPARE(document->fileURL(), renamed);
-        QVERIFY(!manager.activeDocUrls.contains(u"Before.lgrdi"_qs));
-        QCOMPARE(manager.activeDocUrls.value(u"After.lgrdi"_qs), document);
-        QCOMPARE(document->tabData->title, u"After"_qs);
-        QCOMPARE(firstFret(*document->tabData), 4);
+        QCOMPARE(document.fileURL(), renamed);
+        QCOMPARE(urlChanged.size(), 1);
+        QCOMPARE(urlChanged[0][1].toString(), renamed);
+        QCOMPARE(document.tabData->title, u"After"_qs);
+        QCOMPARE(firstFret(*document.tabData), 4);
 
         // It keeps watching the file under its new name.
-        QSignalSpy reloaded(document, &LutegridDocument::documentReloaded);
+        QSignalSpy reloaded(&document, &LutegridDocument::documentReloaded);
         QVERIFY(writeTab(renamed, 5));
         QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 1, 2000);
-        QVERIFY(document->close());
-        manager.activeDocUrls.clear();
+        QVERIFY(document.close());
     }
 
     void conflictCopyPutsDocumentInConflict()
@@ -426,9 +469,7 @@ private Q_SLOTS:
             // Whatever the kill left behind, the listing shows the one tab.
             const QStringList entries = QDir(folder).entryList(QDir::Files | QDir::Hidden);
             killedMidWrite += entries.size() > 1;
-            const auto listed = AppManager::shared().scanFolder(folder, false);
-            QCOMPARE(listed.size(), 1);
-            QCOMPARE(listed[0].tabPath, u"Loop.lgrdi"_qs);
+            QCOMPARE(listedTabs(folder), QStringList{u"Loop.lgrdi"_qs});
         }
         qInfo() << "kills that left a temporary file:" << killedMidWrite;
 
