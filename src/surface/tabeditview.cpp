@@ -34,6 +34,9 @@ TabEditView::TabEditView(QObject *parent) : QObject(parent)
         if (const std::optional<int> row = std::exchange(throttledRow, std::nullopt))
             moveToTabRow(*row, true, false);
     });
+    lyricChangeTimer.setSingleShot(true);
+    lyricChangeTimer.setInterval(1000);
+    connect(&lyricChangeTimer, &QTimer::timeout, this, &TabEditView::commitLyricsField);
     connect(&forceGestureRecognizer, &ForceLongPressGestureRecognizer::stateChanged, this,
             &TabEditView::handleForceTouch);
 
@@ -47,8 +50,7 @@ TabEditView::~TabEditView() = default;
 
 double TabEditView::headerBandHeight() const
 {
-    return lyricsHeightSpacing +
-           (settings.hideColHeaders ? 0.0 : chordNamesDisplaySpacing);
+    return lyricsHeightSpacing + (settings.hideColHeaders ? 0.0 : chordNamesDisplaySpacing);
 }
 
 double TabEditView::tabRowPitch() const
@@ -910,6 +912,109 @@ void TabEditView::setColumnChordName(int row, int column, const std::optional<QS
     registerSurfaceUndo(row, columnFrame(row, column), [row, column, oldName](TabEditView &view) {
         view.setColumnChordName(row, column, oldName);
     });
+}
+
+void TabEditView::setLyricLine(int row, int line, const QString &text)
+{
+    if (row < 0 || row >= tabRows.size())
+        return;
+    TabRowData &data = tabRows[row];
+    if (line >= 0 && line < data.lyricLines.size())
+        data.selectedLyricLineIndex = line;
+    const QString old = data.lyricText().value_or(QString());
+    if (old == text)
+        return;
+    data.setLyricText(text);
+    const int shown = shownIndexOfRow(row);
+    if (shown >= 0) {
+        showingTabRows[shown].lyricsField.text = data.lyricText().value_or(QString());
+        Q_EMIT shownRowChanged(shown);
+    }
+    const int selected = data.selectedLyricLineIndex;
+    registerSurfaceUndo(row, std::nullopt, [row, selected, old](TabEditView &view) {
+        view.setLyricLine(row, selected, old);
+    });
+}
+
+void TabEditView::insertLyricLine(int shownRow, int line, const QString &text)
+{
+    const int row = tabRowIndex + shownRow;
+    if (row < 0 || row >= tabRows.size())
+        return;
+    TabRowData &data = tabRows[row];
+    line = std::clamp(line, 0, int(data.lyricLines.size()));
+    data.lyricLines.insert(line, text);
+    data.selectedLyricLineIndex = line;
+    if (shownRow >= 0 && shownRow < showingCount()) {
+        showingTabRows[shownRow].lyricsField.text = text;
+        Q_EMIT shownRowChanged(shownRow);
+    }
+    registerSurfaceUndo(row, std::nullopt, [shownRow, line](TabEditView &view) {
+        view.removeLyricLine(shownRow, line);
+    });
+}
+
+void TabEditView::removeLyricLine(int shownRow, int line)
+{
+    const int row = tabRowIndex + shownRow;
+    if (row < 0 || row >= tabRows.size())
+        return;
+    TabRowData &data = tabRows[row];
+    if (line < 0 || line >= data.lyricLines.size())
+        return;
+    const QString old = data.lyricLines.takeAt(line);
+    if (data.selectedLyricLineIndex == line && line - 1 >= 0)
+        data.selectedLyricLineIndex = line - 1;
+    data.selectedLyricLineIndex =
+        std::clamp(data.selectedLyricLineIndex, 0, std::max(0, int(data.lyricLines.size()) - 1));
+    if (shownRow >= 0 && shownRow < showingCount()) {
+        showingTabRows[shownRow].lyricsField.text = data.lyricText().value_or(QString());
+        Q_EMIT shownRowChanged(shownRow);
+    }
+    registerSurfaceUndo(row, std::nullopt, [shownRow, line, old](TabEditView &view) {
+        view.insertLyricLine(shownRow, line, old);
+    });
+}
+
+void TabEditView::selectLyricLine(int shownRow, int line)
+{
+    const int row = tabRowIndex + shownRow;
+    if (row < 0 || row >= tabRows.size())
+        return;
+    TabRowData &data = tabRows[row];
+    if (line < 0 || line >= data.lyricLines.size())
+        return;
+    data.selectedLyricLineIndex = line;
+    if (shownRow >= 0 && shownRow < showingCount()) {
+        showingTabRows[shownRow].lyricsField.text = data.lyricText().value_or(QString());
+        Q_EMIT shownRowChanged(shownRow);
+    }
+}
+
+void TabEditView::lyricsFieldTextChanged(int shownRow, const QString &text)
+{
+    if (shownRow < 0 || shownRow >= showingCount())
+        return;
+    // Typing moves to another row: what waits for the first one is written first.
+    if (lyricEditShownRow >= 0 && lyricEditShownRow != shownRow)
+        commitLyricsField();
+    showingTabRows[shownRow].lyricsField.text = text;
+    lyricEditShownRow = shownRow;
+    lyricChangeTimer.start();
+    if (tabRowChangeListener)
+        tabRowChangeListener->lyricsFieldEdited();
+}
+
+void TabEditView::commitLyricsField()
+{
+    lyricChangeTimer.stop();
+    const int shown = std::exchange(lyricEditShownRow, -1);
+    if (shown < 0 || shown >= showingCount())
+        return;
+    const int row = tabRowIndex + shown;
+    if (row < 0 || row >= tabRows.size())
+        return;
+    setLyricLine(row, tabRows[row].selectedLyricLineIndex, showingTabRows[shown].lyricsField.text);
 }
 
 void TabEditView::moveStringItems(int fromItem, int toItem, int row)

@@ -4,8 +4,8 @@
 #include "forcecontextmenu.h"
 #include "forcelongpressgesturerecognizer.h"
 #include "fretposition.h"
-#include "model/tabdata.h"
 #include "model/selectionbox.h"
+#include "model/tabdata.h"
 #include "surfacesettings.h"
 #include "visibetabrowview.h"
 
@@ -113,6 +113,8 @@ public:
     bool magicEditMode = false;
     std::optional<SelectionBox> magicSelectionBox;
     QTimer moveTabRowDelayTimer;
+    // A burst of typing in a lyric field becomes one edit a second after the last key.
+    QTimer lyricChangeTimer;
     QPointer<LgUndoManager> docUndoManager;
     UndoListener *undoListener = nullptr;
     EditHighlightListener *editHighlightListener = nullptr;
@@ -197,6 +199,15 @@ public:
                            const QList<ColumnItemType> &items);
     void toggleBarColumn();
     void setColumnChordName(int row, int column, const std::optional<QString> &name);
+    // Lyric lines, each with undo but selectLyricLine.
+    void setLyricLine(int row, int line, const QString &text);
+    void insertLyricLine(int shownRow, int line, const QString &text);
+    void removeLyricLine(int shownRow, int line);
+    void selectLyricLine(int shownRow, int line);
+    // The shown row's lyric field changed as the user typed; the model follows a second later.
+    void lyricsFieldTextChanged(int shownRow, const QString &text);
+    // Writes typed text that is still waiting for its second, as when the field is left.
+    void commitLyricsField();
     void moveStringItems(int fromItem, int toItem, int row);
     void selectColumnOfChordDisplay(ChordNamesDisplay *display, int column);
     void openChordNameDialog(ChordNamesDisplay *display, int column);
@@ -250,5 +261,7 @@ private:
     void showMagicSelection();
 
     std::optional<int> throttledRow;
+    // The shown row whose typed text waits for lyricChangeTimer.
+    int lyricEditShownRow = -1;
     bool flushQueued = false;
 };

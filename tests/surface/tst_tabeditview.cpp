@@ -21,6 +21,7 @@ struct Recorder : UndoListener, EditHighlightListener, TabRowChangeListener {
     QList<double> widths;
     QList<QList<int>> positions;
     int itemChanges = 0;
+    int lyricEdits = 0;
     void undoStateChanged() override { ++undoChanges; }
     void editHighlightMoved(bool first, bool last) override
     {
@@ -33,7 +34,7 @@ struct Recorder : UndoListener, EditHighlightListener, TabRowChangeListener {
         positions.append({index, showing, total});
     }
     void columnItemChanged() override { ++itemChanges; }
-    void lyricsFieldEdited() override {}
+    void lyricsFieldEdited() override { ++lyricEdits; }
 };
 
 QList<TabRowData> makeRows(int rows, int columns, int strings = 6)
@@ -101,6 +102,8 @@ private Q_SLOTS:
     void markupRowHeights();
     void stringLetters();
     void pressRecogniser();
+    void typedLyricsReachTheRowAsOneStep();
+    void lyricLinesAddRemoveAndSelect();
 };
 
 void TestTabEditView::constructionDefaults()
@@ -764,6 +767,62 @@ void TestTabEditView::pressRecogniser()
     QVERIFY(spy.isEmpty());
     recogniser.touchEnded(QPointF(10, 23));
     QCOMPARE(recogniser.state, ForceLongPressGestureRecognizer::State::failed);
+}
+
+void TestTabEditView::typedLyricsReachTheRowAsOneStep()
+{
+    Fixture f;
+    f.view.lyricChangeTimer.setInterval(50);
+    f.view.lyricsFieldTextChanged(1, u"h"_qs);
+    f.view.lyricsFieldTextChanged(1, u"hello"_qs);
+    QCOMPARE(f.recorder.lyricEdits, 2);
+    // The model lags the field until the typing pauses.
+    QVERIFY(!f.view.tabRows[1].lyricText());
+    QTRY_COMPARE(f.view.tabRows[1].lyricText(), u"hello"_qs);
+    QCOMPARE(f.view.tabRows[1].lyricLines, QStringList{u"hello"_qs});
+    QCOMPARE(f.view.showingTabRows[1].lyricsField.text, u"hello"_qs);
+
+    f.undo.undo();
+    QCOMPARE(f.view.tabRows[1].lyricText().value_or(QString()), QString());
+    QCOMPARE(f.view.showingTabRows[1].lyricsField.text, QString());
+    f.undo.redo();
+    QCOMPARE(f.view.tabRows[1].lyricText(), u"hello"_qs);
+
+    // Moving to another row's field writes the first row's text at once.
+    f.view.lyricsFieldTextChanged(0, u"one"_qs);
+    f.view.lyricsFieldTextChanged(1, u"two"_qs);
+    QCOMPARE(f.view.tabRows[0].lyricText(), u"one"_qs);
+    f.view.commitLyricsField();
+    QCOMPARE(f.view.tabRows[1].lyricText(), u"two"_qs);
+    QVERIFY(!f.view.lyricChangeTimer.isActive());
+    // Unchanged text is no edit.
+    const bool couldRedo = f.undo.canRedo();
+    f.view.setLyricLine(1, 0, u"two"_qs);
+    QCOMPARE(f.undo.canRedo(), couldRedo);
+}
+
+void TestTabEditView::lyricLinesAddRemoveAndSelect()
+{
+    Fixture f;
+    f.view.setLyricLine(0, 0, u"verse one"_qs);
+    f.view.insertLyricLine(0, 1, u"verse two"_qs);
+    QCOMPARE(f.view.tabRows[0].lyricLines, (QStringList{u"verse one"_qs, u"verse two"_qs}));
+    QCOMPARE(f.view.showingTabRows[0].lyricsField.text, u"verse two"_qs);
+    f.view.selectLyricLine(0, 0);
+    QCOMPARE(f.view.showingTabRows[0].lyricsField.text, u"verse one"_qs);
+
+    f.view.removeLyricLine(0, 0);
+    QCOMPARE(f.view.tabRows[0].lyricLines, QStringList{u"verse two"_qs});
+    f.undo.undo();
+    QCOMPARE(f.view.tabRows[0].lyricLines, (QStringList{u"verse one"_qs, u"verse two"_qs}));
+    f.undo.undo();
+    QCOMPARE(f.view.tabRows[0].lyricLines, QStringList{u"verse one"_qs});
+    f.undo.redo();
+    QCOMPARE(f.view.tabRows[0].lyricLines.size(), 2);
+    // Out of range does nothing.
+    f.view.removeLyricLine(0, 7);
+    f.view.selectLyricLine(5, 0);
+    QCOMPARE(f.view.tabRows[0].lyricLines.size(), 2);
 }
 
 LUTEGRID_TEST_MAIN(TestTabEditView)
