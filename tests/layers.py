@@ -48,13 +48,11 @@ def read_layers(src):
     return below
 
 
-def main():
-    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".")
+def check(root):
     src = root / "src"
     below = read_layers(src)
     if not below:
-        print("layers: no lutegrid_layer() found under", src)
-        return 1
+        return below, [f"layers: no lutegrid_layer() found under {src}"]
     faults = []
     for layer, allowed in sorted(below.items()):
         for path in sorted((src / layer).rglob("*")):
@@ -76,6 +74,41 @@ def main():
                     faults.append(
                         f"{where}:{line}: the {layer} layer calls {match.group(0)}; it takes "
                         f"settings and sound as values from the layer above it")
+    return below, faults
+
+
+def self_test():
+    """The check itself, on a small tree that breaks each rule once."""
+    import tempfile
+
+    files = {
+        "src/model/CMakeLists.txt": "lutegrid_layer(model SOURCES a.h)",
+        "src/surface/CMakeLists.txt": "lutegrid_layer(surface DEPENDS model SOURCES b.h)",
+        "src/editor/CMakeLists.txt": "lutegrid_layer(editor DEPENDS surface SOURCES c.h)",
+        "src/model/a.cpp": '#include "a.h"\n#include "editor/c.h"\n',
+        "src/model/view/item.cpp": '#include "editor/c.h"\n',
+        "src/surface/b.cpp": '#include "model/a.h"\nint x = SavedData::shared().n;\n',
+        "src/editor/c.cpp": '#include "model/a.h"\nint y = SavedData::shared().n;\n',
+        "src/editor/d.cpp": "SavedData &SavedData::shared() {}\n",
+    }
+    with tempfile.TemporaryDirectory() as folder:
+        root = pathlib.Path(folder)
+        for name, text in files.items():
+            (root / name).parent.mkdir(parents=True, exist_ok=True)
+            (root / name).write_text(text)
+        below, faults = check(root)
+    assert below == {"model": set(), "surface": {"model"}, "editor": {"surface", "model"}}, below
+    assert len(faults) == 2, faults
+    assert faults[0].startswith("src/model/a.cpp:2: the model layer includes"), faults
+    assert "surface layer calls SavedData::shared()" in faults[1], faults
+    print("layers: the check finds an upward include and a singleton in a value layer")
+    return 0
+
+
+def main():
+    if sys.argv[1:] == ["--self-test"]:
+        return self_test()
+    below, faults = check(pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else "."))
     for fault in faults:
         print(fault)
     print(f"layers: {len(below)} layers checked, {len(faults)} faults")
