@@ -1,8 +1,4 @@
-#include "services/dialogpresenter.h"
-#include "editor/tabeditviewcontroller.h"
-#include "services/lgundomanager.h"
-#include "library/lutegriddocument.h"
-#include "services/saveddata.h"
+#include "editorsession.h"
 #include "sound/sampler.h"
 #include "sound/soundmanager.h"
 #include "sound/soundoutput.h"
@@ -25,19 +21,6 @@ struct Responder : FretResponder {
     void fretTouchesCancelled() override { ++cancelled; }
 };
 
-struct Dialogs : DialogPresenter {
-    QStringList messages;
-    QList<QStringList> conflicts;
-    bool presenting = false;
-    bool isPresenting() const override { return presenting; }
-    void presentMessage(const QString &text) override { messages.append(text); }
-    void presentConflict(const QStringList &rows, std::function<void(int)>) override
-    {
-        conflicts.append(rows);
-    }
-    void dismissDialog() override { presenting = false; }
-};
-
 // A board 400 wide and 330 high: strings 280 / 6 high, numbers 50 high below them.
 struct Board {
     Fretboard board;
@@ -49,13 +32,6 @@ struct Board {
     }
 };
 
-struct Session {
-    std::unique_ptr<LutegridDocument> document;
-    std::unique_ptr<TabEditViewController> editor;
-    TabEditView *view;
-    LgUndoManager *undo;
-};
-
 ColumnItemType note(qint64 fret)
 {
     return ColumnItemType::note(fret);
@@ -63,7 +39,7 @@ ColumnItemType note(qint64 fret)
 
 } // namespace
 
-class TestEditor : public QObject {
+class TestEditor : public QObject, private EditorSessions {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -94,77 +70,20 @@ private Q_SLOTS:
     void layoutByHeight_data();
     void layoutByHeight();
     void compactArrowsFlash();
-    void rowPanMovesAtMostOneRow_data();
-    void rowPanMovesAtMostOneRow();
-    void scrollIndicatorDragMovesRows();
     void rowsAddAndDelete();
     void unseenToolsDot_data();
     void unseenToolsDot();
     void columnMessagesGoToDialog();
     void finishEditingKeepsTheRows();
     void reloadWithOtherStringCount();
-
-private:
-    // A tab saved and reopened, as the list opens it, with `rows` blank rows.
-    std::unique_ptr<LutegridDocument> makeDocument(const QString &name, int rows = 1,
-                                                   int columns = 32);
-    // The same tab in an editor of phone size, its messages going to `dialogs`.
-    Session open(const QString &name, int rows = 1, int columns = 32);
-    QString folder;
-    Dialogs dialogs;
 };
 
 void TestEditor::init()
 {
-    folder = QDir(qEnvironmentVariable("LUTEGRID_HOME"))
-                 .filePath(QString::fromLatin1(QTest::currentTestFunction()));
-    QDir(folder).removeRecursively();
-    QDir().mkpath(folder);
-    SavedData &saved = SavedData::shared();
-    saved.autoCursorAmount = 1;
-    saved.playSounds = false;
-    saved.lastFretCount = 0;
-    saved.freeScrollSetting = false;
-    saved.toolsMarkedSeen = false;
-    saved.toolsMarkedSeenTemporary = false;
-    saved.tabCreateCount = 1;
-    saved.disableFlashNavArrows = false;
-    dialogs = Dialogs();
+    prepare();
 }
 
-void TestEditor::cleanup()
-{
-}
-
-std::unique_ptr<LutegridDocument> TestEditor::makeDocument(const QString &name, int rows,
-                                                           int columns)
-{
-    const QString path = QDir(folder).filePath(name + u".lgrdi"_qs);
-    TabData tab(name, 6);
-    for (int r = 0; r < rows; ++r)
-        tab.tabRowDatas.append(TabRowData(columns, tab.stringCount()));
-    auto document = std::make_unique<LutegridDocument>(path, tab);
-    document->saveToURL(path, LutegridDocument::SaveOperation::ForCreating);
-    document->close();
-    auto opened = std::make_unique<LutegridDocument>(path, std::nullopt);
-    opened->tabName = name;
-    if (!opened->open() || !opened->tabData)
-        qFatal("cannot reopen %s", qPrintable(path));
-    // One registration, one step: the tests count steps, not event turns.
-    opened->undoManager()->groupsByEvent = false;
-    return opened;
-}
-
-Session TestEditor::open(const QString &name, int rows, int columns)
-{
-    Session s{makeDocument(name, rows, columns), nullptr, nullptr, nullptr};
-    s.editor = std::make_unique<TabEditViewController>(s.document.get());
-    s.editor->setDialogPresenter(&dialogs);
-    s.editor->applyViewSize(390, 844);
-    s.view = s.editor->tabEditView();
-    s.undo = s.document->undoManager();
-    return s;
-}
+void TestEditor::cleanup() {}
 
 // Fretboard
 
@@ -645,69 +564,6 @@ void TestEditor::compactArrowsFlash()
     QVERIFY(!editor->editMoveButtsShown);
 }
 
-void TestEditor::rowPanMovesAtMostOneRow_data()
-{
-    QTest::addColumn<int>("startRow");
-    QTest::addColumn<double>("rowsDragged");
-    QTest::addColumn<double>("velocity");
-    QTest::addColumn<int>("endRow");
-    QTest::newRow("0.4 up stays") << 1 << -0.4 << 0.0 << 1;
-    QTest::newRow("0.6 up moves on") << 1 << -0.6 << 0.0 << 2;
-    QTest::newRow("0.6 down moves back") << 1 << 0.6 << 0.0 << 0;
-    QTest::newRow("flick moves one") << 0 << -0.2 << -20000.0 << 1;
-    QTest::newRow("first row can't go back") << 0 << 0.9 << 0.0 << 0;
-}
-
-void TestEditor::rowPanMovesAtMostOneRow()
-{
-    QFETCH(int, startRow);
-    QFETCH(double, rowsDragged);
-    QFETCH(double, velocity);
-    QFETCH(int, endRow);
-    auto [document, editor, view, undo] = open(u"Pan"_qs, 5);
-    view->moveToTabRow(startRow, true, false);
-    QCOMPARE(view->tabRowIndex, startRow);
-    const double pitch = view->tabRowPitch();
-    QVERIFY(!editor->panBegan(100, -5));
-    QVERIFY(editor->panBegan(100, 100));
-    editor->panChanged(rowsDragged * pitch);
-    QCOMPARE(editor->panOffsetY, rowsDragged * pitch);
-    editor->panEnded(velocity);
-    QVERIFY(editor->panSettling);
-    QCOMPARE(editor->panSettleTimer.interval(), 100);
-    QCOMPARE(editor->panOffsetY, (startRow - endRow) * pitch);
-    QTRY_VERIFY(!editor->panSettling);
-    QCOMPARE(view->tabRowIndex, endRow);
-    QCOMPARE(editor->panOffsetY, 0.0);
-    QCOMPARE(editor->scrubberY(), endRow * editor->singlePositionHeight());
-}
-
-void TestEditor::scrollIndicatorDragMovesRows()
-{
-    auto [document, editor, view, undo] = open(u"Indicator"_qs, 9);
-    QVERIFY(editor->indicatorVisible());
-    const double single = editor->singlePositionHeight();
-    QVERIFY(single > 0);
-    editor->indicatorTouchBegan(10);
-    QVERIFY(editor->indicatorDragging());
-    editor->indicatorTouchMoved(10 + single * 3.2);
-    editor->indicatorTouchEnded();
-    QCOMPARE(view->tabRowIndex, 3);
-    QVERIFY(!editor->indicatorDragging());
-    QVERIFY(editor->indicatorShown);
-    // Past the end the scrubber stops at the last position.
-    editor->indicatorTouchBegan(0);
-    editor->indicatorTouchMoved(5000);
-    editor->indicatorTouchEnded();
-    QCOMPARE(view->tabRowIndex, 8);
-    // A cancelled drag returns to where it was.
-    editor->indicatorTouchBegan(0);
-    editor->indicatorTouchMoved(-5000);
-    editor->indicatorTouchCancelled();
-    QTRY_COMPARE(view->tabRowIndex, 8);
-    QCOMPARE(editor->scrubberY(), 8 * single);
-}
-
 void TestEditor::rowsAddAndDelete()
 {
     auto [document, editor, view, undo] = open(u"Rows"_qs);
@@ -718,11 +574,11 @@ void TestEditor::rowsAddAndDelete()
     editor->addTabRow();
     QCOMPARE(view->tabRows.size(), 2);
     // The window of one row can't grow: the rows slide in from one row lower.
-    QVERIFY(editor->panSettling);
+    QVERIFY(editor->rowPan()->panSettling);
     QCOMPARE(view->tabRowIndex, 1);
     QVERIFY(SavedData::shared().toolsMarkedSeen);
-    QTRY_VERIFY(!editor->panSettling);
-    QCOMPARE(editor->panOffsetY, 0.0);
+    QTRY_VERIFY(!editor->rowPan()->panSettling);
+    QCOMPARE(editor->rowPan()->panOffsetY, 0.0);
     editor->fretTouched(1, 9);
     editor->fretTouchesEnded();
     QCOMPARE(view->tabRows[1].colDatas[0].columnItems[0], note(9));
@@ -733,14 +589,14 @@ void TestEditor::rowsAddAndDelete()
     // With a row waiting below, the rows under the cursor's come up over the deleted one.
     editor->deleteTabRow();
     QCOMPARE(view->tabRows.size(), 2);
-    QCOMPARE(editor->rowSlideFrom, view->editShowingTabRowIndex);
-    QCOMPARE(editor->rowSlideOffset, view->tabRowPitch());
-    QTRY_COMPARE(editor->rowSlideFrom, -1);
-    QCOMPARE(editor->rowSlideOffset, 0.0);
+    QCOMPARE(editor->rowPan()->rowSlideFrom, view->editShowingTabRowIndex);
+    QCOMPARE(editor->rowPan()->rowSlideOffset, view->tabRowPitch());
+    QTRY_COMPARE(editor->rowPan()->rowSlideFrom, -1);
+    QCOMPARE(editor->rowPan()->rowSlideOffset, 0.0);
     // The last row shown, nothing below: no slide.
     editor->deleteTabRow();
     QCOMPARE(view->tabRows.size(), 1);
-    QCOMPARE(editor->rowSlideFrom, -1);
+    QCOMPARE(editor->rowPan()->rowSlideFrom, -1);
 }
 
 void TestEditor::unseenToolsDot_data()
