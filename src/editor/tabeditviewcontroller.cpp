@@ -24,6 +24,15 @@ TabData tabDataOf(LutegridDocument *document)
     return TabData(QString(), 6);
 }
 
+// The document holds the editor's tab when all but the rows agree: until closing, the rows
+// being edited are the surface's, and the model catches up only when they are stored.
+bool holdsSameTab(const TabData &documentTab, const TabData &editorTab)
+{
+    TabData rowsAside = documentTab;
+    rowsAside.tabRowDatas = editorTab.tabRowDatas;
+    return rowsAside == editorTab;
+}
+
 } // namespace
 
 TabEditViewController::TabEditViewController(LutegridDocument *document, TabEditView *surfaceView,
@@ -577,10 +586,12 @@ void TabEditViewController::finishEditing()
     tabData.tabRowDatas = surface->tabRows;
     if (lgDocument) {
         lgDocument->changeListener = nullptr;
+        if (!lgDocument->tabData || !holdsSameTab(*lgDocument->tabData, tabData))
+            Analytics::logEvent(u"Tdata save diff"_qs);
         if (lgDocument->tabData != tabData)
             lgDocument->tabData = tabData;
         if (!lgDocument->close())
-            Analytics::logEvent(u"Doc close fail"_qs);
+            Analytics::logEvent(u"Save fail"_qs);
     }
     Q_EMIT finished();
 }
@@ -588,7 +599,14 @@ void TabEditViewController::finishEditing()
 void TabEditViewController::documentConflictDetected(
     const std::optional<QList<FileVersion>> &versions)
 {
-    if (!versions || (dialogs && dialogs->isPresenting()) || !dialogs)
+    if (dialogs && dialogs->isPresenting())
+        return;
+    // No list of versions to choose from: the editor can't show this tab as it stands.
+    if (!versions) {
+        Q_EMIT returnToRootRequested();
+        return;
+    }
+    if (!dialogs)
         return;
     conflictResolver.emplace(*versions, lgDocument.data());
     QPointer<TabEditViewController> self(this);
@@ -613,8 +631,11 @@ void TabEditViewController::documentReloaded(const TabData &newData)
     pan->panCancelled();
     indicator->indicatorTouchCancelled();
     if (newData.stringCount() == surface->stringCount()) {
-        surface->replaceTabRows(newData.tabRowDatas);
+        // Another tuning of as many strings still changes the letters, the note names on the
+        // rows and the pitch of a press; the capo follows through capoFret.
+        surface->stringNotes = newData.stringNotes;
         surface->lyricsSizePercentage = int(newData.lyricSize);
+        surface->replaceTabRows(newData.tabRowDatas);
         board->setNumStrings(newData.stringCount());
     } else {
         applyStringLayout();

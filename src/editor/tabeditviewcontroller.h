@@ -69,6 +69,7 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(bool fadeOutBottomCoverHidden MEMBER fadeOutBottomCoverHidden NOTIFY layoutChanged)
     Q_PROPERTY(int nextRowPreviewRow MEMBER nextRowPreviewRow NOTIFY layoutChanged)
     Q_PROPERTY(QStringList stringNotes READ stringNotes NOTIFY layoutChanged)
+    Q_PROPERTY(int capoFret READ capoFret NOTIFY layoutChanged)
     Q_PROPERTY(QObject *rowPan READ rowPanObject CONSTANT)
     Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
@@ -142,6 +143,7 @@ public:
     double tabLettersWidth() const { return tabLettersWidthValue; }
     bool freeScroll() const { return surface->freeVerticalScroll; }
     QStringList stringNotes() const { return surface->stringNotes; }
+    int capoFret() const { return int(tabData.capoFret); }
     QVariantList openStringMarks() const;
 
     // Layout for the screen's size.
@@ -209,6 +211,9 @@ Q_SIGNALS:
     void highlightsChanged();
     // The editor is done; the screen goes.
     void finished();
+    // A conflict came with no versions to offer: the window goes back to the first screen of
+    // its navigation, without animation.
+    void returnToRootRequested();
 
 private:
     // The one gate of the tools that must wait for a fret press to end: runs `tool` unless a

@@ -6,6 +6,7 @@
 #include "testmain.h"
 
 #include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 
 #include <memory>
@@ -35,6 +36,17 @@ struct Board {
 ColumnItemType note(qint64 fret)
 {
     return ColumnItemType::note(fret);
+}
+
+QStringList analyticsEvents;
+QtMessageHandler previousHandler = nullptr;
+
+void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (context.category && QByteArrayView(context.category) == "lutegrid.analytics")
+        analyticsEvents.append(message);
+    else if (previousHandler)
+        previousHandler(type, context, message);
 }
 
 } // namespace
@@ -75,7 +87,11 @@ private Q_SLOTS:
     void unseenToolsDot();
     void columnMessagesGoToDialog();
     void finishEditingKeepsTheRows();
+    void closingLogsWhatWentAmiss_data();
+    void closingLogsWhatWentAmiss();
     void reloadWithOtherStringCount();
+    void reloadWithOtherTuningAndCapo();
+    void conflictWithoutVersionsGoesBackToTheRoot();
 };
 
 void TestEditor::init()
@@ -656,6 +672,52 @@ void TestEditor::finishEditingKeepsTheRows()
     QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
 }
 
+void TestEditor::closingLogsWhatWentAmiss_data()
+{
+    QTest::addColumn<bool>("modelLost");
+    QTest::addColumn<bool>("saveFails");
+    QTest::addColumn<QStringList>("events");
+    QTest::newRow("plain close") << false << false << QStringList();
+    QTest::newRow("document lost its model")
+        << true << false << QStringList({u"Tdata_save_diff"_qs});
+    QTest::newRow("save fails") << false << true << QStringList({u"Save_fail"_qs});
+}
+
+void TestEditor::closingLogsWhatWentAmiss()
+{
+    QFETCH(bool, modelLost);
+    QFETCH(bool, saveFails);
+    QFETCH(QStringList, events);
+    auto [document, editor, view, undo] = open(u"Close"_qs);
+    const QString path = document->fileURL();
+    editor->fretTouched(4, 12);
+    editor->fretTouchesEnded();
+    // A reload of contents that can't be read leaves the document with no model.
+    if (modelLost)
+        document->tabData.reset();
+    // A folder where the file was: nothing can be written there.
+    if (saveFails)
+        QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+    analyticsEvents.clear();
+    previousHandler = qInstallMessageHandler(captureAnalytics);
+    editor->finishEditing();
+    qInstallMessageHandler(previousHandler);
+    // The document logs its own saving-error state, at each state notice; the rest is the
+    // editor's.
+    QCOMPARE(analyticsEvents.contains(u"Gt_saving_error"_qs), saveFails);
+    analyticsEvents.removeAll(u"Gt_saving_error"_qs);
+    QCOMPARE(analyticsEvents, events);
+    // The editor's tab is the document's again, with the rows that were edited.
+    QVERIFY(document->tabData);
+    QCOMPARE(document->tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    if (!saveFails) {
+        LutegridDocument reopened(path, std::nullopt);
+        QVERIFY(reopened.open());
+        QVERIFY(reopened.tabData);
+        QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    }
+}
+
 void TestEditor::reloadWithOtherStringCount()
 {
     auto [document, editor, view, undo] = open(u"Bass"_qs, 2);
@@ -670,6 +732,52 @@ void TestEditor::reloadWithOtherStringCount()
     QCOMPARE(editor->tabEditViewHeight, 239.0);
     QCOMPARE(editor->fretboardHeight, 290.0);
     QCOMPARE(editor->stringNotes().size(), 4);
+}
+
+void TestEditor::reloadWithOtherTuningAndCapo()
+{
+    auto [document, editor, view, undo] = open(u"DropD"_qs);
+    const QStringList dropD = {u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
+    QVERIFY(view->stringNotes != dropD);
+    QCOMPARE(editor->capoFret(), 0);
+    TabData reloaded(u"DropD"_qs, {TabRowData(32, 6), TabRowData(32, 6)}, dropD, 3, std::nullopt);
+    reloaded.tabRowDatas[1].colDatas[0].setColumnItem(5, note(0));
+    QSignalSpy layout(editor.get(), &TabEditViewController::layoutChanged);
+    editor->documentReloaded(reloaded);
+    // The rows, the letters beside the tab and the fretboard, and what a press sounds (the
+    // surface's notes), all take the new tuning; the capo goes to the letters.
+    QCOMPARE(view->tabRows.size(), 2);
+    QCOMPARE(view->tabRows[1].colDatas[0].columnItems[5], note(0));
+    QCOMPARE(view->stringNotes, dropD);
+    QCOMPARE(editor->stringNotes(), dropD);
+    QCOMPARE(editor->capoFret(), 3);
+    QVERIFY(layout.size() >= 1);
+    // Back to no capo: the label goes.
+    reloaded.capoFret = 0;
+    editor->documentReloaded(reloaded);
+    QCOMPARE(editor->capoFret(), 0);
+}
+
+void TestEditor::conflictWithoutVersionsGoesBackToTheRoot()
+{
+    auto [document, editor, view, undo] = open(u"Conflict"_qs);
+    QSignalSpy back(editor.get(), &TabEditViewController::returnToRootRequested);
+    // A dialog already up: nothing happens, whatever came.
+    dialogs.presenting = true;
+    editor->documentConflictDetected(std::nullopt);
+    QCOMPARE(back.size(), 0);
+    dialogs.presenting = false;
+    // With versions, the choice is offered and the editor stays.
+    FileVersion version;
+    version.url = document->fileURL() + u".copy"_qs;
+    version.originalUrl = document->fileURL();
+    editor->documentConflictDetected(QList<FileVersion>{version});
+    QCOMPARE(dialogs.conflicts.size(), 1);
+    QCOMPARE(back.size(), 0);
+    // Without a list there is nothing to choose from: back to the root.
+    editor->documentConflictDetected(std::nullopt);
+    QCOMPARE(back.size(), 1);
+    QCOMPARE(dialogs.conflicts.size(), 1);
 }
 
 LUTEGRID_TEST_MAIN(TestEditor)

@@ -12,6 +12,8 @@ EditorScreenItem {
     surface: area
     fretboard: board
     signal backRequested()
+    // Back to the first screen of the window, at once.
+    signal rootRequested()
     readonly property var c: controller
     readonly property var pan: c ? c.rowPan : null
     readonly property var indicator: c ? c.scrollIndicator : null
@@ -19,6 +21,11 @@ EditorScreenItem {
     readonly property real toolbarTop: height - (c ? c.fretboardHeight : 0) - (c && c.shortLayout ? 0 : 55)
 
     Rectangle { anchors.fill: parent; color: Theme.background }
+
+    Connections {
+        target: screen.c
+        function onReturnToRootRequested() { screen.rootRequested() }
+    }
 
     // The rows, between the bar and the toolbar.
     Item {
@@ -48,6 +55,7 @@ EditorScreenItem {
                 numItemGroups: area.shownRowCount
                 topPadding: area.headerBandHeight
                 itemSpacing: area.tabRowVertSpacing
+                capoNum: screen.c ? screen.c.capoFret : 0
             }
             TabEditArea {
                 id: area
