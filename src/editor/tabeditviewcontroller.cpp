@@ -24,13 +24,15 @@ TabData tabDataOf(LutegridDocument *document)
     return TabData(QString(), 6);
 }
 
-// The document holds the editor's tab when all but the rows agree: until closing, the rows
-// being edited are the surface's, and the model catches up only when they are stored.
+// The document holds the editor's tab when all but the rows and the title agree: until
+// closing, the rows being edited are the surface's, and the title follows the file's name,
+// which the document keeps track of even with changes unsaved.
 bool holdsSameTab(const TabData &documentTab, const TabData &editorTab)
 {
-    TabData rowsAside = documentTab;
-    rowsAside.tabRowDatas = editorTab.tabRowDatas;
-    return rowsAside == editorTab;
+    TabData apart = documentTab;
+    apart.tabRowDatas = editorTab.tabRowDatas;
+    apart.title = editorTab.title;
+    return apart == editorTab;
 }
 
 } // namespace
@@ -588,6 +590,8 @@ void TabEditViewController::finishEditing()
         lgDocument->changeListener = nullptr;
         if (!lgDocument->tabData || !holdsSameTab(*lgDocument->tabData, tabData))
             Analytics::logEvent(u"Tdata save diff"_qs);
+        if (lgDocument->tabData)
+            tabData.title = lgDocument->tabData->title;
         if (lgDocument->tabData != tabData)
             lgDocument->tabData = tabData;
         if (!lgDocument->close())

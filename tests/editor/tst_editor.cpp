@@ -675,17 +675,20 @@ void TestEditor::finishEditingKeepsTheRows()
 void TestEditor::closingLogsWhatWentAmiss_data()
 {
     QTest::addColumn<bool>("modelLost");
+    QTest::addColumn<bool>("renamed");
     QTest::addColumn<bool>("saveFails");
     QTest::addColumn<QStringList>("events");
-    QTest::newRow("plain close") << false << false << QStringList();
+    QTest::newRow("plain close") << false << false << false << QStringList();
     QTest::newRow("document lost its model")
-        << true << false << QStringList({u"Tdata_save_diff"_qs});
-    QTest::newRow("save fails") << false << true << QStringList({u"Save_fail"_qs});
+        << true << false << false << QStringList({u"Tdata_save_diff"_qs});
+    QTest::newRow("renamed while edited") << false << true << false << QStringList();
+    QTest::newRow("save fails") << false << false << true << QStringList({u"Save_fail"_qs});
 }
 
 void TestEditor::closingLogsWhatWentAmiss()
 {
     QFETCH(bool, modelLost);
+    QFETCH(bool, renamed);
     QFETCH(bool, saveFails);
     QFETCH(QStringList, events);
     auto [document, editor, view, undo] = open(u"Close"_qs);
@@ -695,6 +698,9 @@ void TestEditor::closingLogsWhatWentAmiss()
     // A reload of contents that can't be read leaves the document with no model.
     if (modelLost)
         document->tabData.reset();
+    // A rename from outside with changes unsaved: the document's title follows the new name.
+    if (renamed)
+        document->tabData->title = u"Renamed"_qs;
     // A folder where the file was: nothing can be written there.
     if (saveFails)
         QVERIFY(QFile::remove(path) && QDir().mkdir(path));
@@ -710,6 +716,7 @@ void TestEditor::closingLogsWhatWentAmiss()
     // The editor's tab is the document's again, with the rows that were edited.
     QVERIFY(document->tabData);
     QCOMPARE(document->tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    QCOMPARE(document->tabData->title, renamed ? u"Renamed"_qs : u"Close"_qs);
     if (!saveFails) {
         LutegridDocument reopened(path, std::nullopt);
         QVERIFY(reopened.open());
