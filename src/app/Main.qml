@@ -50,6 +50,7 @@ Window {
         TabEditScreen {
             dialogs: root.scene.dialogs
             onBackRequested: root.scene.goBack()
+            onRootRequested: root.scene.popToRoot()
         }
     }
 
@@ -65,6 +66,7 @@ Window {
                 stack.push(editorPage, { document: object }, how)
         }
         function onScreenPopped() { stack.pop() }
+        function onPoppedToRoot() { stack.pop(null, StackView.Immediate) }
     }
 
     DialogLayer {

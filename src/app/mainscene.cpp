@@ -110,6 +110,25 @@ void MainScene::goBack()
     }
 }
 
+void MainScene::popToRoot()
+{
+    if (stack.size() < 2)
+        return;
+    AppManager &manager = AppManager::shared();
+    while (stack.size() > 1) {
+        const Screen top = stack.takeLast();
+        auto *list = qobject_cast<TabsListViewController *>(top.object.data());
+        if (top.kind == TabsList && list) {
+            if (manager.topTabViewController == list)
+                manager.topTabViewController = nullptr;
+            // As in goBack: the page lets go of its list before the list goes.
+            QTimer::singleShot(1000, list, &QObject::deleteLater);
+        }
+    }
+    Q_EMIT poppedToRoot();
+    tabFolders.refresh();
+}
+
 TabsListViewController *MainScene::topList() const
 {
     for (auto it = stack.crbegin(); it != stack.crend(); ++it) {

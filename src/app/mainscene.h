@@ -42,6 +42,8 @@ public:
     // The folder screen and the list of all tabs, without animation.
     Q_INVOKABLE void start();
     Q_INVOKABLE void goBack();
+    // Every screen over the first goes at once, as when an editor can't stay.
+    Q_INVOKABLE void popToRoot();
     ScreenKind topKind() const { return stack.isEmpty() ? Folders : stack.last().kind; }
     int depth() const { return int(stack.size()); }
     TabsListViewController *topList() const;
@@ -59,6 +61,7 @@ public:
 Q_SIGNALS:
     void screenPushed(int kind, QObject *object, bool animated);
     void screenPopped();
+    void poppedToRoot();
 
 private:
     struct Screen {

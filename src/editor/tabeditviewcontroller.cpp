@@ -1,14 +1,15 @@
 #include "tabeditviewcontroller.h"
 
-#include "services/dialogpresenter.h"
 #include "editorlog.h"
 #include "services/analytics.h"
+#include "services/dialogpresenter.h"
 #include "services/lgundomanager.h"
 #include "services/saveddata.h"
 #include "sound/soundmanager.h"
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 Q_LOGGING_CATEGORY(lcEditor, "lutegrid.editor")
 
@@ -21,6 +22,17 @@ TabData tabDataOf(LutegridDocument *document)
     if (document && document->tabData)
         return *document->tabData;
     return TabData(QString(), 6);
+}
+
+// The document holds the editor's tab when all but the rows and the title agree: until
+// closing, the rows being edited are the surface's, and the title follows the file's name,
+// which the document keeps track of even with changes unsaved.
+bool holdsSameTab(const TabData &documentTab, const TabData &editorTab)
+{
+    TabData apart = documentTab;
+    apart.tabRowDatas = editorTab.tabRowDatas;
+    apart.title = editorTab.title;
+    return apart == editorTab;
 }
 
 } // namespace
@@ -43,23 +55,16 @@ TabEditViewController::TabEditViewController(LutegridDocument *document, TabEdit
     editMoveButtsTimer.setSingleShot(true);
     editMoveButtsTimer.setInterval(1700);
     connect(&editMoveButtsTimer, &QTimer::timeout, this, &TabEditViewController::hideEditMoveButts);
-    panSettleTimer.setSingleShot(true);
-    panSettleTimer.setInterval(100);
-    connect(&panSettleTimer, &QTimer::timeout, this, [this] {
-        panSettling = false;
-        panOffsetY = 0.0;
-        surface->moveTabRowDelayTimer.stop();
-        if (const int delta = std::exchange(pendingRowDelta, 0))
-            surface->moveToTabRow(surface->tabRowIndex + delta, true, false);
-        Q_EMIT panChanged();
-    });
-    indicatorFadeTimer.setSingleShot(true);
-    indicatorFadeTimer.setInterval(1000);
-    connect(&indicatorFadeTimer, &QTimer::timeout, this, [this] {
-        indicatorShown = false;
-        Q_EMIT indicatorChanged();
-    });
-    connect(surface, &TabEditView::layoutChanged, this, &TabEditViewController::indicatorChanged);
+    indicator = std::make_unique<TabScrollIndicator>(surface);
+    pan = std::make_unique<TabRowPan>(surface, indicator.get());
+    pan->startArea = [this] {
+        // Magic edit drags selections over the rows instead; the strip of the next row's
+        // preview below the rows takes a pan as well.
+        if (inMagicEditMode)
+            return QRectF();
+        const double bottom = tabEditViewHeight + (nextRowPreviewRow >= 0 ? 30.0 : 0.0);
+        return QRectF(-3.0, 0.0, tabEditViewWidth + 3.0, bottom);
+    };
 
     loadIntoSurface();
     if (lgDocument)
@@ -236,6 +241,7 @@ void TabEditViewController::setVisibleRows(int rows, double height)
     }
     visibleRows = rows;
     tabEditViewHeight = height;
+    indicator->viewHeight = height;
     surface->setFrameSize(QSizeF(tabEditViewWidth, height));
     surface->setVisibleTabRowCount(rows);
 }
@@ -285,33 +291,43 @@ void TabEditViewController::hideEditMoveButts()
     }
 }
 
+bool TabEditViewController::runGuardedTool(const std::function<void()> &tool)
+{
+    // Between a fret press and its release the column differs from what the undo stack knows:
+    // the tools that edit rows or walk the stack wait for the fingers to lift.
+    if (pressInProgress())
+        return false;
+    tool();
+    return true;
+}
+
 void TabEditViewController::tabClear()
 {
-    if (pressInProgress())
-        return;
-    surface->clearCursorColumn();
-    refreshFretHighlights();
-    showEditMoveButts();
+    runGuardedTool([this] {
+        surface->clearCursorColumn();
+        refreshFretHighlights();
+        showEditMoveButts();
+    });
 }
 
 void TabEditViewController::undoEdit()
 {
-    if (pressInProgress())
-        return;
-    surface->undoEdit();
-    updateUndoButtons();
-    refreshFretHighlights();
-    showEditMoveButts();
+    runGuardedTool([this] {
+        surface->undoEdit();
+        updateUndoButtons();
+        refreshFretHighlights();
+        showEditMoveButts();
+    });
 }
 
 void TabEditViewController::redoEdit()
 {
-    if (pressInProgress())
-        return;
-    surface->redoEdit();
-    updateUndoButtons();
-    refreshFretHighlights();
-    showEditMoveButts();
+    runGuardedTool([this] {
+        surface->redoEdit();
+        updateUndoButtons();
+        refreshFretHighlights();
+        showEditMoveButts();
+    });
 }
 
 void TabEditViewController::markToolsSeen(bool fromSender)
@@ -349,57 +365,46 @@ void TabEditViewController::deleteTabColumn()
 
 void TabEditViewController::addTabRow()
 {
-    if (pressInProgress())
-        return;
+    runGuardedTool([this] { addRowAtEnd(); });
+}
+
+void TabEditViewController::addRowAtEnd()
+{
     const int count = int(surface->tabRows.size());
     surface->insertTabRow(surface->tabRowIndex + surface->showingCount(),
                           TabRowData(surface->numTabColumns, surface->stringCount()));
-    if (count >= surface->visibleTabRowCountPotential && !surface->freeVerticalScroll) {
-        // The window can't grow: the rows come up from one row lower.
-        panSettleTimer.stop();
-        panOffsetY = surface->tabRowPitch();
-        Q_EMIT panChanged();
-        settleTabPan(0, 0.0);
-    }
+    // The window can't grow: the rows come up from one row lower.
+    if (count >= surface->visibleTabRowCountPotential && !surface->freeVerticalScroll)
+        pan->slideInFromBelow();
     markToolsSeen(true);
 }
 
 void TabEditViewController::insertTabRow()
 {
-    if (pressInProgress())
-        return;
-    surface->insertTabRow(surface->cursorTabRow(),
-                          TabRowData(surface->numTabColumns, surface->stringCount()));
-    markToolsSeen(true);
+    runGuardedTool([this] {
+        surface->insertTabRow(surface->cursorTabRow(),
+                              TabRowData(surface->numTabColumns, surface->stringCount()));
+        markToolsSeen(true);
+    });
 }
 
 void TabEditViewController::deleteTabRow()
 {
-    if (pressInProgress() || surface->tabRows.size() < 2)
+    runGuardedTool([this] { deleteCursorRow(); });
+}
+
+void TabEditViewController::deleteCursorRow()
+{
+    // A tab's only row stays, and nothing is said.
+    if (surface->tabRows.size() < 2)
         return;
     // With rows waiting below the window, those under the cursor's row slide up over it.
-    const bool slide = !surface->freeVerticalScroll
-                       && surface->tabRowIndex + surface->showingCount() < surface->tabRows.size();
+    const bool slide = !surface->freeVerticalScroll &&
+                       surface->tabRowIndex + surface->showingCount() < surface->tabRows.size();
     surface->removeTabRow(surface->freeVerticalScroll ? surface->editShowingTabRowIndex
                                                       : surface->cursorTabRow());
-    if (!slide)
-        return;
-    rowSlideFrom = surface->editShowingTabRowIndex;
-    rowSlideOffset = surface->tabRowPitch();
-    rowSliding = false;
-    Q_EMIT rowSlideChanged();
-    // The screen shows the rows one row lower first, then animates them home over the settle
-    // time of a pan.
-    QTimer::singleShot(0, this, [this] {
-        rowSliding = true;
-        rowSlideOffset = 0.0;
-        Q_EMIT rowSlideChanged();
-        QTimer::singleShot(panSettleTimer.interval(), this, [this] {
-            rowSliding = false;
-            rowSlideFrom = -1;
-            Q_EMIT rowSlideChanged();
-        });
-    });
+    if (slide)
+        pan->slideUpFrom(surface->editShowingTabRowIndex);
 }
 
 void TabEditViewController::putBarButtPress()
@@ -429,8 +434,8 @@ void TabEditViewController::checkUnseenTools()
 {
     const SavedData &saved = SavedData::shared();
     bool show = false;
-    if (saved.tabCreateCount <= 2 && existingTabCount <= 2 &&
-        !saved.toolsMarkedSeen && !saved.toolsMarkedSeenTemporary && surface->tabRows.size() == 1 &&
+    if (saved.tabCreateCount <= 2 && existingTabCount <= 2 && !saved.toolsMarkedSeen &&
+        !saved.toolsMarkedSeenTemporary && surface->tabRows.size() == 1 &&
         surface->tabRows.first().colDatas.size() >= 11) {
         const QList<TabColumnData> &columns = surface->tabRows.first().colDatas;
         for (qsizetype i = columns.size() - 8; i < columns.size(); ++i) {
@@ -479,9 +484,7 @@ void TabEditViewController::tabRowPositionChanged(int tabRowIndex, int showingCo
         nextRowPreviewRow = preview;
         Q_EMIT layoutChanged();
     }
-    if (!touchScrollStartLoc)
-        lastStaticPosY = scrubberY();
-    Q_EMIT indicatorChanged();
+    indicator->rowPositionChanged();
     refreshFretHighlights();
 }
 
@@ -575,163 +578,6 @@ void TabEditViewController::stringCancelled(Strip view)
     fretTouchesCancelled();
 }
 
-// The row pan
-
-bool TabEditViewController::panBegan(double x, double y)
-{
-    if (surface->freeVerticalScroll || inMagicEditMode || panSettling)
-        return false;
-    x -= surface->contentOffset.x();
-    const double bottom = tabEditViewHeight + (nextRowPreviewRow >= 0 ? 30.0 : 0.0);
-    if (y <= 0 || y >= bottom || x < -3 || x >= tabEditViewWidth)
-        return false;
-    tabPanStartY = 0.0;
-    fadeOutWasHiddenBeforePan = fadeOutBottomCoverHidden;
-    fadeOutBottomCoverHidden = false;
-    indicatorFadeTimer.stop();
-    indicatorShown = true;
-    dragScrubberY = lastStaticPosY;
-    Q_EMIT indicatorChanged();
-    Q_EMIT layoutChanged();
-    return true;
-}
-
-void TabEditViewController::panChanged(double translationY)
-{
-    if (tabPanStartY < 0)
-        return;
-    panOffsetY = translationY;
-    const double pitch = surface->tabRowPitch();
-    if (pitch > 0)
-        dragScrubberY = lastStaticPosY - translationY / pitch * singlePositionHeight();
-    Q_EMIT panChanged();
-    Q_EMIT indicatorChanged();
-}
-
-void TabEditViewController::panEnded(double velocityY)
-{
-    if (tabPanStartY < 0)
-        return;
-    const double pitch = surface->tabRowPitch();
-    int d = pitch > 0 ? int(std::round((velocityY * 0.125 + panOffsetY) / pitch)) : 0;
-    d = std::clamp(d, -1, 1);
-    if (!surface->canMoveTabRow(-d))
-        d = 0;
-    dragScrubberY = -1.0;
-    showIndicatorThenFade();
-    settleTabPan(-d, pitch * d);
-    fadeOutBottomCoverHidden = fadeOutWasHiddenBeforePan;
-    tabPanStartY = -1.0;
-    Q_EMIT layoutChanged();
-}
-
-void TabEditViewController::panCancelled()
-{
-    if (tabPanStartY < 0)
-        return;
-    dragScrubberY = -1.0;
-    showIndicatorThenFade();
-    settleTabPan(0, 0.0);
-    fadeOutBottomCoverHidden = fadeOutWasHiddenBeforePan;
-    tabPanStartY = -1.0;
-    Q_EMIT layoutChanged();
-}
-
-void TabEditViewController::settleTabPan(int rowDelta, double targetOffset)
-{
-    // The screen animates the offset to its target over the settle time, then the rows move.
-    panSettleTimer.stop();
-    pendingRowDelta = rowDelta;
-    panSettling = true;
-    panOffsetY = targetOffset;
-    Q_EMIT panChanged();
-    panSettleTimer.start();
-}
-
-// The scroll indicator
-
-bool TabEditViewController::indicatorVisible() const
-{
-    return !surface->freeVerticalScroll && surface->tabRows.size() > surface->showingCount();
-}
-
-double TabEditViewController::scrubberHeight() const
-{
-    const int total = int(surface->tabRows.size());
-    if (total < 1)
-        return tabEditViewHeight;
-    return std::max(36.0, tabEditViewHeight * surface->showingCount() / total);
-}
-
-double TabEditViewController::singlePositionHeight() const
-{
-    const int positions = int(surface->tabRows.size()) - surface->showingCount();
-    if (positions < 1)
-        return 0.0;
-    return (tabEditViewHeight - scrubberHeight()) / positions;
-}
-
-double TabEditViewController::scrubberY() const
-{
-    if (dragScrubberY >= 0)
-        return std::clamp(dragScrubberY, 0.0, std::max(tabEditViewHeight - scrubberHeight(), 0.0));
-    return surface->tabRowIndex * singlePositionHeight();
-}
-
-void TabEditViewController::showIndicatorThenFade()
-{
-    indicatorShown = true;
-    indicatorFadeTimer.start();
-    Q_EMIT indicatorChanged();
-}
-
-void TabEditViewController::indicatorTouchBegan(double y)
-{
-    if (surface->freeVerticalScroll || touchScrollStartLoc || !indicatorVisible())
-        return;
-    touchScrollStartLoc = y;
-    lastStaticPosY = scrubberY();
-    dragScrubberY = lastStaticPosY;
-    indicatorFadeTimer.stop();
-    indicatorShown = true;
-    Q_EMIT indicatorChanged();
-}
-
-void TabEditViewController::indicatorTouchMoved(double y)
-{
-    if (!touchScrollStartLoc)
-        return;
-    dragScrubberY = lastStaticPosY + y - *touchScrollStartLoc;
-    const double single = singlePositionHeight();
-    if (single > 0) {
-        const int row = int(std::round(scrubberY() / single));
-        surface->moveToTabRowThrottled(row);
-    }
-    Q_EMIT indicatorChanged();
-}
-
-void TabEditViewController::indicatorTouchEnded()
-{
-    if (!touchScrollStartLoc)
-        return;
-    const double single = singlePositionHeight();
-    const int row = single > 0 ? int(std::round(scrubberY() / single)) : surface->tabRowIndex;
-    touchScrollStartLoc.reset();
-    dragScrubberY = -1.0;
-    surface->moveToTabRow(row, true, false);
-    lastStaticPosY = scrubberY();
-    showIndicatorThenFade();
-}
-
-void TabEditViewController::indicatorTouchCancelled()
-{
-    if (!touchScrollStartLoc)
-        return;
-    touchScrollStartLoc.reset();
-    dragScrubberY = -1.0;
-    showIndicatorThenFade();
-}
-
 // The document
 
 void TabEditViewController::finishEditing()
@@ -742,10 +588,14 @@ void TabEditViewController::finishEditing()
     tabData.tabRowDatas = surface->tabRows;
     if (lgDocument) {
         lgDocument->changeListener = nullptr;
+        if (!lgDocument->tabData || !holdsSameTab(*lgDocument->tabData, tabData))
+            Analytics::logEvent(u"Tdata save diff"_qs);
+        if (lgDocument->tabData)
+            tabData.title = lgDocument->tabData->title;
         if (lgDocument->tabData != tabData)
             lgDocument->tabData = tabData;
         if (!lgDocument->close())
-            Analytics::logEvent(u"Doc close fail"_qs);
+            Analytics::logEvent(u"Save fail"_qs);
     }
     Q_EMIT finished();
 }
@@ -753,7 +603,14 @@ void TabEditViewController::finishEditing()
 void TabEditViewController::documentConflictDetected(
     const std::optional<QList<FileVersion>> &versions)
 {
-    if (!versions || (dialogs && dialogs->isPresenting()) || !dialogs)
+    if (dialogs && dialogs->isPresenting())
+        return;
+    // No list of versions to choose from: the editor can't show this tab as it stands.
+    if (!versions) {
+        Q_EMIT returnToRootRequested();
+        return;
+    }
+    if (!dialogs)
         return;
     conflictResolver.emplace(*versions, lgDocument.data());
     QPointer<TabEditViewController> self(this);
@@ -775,11 +632,14 @@ void TabEditViewController::documentReloaded(const TabData &newData)
 {
     tabData = newData;
     Q_EMIT titleChanged();
-    panCancelled();
-    indicatorTouchCancelled();
+    pan->panCancelled();
+    indicator->indicatorTouchCancelled();
     if (newData.stringCount() == surface->stringCount()) {
-        surface->replaceTabRows(newData.tabRowDatas);
+        // Another tuning of as many strings still changes the letters, the note names on the
+        // rows and the pitch of a press; the capo follows through capoFret.
+        surface->stringNotes = newData.stringNotes;
         surface->lyricsSizePercentage = int(newData.lyricSize);
+        surface->replaceTabRows(newData.tabRowDatas);
         board->setNumStrings(newData.stringCount());
     } else {
         applyStringLayout();

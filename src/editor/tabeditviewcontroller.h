@@ -1,8 +1,10 @@
 #pragma once
 
+#include "editor/tabrowpan.h"
+#include "editor/tabscrollindicator.h"
 #include "library/conflictresolver.h"
-#include "model/tabdata.h"
 #include "library/lutegriddocument.h"
+#include "model/tabdata.h"
 #include "surface/fretboard.h"
 #include "surface/tabeditview.h"
 
@@ -13,6 +15,7 @@
 #include <QTimer>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -30,9 +33,9 @@ public:
     virtual void stringCancelled(Strip view) = 0;
 };
 
-// The editor screen's decisions: the tools, fret input, the layout for a window size, the row
-// pan and the scroll indicator, and the link to the document. It owns no pixels; the screen's
-// items bind to its properties and hand it their touches.
+// The editor screen's decisions: the tools, fret input, the layout for a window size, and the
+// link to the document; the row pan and the scroll indicator are parts of their own. It owns no
+// pixels; the screen's items bind to its properties and hand it their touches.
 class TabEditViewController : public QObject,
                               public UndoListener,
                               public EditHighlightListener,
@@ -66,16 +69,9 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(bool fadeOutBottomCoverHidden MEMBER fadeOutBottomCoverHidden NOTIFY layoutChanged)
     Q_PROPERTY(int nextRowPreviewRow MEMBER nextRowPreviewRow NOTIFY layoutChanged)
     Q_PROPERTY(QStringList stringNotes READ stringNotes NOTIFY layoutChanged)
-    Q_PROPERTY(double panOffsetY MEMBER panOffsetY NOTIFY panChanged)
-    Q_PROPERTY(bool panSettling MEMBER panSettling NOTIFY panChanged)
-    Q_PROPERTY(int rowSlideFrom MEMBER rowSlideFrom NOTIFY rowSlideChanged)
-    Q_PROPERTY(double rowSlideOffset MEMBER rowSlideOffset NOTIFY rowSlideChanged)
-    Q_PROPERTY(bool rowSliding MEMBER rowSliding NOTIFY rowSlideChanged)
-    Q_PROPERTY(bool indicatorVisible READ indicatorVisible NOTIFY indicatorChanged)
-    Q_PROPERTY(bool indicatorShown MEMBER indicatorShown NOTIFY indicatorChanged)
-    Q_PROPERTY(bool indicatorDragging READ indicatorDragging NOTIFY indicatorChanged)
-    Q_PROPERTY(double scrubberY READ scrubberY NOTIFY indicatorChanged)
-    Q_PROPERTY(double scrubberHeight READ scrubberHeight NOTIFY indicatorChanged)
+    Q_PROPERTY(int capoFret READ capoFret NOTIFY layoutChanged)
+    Q_PROPERTY(QObject *rowPan READ rowPanObject CONSTANT)
+    Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
 
 public:
@@ -99,8 +95,6 @@ public:
     QTimer editMoveButtsTimer;
     TabData tabData;
     const QPointer<LutegridDocument> lgDocument;
-    double tabPanStartY = -1.0;
-    bool fadeOutWasHiddenBeforePan = false;
     double initialFretboardHeight = -1.0;
     double baseFretboardHeight = -1.0;
     double initialFretLettersWidth = -1.0;
@@ -130,26 +124,12 @@ public:
     bool editRightEnabled = true;
     bool moreToolsUnseenDotShown = false;
 
-    // The row pan: the content's offset from its resting place.
-    double panOffsetY = 0.0;
-    bool panSettling = false;
-    QTimer panSettleTimer;
-
-    // A deleted row's slide: the shown rows from rowSlideFrom down stand rowSlideOffset lower
-    // and come up over the gap while rowSliding.
-    int rowSlideFrom = -1;
-    double rowSlideOffset = 0.0;
-    bool rowSliding = false;
-
-    // The scroll indicator.
-    bool indicatorShown = false;
-    QTimer indicatorFadeTimer;
-    std::optional<double> touchScrollStartLoc;
-    double lastStaticPosY = 0.0;
-    double dragScrubberY = -1.0;
-
     TabEditView *tabEditView() const { return surface; }
     Fretboard *fretboard() const { return board; }
+    TabRowPan *rowPan() const { return pan.get(); }
+    TabScrollIndicator *scrollIndicator() const { return indicator.get(); }
+    QObject *rowPanObject() const { return pan.get(); }
+    QObject *scrollIndicatorObject() const { return indicator.get(); }
     void setDialogPresenter(DialogPresenter *presenter) { dialogs = presenter; }
     // For tests that play no sound; absent: the shared one.
     void setSoundManager(SoundManager *manager) { soundManager = manager; }
@@ -163,12 +143,8 @@ public:
     double tabLettersWidth() const { return tabLettersWidthValue; }
     bool freeScroll() const { return surface->freeVerticalScroll; }
     QStringList stringNotes() const { return surface->stringNotes; }
+    int capoFret() const { return int(tabData.capoFret); }
     QVariantList openStringMarks() const;
-    bool indicatorVisible() const;
-    bool indicatorDragging() const { return touchScrollStartLoc.has_value(); }
-    double scrubberY() const;
-    double scrubberHeight() const;
-    double singlePositionHeight() const;
 
     // Layout for the screen's size.
     Q_INVOKABLE void applyViewSize(double w, double h);
@@ -191,19 +167,6 @@ public:
     void showEditMoveButts();
     void hideEditMoveButts();
     void refreshFretHighlights();
-
-    // The row pan, in the surface's coordinates. Began answers whether the pan is taken.
-    Q_INVOKABLE bool panBegan(double x, double y);
-    Q_INVOKABLE void panChanged(double translationY);
-    Q_INVOKABLE void panEnded(double velocityY);
-    Q_INVOKABLE void panCancelled();
-    void settleTabPan(int rowDelta, double targetOffset);
-
-    // A finger on the scroll indicator, y in the surface's coordinates.
-    Q_INVOKABLE void indicatorTouchBegan(double y);
-    Q_INVOKABLE void indicatorTouchMoved(double y);
-    Q_INVOKABLE void indicatorTouchEnded();
-    Q_INVOKABLE void indicatorTouchCancelled();
 
     // The open-string letters, for the screen's letter strip.
     Q_INVOKABLE void fretLetterPressed(int stringNumber)
@@ -245,29 +208,35 @@ Q_SIGNALS:
     void titleChanged();
     void toolsChanged();
     void layoutChanged();
-    void panChanged();
-    void rowSlideChanged();
-    void indicatorChanged();
     void highlightsChanged();
     // The editor is done; the screen goes.
     void finished();
+    // A conflict came with no versions to offer: the window goes back to the first screen of
+    // its navigation, without animation.
+    void returnToRootRequested();
 
 private:
+    // The one gate of the tools that must wait for a fret press to end: runs `tool` unless a
+    // press is in progress, and answers whether it ran.
+    bool runGuardedTool(const std::function<void()> &tool);
+    void addRowAtEnd();
+    void deleteCursorRow();
     void loadIntoSurface();
     void commitPress();
     void markToolsSeen(bool fromSender);
     void checkUnseenTools();
     void applyStringLayout();
-    void showIndicatorThenFade();
     void pressString(int stringNumber, qint64 fret);
 
     TabEditView *surface = nullptr;
     Fretboard *board = nullptr;
     std::unique_ptr<TabEditView> ownSurface;
     std::unique_ptr<Fretboard> ownBoard;
+    // After the surface they work on, so that they go first.
+    std::unique_ptr<TabScrollIndicator> indicator;
+    std::unique_ptr<TabRowPan> pan;
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
     QList<FretPosition> openStrings;
-    int pendingRowDelta = 0;
     bool finishedEditing = false;
 };

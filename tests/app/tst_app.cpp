@@ -98,6 +98,9 @@ private Q_SLOTS:
     void conflictCopyBringsDialog_data();
     void conflictCopyBringsDialog();
     void notesSurviveClosingTheWindow();
+    void rowPanAndScrollIndicator();
+    void tuningAndCapoFollowAReload();
+    void conflictWithoutVersionsGoesToTheRoot();
     void screenshots_data();
     void screenshots();
 
@@ -589,6 +592,86 @@ void TestApp::notesSurviveClosingTheWindow()
     QCOMPARE(columns[0].columnItems[0], ColumnItemType::note(3));
     QCOMPARE(columns[1].columnItems[1], ColumnItemType::note(5));
     QCOMPARE(columns[2].columnItems[5], ColumnItemType::note(4));
+}
+
+void TestApp::rowPanAndScrollIndicator()
+{
+    writeFile(u"Rows.lgrdi"_qs, tabWithNote(u"Rows"_qs, 2, 3));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    QVERIFY(c);
+    view = c->tabEditView();
+    QCOMPARE(view->showingCount(), 1);
+    // A finger drags the rows up by most of a row: the next row comes into the window.
+    QQuickItem *surface = item(u"surface"_qs);
+    const QPoint start = surface->mapToScene(QPointF(surface->width() / 2, 150)).toPoint();
+    const int pitch = int(view->tabRowPitch());
+    touches().press(0, start, window.get());
+    for (int dy = 20; dy <= pitch * 7 / 10; dy += 20) {
+        touches().move(0, start - QPoint(0, dy), window.get());
+        QTest::qWait(16);
+    }
+    touches().release(0, start - QPoint(0, pitch * 7 / 10), window.get());
+    QTRY_VERIFY(!c->rowPan()->panSettling);
+    QCOMPARE(view->tabRowIndex, 1);
+    // The mouse drags the scroll indicator to its end: the last row.
+    QQuickItem *indicator = item(u"tabScrollIndicator"_qs);
+    QVERIFY(indicator);
+    const QPoint grip =
+        indicator
+            ->mapToScene(QPointF(indicator->width() / 2, c->scrollIndicator()->scrubberY() + 5))
+            .toPoint();
+    QTest::mousePress(window.get(), Qt::LeftButton, {}, grip);
+    QVERIFY(c->scrollIndicator()->indicatorDragging());
+    QTest::mouseMove(window.get(), grip + QPoint(0, int(indicator->height())));
+    QTest::mouseRelease(window.get(), Qt::LeftButton, {},
+                        grip + QPoint(0, int(indicator->height())));
+    QCOMPARE(view->tabRowIndex, 2);
+}
+
+void TestApp::tuningAndCapoFollowAReload()
+{
+    const QStringList dropD = {u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
+    const QStringList openG = {u"D"_qs, u"G"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"D"_qs};
+    TabData tab(u"Capo"_qs, {TabRowData(32, 6)}, dropD, 3, std::nullopt);
+    writeFile(u"Capo.lgrdi"_qs, documentData(tab), QDateTime::currentDateTime().addSecs(-60));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    QVERIFY(c);
+    QQuickItem *tabLetters = item(u"tabLetters"_qs);
+    QQuickItem *fretLetters = item(u"fretLetters"_qs);
+    QVERIFY(tabLetters && fretLetters);
+    QCOMPARE(tabLetters->property("capoNum").toInt(), 3);
+    QCOMPARE(tabLetters->property("letters").toStringList(), dropD);
+    saveShot(u"editor-capo"_qs);
+    // Another device retunes the tab and takes the capo off; the file comes back changed.
+    tab.stringNotes = openG;
+    tab.capoFret = 0;
+    writeFile(u"Capo.lgrdi"_qs, documentData(tab));
+    QTRY_COMPARE_WITH_TIMEOUT(tabLetters->property("letters").toStringList(), openG, 5000);
+    QCOMPARE(fretLetters->property("letters").toStringList(), openG);
+    QCOMPARE(tabLetters->property("capoNum").toInt(), 0);
+    QCOMPARE(c->tabEditView()->stringNotes, openG);
+}
+
+void TestApp::conflictWithoutVersionsGoesToTheRoot()
+{
+    QVERIFY(openEditor());
+    QPointer<LutegridDocument> document = c->lgDocument.data();
+    c->documentConflictDetected(std::nullopt);
+    // The editor is gone (and with it the controller), the document closed with the rows.
+    c = nullptr;
+    view = nullptr;
+    QTRY_COMPARE(scene->topKind(), MainScene::Folders);
+    QCOMPARE(scene->depth(), 1);
+    QTRY_VERIFY(item(u"folderRow0"_qs));
+    QTRY_VERIFY(!findItem<EditorScreenItem>(window->contentItem()));
+    QVERIFY(document);
+    QTRY_VERIFY(document->documentState().testFlag(LutegridDocument::Closed));
 }
 
 void TestApp::screenshots_data()

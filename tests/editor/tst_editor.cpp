@@ -1,8 +1,4 @@
-#include "services/dialogpresenter.h"
-#include "editor/tabeditviewcontroller.h"
-#include "services/lgundomanager.h"
-#include "library/lutegriddocument.h"
-#include "services/saveddata.h"
+#include "editorsession.h"
 #include "sound/sampler.h"
 #include "sound/soundmanager.h"
 #include "sound/soundoutput.h"
@@ -10,6 +6,7 @@
 #include "testmain.h"
 
 #include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 
 #include <memory>
@@ -25,19 +22,6 @@ struct Responder : FretResponder {
     void fretTouchesCancelled() override { ++cancelled; }
 };
 
-struct Dialogs : DialogPresenter {
-    QStringList messages;
-    QList<QStringList> conflicts;
-    bool presenting = false;
-    bool isPresenting() const override { return presenting; }
-    void presentMessage(const QString &text) override { messages.append(text); }
-    void presentConflict(const QStringList &rows, std::function<void(int)>) override
-    {
-        conflicts.append(rows);
-    }
-    void dismissDialog() override { presenting = false; }
-};
-
 // A board 400 wide and 330 high: strings 280 / 6 high, numbers 50 high below them.
 struct Board {
     Fretboard board;
@@ -49,21 +33,25 @@ struct Board {
     }
 };
 
-struct Session {
-    std::unique_ptr<LutegridDocument> document;
-    std::unique_ptr<TabEditViewController> editor;
-    TabEditView *view;
-    LgUndoManager *undo;
-};
-
 ColumnItemType note(qint64 fret)
 {
     return ColumnItemType::note(fret);
 }
 
+QStringList analyticsEvents;
+QtMessageHandler previousHandler = nullptr;
+
+void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (context.category && QByteArrayView(context.category) == "lutegrid.analytics")
+        analyticsEvents.append(message);
+    else if (previousHandler)
+        previousHandler(type, context, message);
+}
+
 } // namespace
 
-class TestEditor : public QObject {
+class TestEditor : public QObject, private EditorSessions {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -94,77 +82,24 @@ private Q_SLOTS:
     void layoutByHeight_data();
     void layoutByHeight();
     void compactArrowsFlash();
-    void rowPanMovesAtMostOneRow_data();
-    void rowPanMovesAtMostOneRow();
-    void scrollIndicatorDragMovesRows();
     void rowsAddAndDelete();
     void unseenToolsDot_data();
     void unseenToolsDot();
     void columnMessagesGoToDialog();
     void finishEditingKeepsTheRows();
+    void closingLogsWhatWentAmiss_data();
+    void closingLogsWhatWentAmiss();
     void reloadWithOtherStringCount();
-
-private:
-    // A tab saved and reopened, as the list opens it, with `rows` blank rows.
-    std::unique_ptr<LutegridDocument> makeDocument(const QString &name, int rows = 1,
-                                                   int columns = 32);
-    // The same tab in an editor of phone size, its messages going to `dialogs`.
-    Session open(const QString &name, int rows = 1, int columns = 32);
-    QString folder;
-    Dialogs dialogs;
+    void reloadWithOtherTuningAndCapo();
+    void conflictWithoutVersionsGoesBackToTheRoot();
 };
 
 void TestEditor::init()
 {
-    folder = QDir(qEnvironmentVariable("LUTEGRID_HOME"))
-                 .filePath(QString::fromLatin1(QTest::currentTestFunction()));
-    QDir(folder).removeRecursively();
-    QDir().mkpath(folder);
-    SavedData &saved = SavedData::shared();
-    saved.autoCursorAmount = 1;
-    saved.playSounds = false;
-    saved.lastFretCount = 0;
-    saved.freeScrollSetting = false;
-    saved.toolsMarkedSeen = false;
-    saved.toolsMarkedSeenTemporary = false;
-    saved.tabCreateCount = 1;
-    saved.disableFlashNavArrows = false;
-    dialogs = Dialogs();
+    prepare();
 }
 
-void TestEditor::cleanup()
-{
-}
-
-std::unique_ptr<LutegridDocument> TestEditor::makeDocument(const QString &name, int rows,
-                                                           int columns)
-{
-    const QString path = QDir(folder).filePath(name + u".lgrdi"_qs);
-    TabData tab(name, 6);
-    for (int r = 0; r < rows; ++r)
-        tab.tabRowDatas.append(TabRowData(columns, tab.stringCount()));
-    auto document = std::make_unique<LutegridDocument>(path, tab);
-    document->saveToURL(path, LutegridDocument::SaveOperation::ForCreating);
-    document->close();
-    auto opened = std::make_unique<LutegridDocument>(path, std::nullopt);
-    opened->tabName = name;
-    if (!opened->open() || !opened->tabData)
-        qFatal("cannot reopen %s", qPrintable(path));
-    // One registration, one step: the tests count steps, not event turns.
-    opened->undoManager()->groupsByEvent = false;
-    return opened;
-}
-
-Session TestEditor::open(const QString &name, int rows, int columns)
-{
-    Session s{makeDocument(name, rows, columns), nullptr, nullptr, nullptr};
-    s.editor = std::make_unique<TabEditViewController>(s.document.get());
-    s.editor->setDialogPresenter(&dialogs);
-    s.editor->applyViewSize(390, 844);
-    s.view = s.editor->tabEditView();
-    s.undo = s.document->undoManager();
-    return s;
-}
+void TestEditor::cleanup() {}
 
 // Fretboard
 
@@ -645,69 +580,6 @@ void TestEditor::compactArrowsFlash()
     QVERIFY(!editor->editMoveButtsShown);
 }
 
-void TestEditor::rowPanMovesAtMostOneRow_data()
-{
-    QTest::addColumn<int>("startRow");
-    QTest::addColumn<double>("rowsDragged");
-    QTest::addColumn<double>("velocity");
-    QTest::addColumn<int>("endRow");
-    QTest::newRow("0.4 up stays") << 1 << -0.4 << 0.0 << 1;
-    QTest::newRow("0.6 up moves on") << 1 << -0.6 << 0.0 << 2;
-    QTest::newRow("0.6 down moves back") << 1 << 0.6 << 0.0 << 0;
-    QTest::newRow("flick moves one") << 0 << -0.2 << -20000.0 << 1;
-    QTest::newRow("first row can't go back") << 0 << 0.9 << 0.0 << 0;
-}
-
-void TestEditor::rowPanMovesAtMostOneRow()
-{
-    QFETCH(int, startRow);
-    QFETCH(double, rowsDragged);
-    QFETCH(double, velocity);
-    QFETCH(int, endRow);
-    auto [document, editor, view, undo] = open(u"Pan"_qs, 5);
-    view->moveToTabRow(startRow, true, false);
-    QCOMPARE(view->tabRowIndex, startRow);
-    const double pitch = view->tabRowPitch();
-    QVERIFY(!editor->panBegan(100, -5));
-    QVERIFY(editor->panBegan(100, 100));
-    editor->panChanged(rowsDragged * pitch);
-    QCOMPARE(editor->panOffsetY, rowsDragged * pitch);
-    editor->panEnded(velocity);
-    QVERIFY(editor->panSettling);
-    QCOMPARE(editor->panSettleTimer.interval(), 100);
-    QCOMPARE(editor->panOffsetY, (startRow - endRow) * pitch);
-    QTRY_VERIFY(!editor->panSettling);
-    QCOMPARE(view->tabRowIndex, endRow);
-    QCOMPARE(editor->panOffsetY, 0.0);
-    QCOMPARE(editor->scrubberY(), endRow * editor->singlePositionHeight());
-}
-
-void TestEditor::scrollIndicatorDragMovesRows()
-{
-    auto [document, editor, view, undo] = open(u"Indicator"_qs, 9);
-    QVERIFY(editor->indicatorVisible());
-    const double single = editor->singlePositionHeight();
-    QVERIFY(single > 0);
-    editor->indicatorTouchBegan(10);
-    QVERIFY(editor->indicatorDragging());
-    editor->indicatorTouchMoved(10 + single * 3.2);
-    editor->indicatorTouchEnded();
-    QCOMPARE(view->tabRowIndex, 3);
-    QVERIFY(!editor->indicatorDragging());
-    QVERIFY(editor->indicatorShown);
-    // Past the end the scrubber stops at the last position.
-    editor->indicatorTouchBegan(0);
-    editor->indicatorTouchMoved(5000);
-    editor->indicatorTouchEnded();
-    QCOMPARE(view->tabRowIndex, 8);
-    // A cancelled drag returns to where it was.
-    editor->indicatorTouchBegan(0);
-    editor->indicatorTouchMoved(-5000);
-    editor->indicatorTouchCancelled();
-    QTRY_COMPARE(view->tabRowIndex, 8);
-    QCOMPARE(editor->scrubberY(), 8 * single);
-}
-
 void TestEditor::rowsAddAndDelete()
 {
     auto [document, editor, view, undo] = open(u"Rows"_qs);
@@ -718,11 +590,11 @@ void TestEditor::rowsAddAndDelete()
     editor->addTabRow();
     QCOMPARE(view->tabRows.size(), 2);
     // The window of one row can't grow: the rows slide in from one row lower.
-    QVERIFY(editor->panSettling);
+    QVERIFY(editor->rowPan()->panSettling);
     QCOMPARE(view->tabRowIndex, 1);
     QVERIFY(SavedData::shared().toolsMarkedSeen);
-    QTRY_VERIFY(!editor->panSettling);
-    QCOMPARE(editor->panOffsetY, 0.0);
+    QTRY_VERIFY(!editor->rowPan()->panSettling);
+    QCOMPARE(editor->rowPan()->panOffsetY, 0.0);
     editor->fretTouched(1, 9);
     editor->fretTouchesEnded();
     QCOMPARE(view->tabRows[1].colDatas[0].columnItems[0], note(9));
@@ -733,14 +605,14 @@ void TestEditor::rowsAddAndDelete()
     // With a row waiting below, the rows under the cursor's come up over the deleted one.
     editor->deleteTabRow();
     QCOMPARE(view->tabRows.size(), 2);
-    QCOMPARE(editor->rowSlideFrom, view->editShowingTabRowIndex);
-    QCOMPARE(editor->rowSlideOffset, view->tabRowPitch());
-    QTRY_COMPARE(editor->rowSlideFrom, -1);
-    QCOMPARE(editor->rowSlideOffset, 0.0);
+    QCOMPARE(editor->rowPan()->rowSlideFrom, view->editShowingTabRowIndex);
+    QCOMPARE(editor->rowPan()->rowSlideOffset, view->tabRowPitch());
+    QTRY_COMPARE(editor->rowPan()->rowSlideFrom, -1);
+    QCOMPARE(editor->rowPan()->rowSlideOffset, 0.0);
     // The last row shown, nothing below: no slide.
     editor->deleteTabRow();
     QCOMPARE(view->tabRows.size(), 1);
-    QCOMPARE(editor->rowSlideFrom, -1);
+    QCOMPARE(editor->rowPan()->rowSlideFrom, -1);
 }
 
 void TestEditor::unseenToolsDot_data()
@@ -800,6 +672,59 @@ void TestEditor::finishEditingKeepsTheRows()
     QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
 }
 
+void TestEditor::closingLogsWhatWentAmiss_data()
+{
+    QTest::addColumn<bool>("modelLost");
+    QTest::addColumn<bool>("renamed");
+    QTest::addColumn<bool>("saveFails");
+    QTest::addColumn<QStringList>("events");
+    QTest::newRow("plain close") << false << false << false << QStringList();
+    QTest::newRow("document lost its model")
+        << true << false << false << QStringList({u"Tdata_save_diff"_qs});
+    QTest::newRow("renamed while edited") << false << true << false << QStringList();
+    QTest::newRow("save fails") << false << false << true << QStringList({u"Save_fail"_qs});
+}
+
+void TestEditor::closingLogsWhatWentAmiss()
+{
+    QFETCH(bool, modelLost);
+    QFETCH(bool, renamed);
+    QFETCH(bool, saveFails);
+    QFETCH(QStringList, events);
+    auto [document, editor, view, undo] = open(u"Close"_qs);
+    const QString path = document->fileURL();
+    editor->fretTouched(4, 12);
+    editor->fretTouchesEnded();
+    // A reload of contents that can't be read leaves the document with no model.
+    if (modelLost)
+        document->tabData.reset();
+    // A rename from outside with changes unsaved: the document's title follows the new name.
+    if (renamed)
+        document->tabData->title = u"Renamed"_qs;
+    // A folder where the file was: nothing can be written there.
+    if (saveFails)
+        QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+    analyticsEvents.clear();
+    previousHandler = qInstallMessageHandler(captureAnalytics);
+    editor->finishEditing();
+    qInstallMessageHandler(previousHandler);
+    // The document logs its own saving-error state, at each state notice; the rest is the
+    // editor's.
+    QCOMPARE(analyticsEvents.contains(u"Gt_saving_error"_qs), saveFails);
+    analyticsEvents.removeAll(u"Gt_saving_error"_qs);
+    QCOMPARE(analyticsEvents, events);
+    // The editor's tab is the document's again, with the rows that were edited.
+    QVERIFY(document->tabData);
+    QCOMPARE(document->tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    QCOMPARE(document->tabData->title, renamed ? u"Renamed"_qs : u"Close"_qs);
+    if (!saveFails) {
+        LutegridDocument reopened(path, std::nullopt);
+        QVERIFY(reopened.open());
+        QVERIFY(reopened.tabData);
+        QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    }
+}
+
 void TestEditor::reloadWithOtherStringCount()
 {
     auto [document, editor, view, undo] = open(u"Bass"_qs, 2);
@@ -814,6 +739,52 @@ void TestEditor::reloadWithOtherStringCount()
     QCOMPARE(editor->tabEditViewHeight, 239.0);
     QCOMPARE(editor->fretboardHeight, 290.0);
     QCOMPARE(editor->stringNotes().size(), 4);
+}
+
+void TestEditor::reloadWithOtherTuningAndCapo()
+{
+    auto [document, editor, view, undo] = open(u"DropD"_qs);
+    const QStringList dropD = {u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
+    QVERIFY(view->stringNotes != dropD);
+    QCOMPARE(editor->capoFret(), 0);
+    TabData reloaded(u"DropD"_qs, {TabRowData(32, 6), TabRowData(32, 6)}, dropD, 3, std::nullopt);
+    reloaded.tabRowDatas[1].colDatas[0].setColumnItem(5, note(0));
+    QSignalSpy layout(editor.get(), &TabEditViewController::layoutChanged);
+    editor->documentReloaded(reloaded);
+    // The rows, the letters beside the tab and the fretboard, and what a press sounds (the
+    // surface's notes), all take the new tuning; the capo goes to the letters.
+    QCOMPARE(view->tabRows.size(), 2);
+    QCOMPARE(view->tabRows[1].colDatas[0].columnItems[5], note(0));
+    QCOMPARE(view->stringNotes, dropD);
+    QCOMPARE(editor->stringNotes(), dropD);
+    QCOMPARE(editor->capoFret(), 3);
+    QVERIFY(layout.size() >= 1);
+    // Back to no capo: the label goes.
+    reloaded.capoFret = 0;
+    editor->documentReloaded(reloaded);
+    QCOMPARE(editor->capoFret(), 0);
+}
+
+void TestEditor::conflictWithoutVersionsGoesBackToTheRoot()
+{
+    auto [document, editor, view, undo] = open(u"Conflict"_qs);
+    QSignalSpy back(editor.get(), &TabEditViewController::returnToRootRequested);
+    // A dialog already up: nothing happens, whatever came.
+    dialogs.presenting = true;
+    editor->documentConflictDetected(std::nullopt);
+    QCOMPARE(back.size(), 0);
+    dialogs.presenting = false;
+    // With versions, the choice is offered and the editor stays.
+    FileVersion version;
+    version.url = document->fileURL() + u".copy"_qs;
+    version.originalUrl = document->fileURL();
+    editor->documentConflictDetected(QList<FileVersion>{version});
+    QCOMPARE(dialogs.conflicts.size(), 1);
+    QCOMPARE(back.size(), 0);
+    // Without a list there is nothing to choose from: back to the root.
+    editor->documentConflictDetected(std::nullopt);
+    QCOMPARE(back.size(), 1);
+    QCOMPARE(dialogs.conflicts.size(), 1);
 }
 
 LUTEGRID_TEST_MAIN(TestEditor)

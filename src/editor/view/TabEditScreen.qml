@@ -12,11 +12,20 @@ EditorScreenItem {
     surface: area
     fretboard: board
     signal backRequested()
+    // Back to the first screen of the window, at once.
+    signal rootRequested()
     readonly property var c: controller
+    readonly property var pan: c ? c.rowPan : null
+    readonly property var indicator: c ? c.scrollIndicator : null
     readonly property real rowsTop: c ? c.navHeight : 56
     readonly property real toolbarTop: height - (c ? c.fretboardHeight : 0) - (c && c.shortLayout ? 0 : 55)
 
     Rectangle { anchors.fill: parent; color: Theme.background }
+
+    Connections {
+        target: screen.c
+        function onReturnToRootRequested() { screen.rootRequested() }
+    }
 
     // The rows, between the bar and the toolbar.
     Item {
@@ -30,9 +39,9 @@ EditorScreenItem {
             id: panContent
             width: parent.width
             height: parent.height
-            y: screen.c ? screen.c.panOffsetY : 0
+            y: screen.pan ? screen.pan.panOffsetY : 0
             Behavior on y {
-                enabled: screen.c !== null && screen.c.panSettling
+                enabled: screen.pan !== null && screen.pan.panSettling
                 NumberAnimation { duration: 100; easing.type: Easing.OutQuad }
             }
 
@@ -46,6 +55,7 @@ EditorScreenItem {
                 numItemGroups: area.shownRowCount
                 topPadding: area.headerBandHeight
                 itemSpacing: area.tabRowVertSpacing
+                capoNum: screen.c ? screen.c.capoFret : 0
             }
             TabEditArea {
                 id: area
@@ -54,9 +64,9 @@ EditorScreenItem {
                 width: screen.c ? screen.c.tabEditViewWidth : 0
                 height: screen.c ? screen.c.tabEditViewHeight : 0
                 rowsWanted: screen.c ? screen.c.visibleRows : 0
-                slideFromRow: screen.c ? screen.c.rowSlideFrom : -1
-                slideOffset: screen.c ? screen.c.rowSlideOffset : 0
-                sliding: screen.c !== null && screen.c.rowSliding
+                slideFromRow: screen.pan ? screen.pan.rowSlideFrom : -1
+                slideOffset: screen.pan ? screen.pan.rowSlideOffset : 0
+                sliding: screen.pan !== null && screen.pan.rowSliding
             }
             TabRowWithMarkupView {
                 id: nextRowPreview
@@ -78,7 +88,9 @@ EditorScreenItem {
         Rectangle {
             id: fadeOutBottomCover
             objectName: "fadeOutBottomCover"
-            visible: screen.c !== null && !screen.c.fadeOutBottomCoverHidden
+            // A pan shows it whatever the layout said, so rows sliding in fade as well.
+            visible: screen.c !== null
+                     && (!screen.c.fadeOutBottomCoverHidden || screen.pan.panning)
             y: area.y + area.height
             width: parent.width
             height: Math.max(0, parent.height - y)
@@ -100,15 +112,15 @@ EditorScreenItem {
                 property bool taken: false
                 onActiveChanged: {
                     if (active) {
-                        taken = screen.c.panBegan(centroid.pressPosition.x - area.x + area.contentX,
-                                                  centroid.pressPosition.y)
+                        taken = screen.pan.panBegan(centroid.pressPosition.x - area.x + area.contentX,
+                                                    centroid.pressPosition.y)
                     } else if (taken) {
                         taken = false
-                        screen.c.panEnded(centroid.velocity.y)
+                        screen.pan.panEnded(centroid.velocity.y)
                     }
                 }
-                onTranslationChanged: if (taken) screen.c.panChanged(translation.y)
-                onCanceled: if (taken) { taken = false; screen.c.panCancelled() }
+                onTranslationChanged: if (taken) screen.pan.panMoved(translation.y)
+                onCanceled: if (taken) { taken = false; screen.pan.panCancelled() }
             }
         }
 
@@ -116,17 +128,18 @@ EditorScreenItem {
         Item {
             id: tabScrollIndicator
             objectName: "tabScrollIndicator"
-            visible: screen.c !== null && screen.c.indicatorVisible
-            x: parent.width - (screen.c && screen.c.indicatorDragging ? 20 : 14)
-            width: screen.c && screen.c.indicatorDragging ? 20 : 14
+            readonly property var ind: screen.indicator
+            visible: ind !== null && ind.visible
+            x: parent.width - (ind && ind.dragging ? 20 : 14)
+            width: ind && ind.dragging ? 20 : 14
             height: area.height
-            opacity: screen.c && (screen.c.indicatorShown || screen.c.indicatorDragging) ? 1 : 0.35
+            opacity: ind && (ind.shown || ind.dragging) ? 1 : 0.35
             Behavior on opacity { NumberAnimation { duration: 300 } }
             Rectangle {
                 x: parent.width - width - 3
-                y: screen.c ? screen.c.scrubberY : 0
-                width: screen.c && screen.c.indicatorDragging ? 12 : 5
-                height: screen.c ? screen.c.scrubberHeight : 0
+                y: tabScrollIndicator.ind ? tabScrollIndicator.ind.scrubberY : 0
+                width: tabScrollIndicator.ind && tabScrollIndicator.ind.dragging ? 12 : 5
+                height: tabScrollIndicator.ind ? tabScrollIndicator.ind.scrubberHeight : 0
                 radius: width / 2
                 color: Theme.secondaryLabel
                 Behavior on width { NumberAnimation { duration: 120 } }
@@ -135,10 +148,10 @@ EditorScreenItem {
                 anchors.fill: parent
                 anchors.leftMargin: -10
                 preventStealing: true
-                onPressed: (mouse) => screen.c.indicatorTouchBegan(mouse.y)
-                onPositionChanged: (mouse) => screen.c.indicatorTouchMoved(mouse.y)
-                onReleased: screen.c.indicatorTouchEnded()
-                onCanceled: screen.c.indicatorTouchCancelled()
+                onPressed: (mouse) => screen.indicator.indicatorTouchBegan(mouse.y)
+                onPositionChanged: (mouse) => screen.indicator.indicatorTouchMoved(mouse.y)
+                onReleased: screen.indicator.indicatorTouchEnded()
+                onCanceled: screen.indicator.indicatorTouchCancelled()
             }
         }
     }

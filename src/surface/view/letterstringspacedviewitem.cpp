@@ -6,6 +6,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 LetterStringSpacedViewItem::LetterStringSpacedViewItem(QQuickItem *parent)
     : QQuickPaintedItem(parent)
 {
@@ -106,8 +108,18 @@ void LetterStringSpacedViewItem::paint(QPainter *painter)
     if (capo < 1)
         return;
     for (double top : layout.groupTops()) {
-        const StringSpacedView::CapoLabels labels =
-            StringSpacedView::capoLabels(width(), top + layout.topPadding);
+        const double firstString = top + layout.topPadding;
+        StringSpacedView::CapoLabels labels = StringSpacedView::capoLabels(width(), firstString);
+        // The number hangs out to the left of the letters; a strip at the window's edge has
+        // nothing there. Both labels then move in just far enough to be whole, and the number
+        // goes up beside "CAPO", clear of the top letter.
+        const double capoLeft = labels.capoFrame.center().x() - labels.capoFrame.height() / 2;
+        const double shift = std::max(0.0, -std::min(labels.numberFrame.left(), capoLeft));
+        if (shift > 0) {
+            labels.capoFrame.translate(shift, 0);
+            labels.numberFrame.translate(shift, 0);
+            labels.numberFrame.moveBottom(firstString);
+        }
         painter->save();
         painter->setPen(colors.label);
         painter->setFont(SurfaceFonts::label(labels.capoFontSize));
