@@ -12,23 +12,12 @@
 
 Q_LOGGING_CATEGORY(lcEditor, "lutegrid.editor")
 
-namespace {
-
-TabData tabDataOf(LutegridDocument *document)
+TabEditViewController::TabEditViewController(LutegridDocument *document, TabEditView *surfaceView,
+                                             Fretboard *fretboardLogic, QObject *parent)
+    : QObject(parent), lgDocument(document)
 {
     // An editor is only made for a document that opened with a model.
     Q_ASSERT(document && document->tabData);
-    if (document && document->tabData)
-        return *document->tabData;
-    return TabData(QString(), 6);
-}
-
-} // namespace
-
-TabEditViewController::TabEditViewController(LutegridDocument *document, TabEditView *surfaceView,
-                                             Fretboard *fretboardLogic, QObject *parent)
-    : QObject(parent), tabData(tabDataOf(document)), lgDocument(document)
-{
     if (!surfaceView) {
         ownSurface = std::make_unique<TabEditView>();
         surfaceView = ownSurface.get();
@@ -72,28 +61,28 @@ TabEditViewController::~TabEditViewController()
         lgDocument->changeListener = nullptr;
     if (board->fretResponder == this)
         board->fretResponder = nullptr;
-    surface->undoListener = nullptr;
     surface->editHighlightListener = nullptr;
     surface->tabRowChangeListener = nullptr;
-    surface->docUndoManager = nullptr;
+    surface->setTabEdits(nullptr);
 }
 
 QString TabEditViewController::title() const
 {
-    return u"Edit - "_qs + tabData.title;
+    return u"Edit - "_qs + tabData().title;
 }
 
 void TabEditViewController::loadIntoSurface()
 {
     board->fretResponder = this;
-    board->setNumStrings(tabData.stringCount());
-    surface->undoListener = this;
     surface->editHighlightListener = this;
     surface->tabRowChangeListener = this;
-    if (lgDocument) {
+    if (lgDocument && lgDocument->tabData) {
         lgDocument->undoManager()->levelsOfUndo = 50;
-        surface->docUndoManager = lgDocument->undoManager();
+        surface->setTabEdits(lgDocument->edits());
     }
+    connect(surface->docUndoManager(), &LgUndoManager::changed, this,
+            &TabEditViewController::undoStateChanged, Qt::UniqueConnection);
+    board->setNumStrings(tabData().stringCount());
     SavedData &saved = SavedData::shared();
     surface->settings.hideColHeaders = saved.hideColHeaders;
     surface->settings.notesOnTab = saved.notesOnTab;
@@ -102,17 +91,15 @@ void TabEditViewController::loadIntoSurface()
         saved.save();
     }
     board->refreshFretCount(saved.lastFretCount);
-    surface->stringNotes = tabData.stringNotes;
-    surface->lyricsSizePercentage = int(tabData.lyricSize);
+    surface->stringNotes = tabData().stringNotes;
+    surface->lyricsSizePercentage = int(tabData().lyricSize);
     // Row views built for another tuning go; the layout builds them for this one.
     surface->showingTabRows.clear();
     surface->editShowingTabRowIndex = 0;
-    if (tabData.tabRowDatas.isEmpty()) {
-        surface->loadTabRows({TabRowData(32, tabData.stringCount())});
-        tabData.tabRowDatas = surface->tabRows;
-    } else {
-        surface->loadTabRows(tabData.tabRowDatas);
-    }
+    if (tabData().tabRowDatas.isEmpty())
+        surface->loadTabRows({TabRowData(32, tabData().stringCount())});
+    else
+        surface->loadTabRows();
     surface->editColIndex = 0;
     updateUndoButtons();
 }
@@ -149,7 +136,7 @@ void TabEditViewController::applyViewSize(double w, double h)
     if (prevViewSize == size)
         return;
     prevViewSize = size;
-    const int strings = tabData.stringCount();
+    const int strings = tabData().stringCount();
 
     if (initialFretboardHeight < 0) {
         initialFretboardHeight = 330.0;
@@ -196,7 +183,6 @@ void TabEditViewController::applyViewSize(double w, double h)
         tabEditViewWidth = std::max(w - tabLettersWidthValue - indicatorWidth, 0.0);
         const double space = h - height - navHeight - 10.0 - toolbarHeightValue - inset;
         if (freeScrollWanted()) {
-            tabData.tabRowDatas = surface->tabRows;
             const int n = int(surface->tabRows.size());
             surface->setFreeVerticalScroll(true, base, false);
             fadeOutBottomCoverHidden = true;
@@ -244,7 +230,7 @@ void TabEditViewController::setVisibleRows(int rows, double height)
 
 void TabEditViewController::updateUndoButtons()
 {
-    LgUndoManager *undo = surface->docUndoManager;
+    LgUndoManager *undo = surface->docUndoManager();
     undoEnabled = undo && undo->canUndo();
     redoEnabled = undo && undo->canRedo();
     Q_EMIT toolsChanged();
@@ -299,7 +285,6 @@ void TabEditViewController::undoEdit()
     if (pressInProgress())
         return;
     surface->undoEdit();
-    updateUndoButtons();
     refreshFretHighlights();
     showEditMoveButts();
 }
@@ -309,7 +294,6 @@ void TabEditViewController::redoEdit()
     if (pressInProgress())
         return;
     surface->redoEdit();
-    updateUndoButtons();
     refreshFretHighlights();
     showEditMoveButts();
 }
@@ -739,11 +723,8 @@ void TabEditViewController::finishEditing()
     if (finishedEditing)
         return;
     finishedEditing = true;
-    tabData.tabRowDatas = surface->tabRows;
     if (lgDocument) {
         lgDocument->changeListener = nullptr;
-        if (lgDocument->tabData != tabData)
-            lgDocument->tabData = tabData;
         if (!lgDocument->close())
             Analytics::logEvent(u"Doc close fail"_qs);
     }
@@ -773,12 +754,15 @@ void TabEditViewController::confirmConflictSelection(int row)
 
 void TabEditViewController::documentReloaded(const TabData &newData)
 {
-    tabData = newData;
+    // The document hands over its own tab, whose rows the surface shows anew; a tab handed
+    // over from elsewhere becomes the document's.
+    if (lgDocument && lgDocument->tabData && &*lgDocument->tabData != &newData)
+        *lgDocument->tabData = newData;
     Q_EMIT titleChanged();
     panCancelled();
     indicatorTouchCancelled();
     if (newData.stringCount() == surface->stringCount()) {
-        surface->replaceTabRows(newData.tabRowDatas);
+        surface->replaceTabRows();
         surface->lyricsSizePercentage = int(newData.lyricSize);
         board->setNumStrings(newData.stringCount());
     } else {
@@ -792,10 +776,10 @@ void TabEditViewController::applyStringLayout()
 {
     // A new string count: rows, letters and the fretboard's bands are built for it anew.
     const int row = surface->tabRowIndex;
-    surface->stringNotes = tabData.stringNotes;
+    surface->stringNotes = tabData().stringNotes;
     surface->showingTabRows.clear();
-    surface->loadTabRows(tabData.tabRowDatas);
-    board->setNumStrings(tabData.stringCount());
+    surface->loadTabRows();
+    board->setNumStrings(tabData().stringCount());
     if (prevViewSize) {
         const QSizeF size = *prevViewSize;
         prevViewSize.reset();

@@ -34,7 +34,6 @@ public:
 // pan and the scroll indicator, and the link to the document. It owns no pixels; the screen's
 // items bind to its properties and hand it their touches.
 class TabEditViewController : public QObject,
-                              public UndoListener,
                               public EditHighlightListener,
                               public TabRowChangeListener,
                               public FretResponder,
@@ -97,8 +96,9 @@ public:
     bool editMoveButtsCanShow = false;
     bool editMoveButtsShown = false;
     QTimer editMoveButtsTimer;
-    TabData tabData;
     const QPointer<LutegridDocument> lgDocument;
+    // The tab edited: the document's own, which the surface edits in place.
+    const TabData &tabData() const { return surface->tab(); }
     double tabPanStartY = -1.0;
     bool fadeOutWasHiddenBeforePan = false;
     double initialFretboardHeight = -1.0;
@@ -213,15 +213,16 @@ public:
     Q_INVOKABLE void fretLetterReleased() { stringReleased(); }
     Q_INVOKABLE void fretLetterCancelled() { stringCancelled(Strip::FretLetters); }
 
-    // Closing: the rows go to the model and the document closes, with no question asked.
+    // Closing: the document closes, with no question asked.
     Q_INVOKABLE void finishEditing();
 
     // Conflicts: the rows of the open dialog and the choice made in it.
     std::optional<ConflictResolver> conflictResolver;
     void confirmConflictSelection(int row);
 
-    // UndoListener, EditHighlightListener, TabRowChangeListener.
-    void undoStateChanged() override;
+    // Every step done, undone or redone on the document's undo manager.
+    void undoStateChanged();
+    // EditHighlightListener, TabRowChangeListener.
     void editHighlightMoved(bool atFirstColumn, bool atLastColumn) override;
     void tabWidthChanged(double tabWidth) override;
     void tabRowCountChanged() override;
@@ -237,7 +238,6 @@ public:
     void stringReleased() override;
     void stringCancelled(Strip view) override;
     // DocumentChangeListener.
-    QList<TabRowData> tabRows() const override { return surface->tabRows; }
     void documentConflictDetected(const std::optional<QList<FileVersion>> &versions) override;
     void documentReloaded(const TabData &newData) override;
 

@@ -3,6 +3,7 @@
 #include "services/analytics.h"
 #include "services/apppaths.h"
 #include "services/lgundomanager.h"
+#include "library/tabedits.h"
 #include "library/tabfilenames.h"
 #include "model/tabfileformat.h"
 #include "librarylog.h"
@@ -75,7 +76,8 @@ LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData
                                    QObject *parent)
     : QObject(parent), tabData(std::move(tabData)),
       prevFileURL(QFileInfo(fileURL).absoluteFilePath()),
-      path(QFileInfo(fileURL).absoluteFilePath()), undo(new LgUndoManager(this))
+      path(QFileInfo(fileURL).absoluteFilePath()), undo(new LgUndoManager(this)),
+      tabEdits(new TabEdits(nullptr, undo, this))
 {
     autosaveTimer.setSingleShot(true);
     connect(&autosaveTimer, &QTimer::timeout, this, [this] { autosave(); });
@@ -103,6 +105,13 @@ LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData
 LutegridDocument::~LutegridDocument()
 {
     autosave();
+}
+
+TabEdits *LutegridDocument::edits()
+{
+    // tabData is the optional's own storage, so its address holds for as long as it is there.
+    tabEdits->setTab(tabData ? &*tabData : nullptr);
+    return tabEdits;
 }
 
 QString LutegridDocument::localizedName() const
@@ -203,8 +212,6 @@ bool LutegridDocument::keepAsConflictVersion(const QByteArray &bytes, const QDat
 
 bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
 {
-    if (changeListener && tabData)
-        tabData->tabRowDatas = changeListener->tabRows();
     const auto bytes = contentsForType();
     const QString target = QFileInfo(url).absoluteFilePath();
     bool saved = false;
@@ -279,6 +286,7 @@ void LutegridDocument::loadFromContents(const QByteArray &contents)
         qCWarning(lcLibrary) << "unreadable tab" << path << error;
     if (tabName && tabData)
         tabData->title = *tabName;
+    edits();
     if (changeListener && tabData)
         changeListener->documentReloaded(*tabData);
 }
@@ -452,6 +460,7 @@ void LutegridDocument::takeOutsideChange(const QByteArray &bytes, const QByteArr
     if (!tabData) {
         // Half-written or foreign bytes: the tab in hand is worth more than nothing.
         tabData = before;
+        edits();
         return;
     }
     Q_EMIT documentReloaded();

@@ -790,6 +790,17 @@ void TestEditor::finishEditingKeepsTheRows()
     QSignalSpy finished(editor.get(), &TabEditViewController::finished);
     editor->fretTouched(4, 12);
     editor->fretTouchesEnded();
+    // Saved with the editor open: the edit is in the document's own rows already.
+    QVERIFY(document->hasUnsavedChanges());
+    QVERIFY(document->autosave());
+    {
+        LutegridDocument saved(path, std::nullopt);
+        QVERIFY(saved.open());
+        QCOMPARE(saved.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+        saved.close();
+    }
+    editor->fretTouched(5, 7);
+    editor->fretTouchesEnded();
     editor->finishEditing();
     QCOMPARE(finished.size(), 1);
     QVERIFY(document->documentState().testFlag(LutegridDocument::Closed));
@@ -798,6 +809,7 @@ void TestEditor::finishEditingKeepsTheRows()
     QVERIFY(reopened.open());
     QVERIFY(reopened.tabData);
     QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[1].columnItems[4], note(7));
 }
 
 void TestEditor::reloadWithOtherStringCount()
