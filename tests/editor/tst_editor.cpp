@@ -401,6 +401,9 @@ void TestEditor::fretPressCommitsAndAdvances()
     QCOMPARE(view->tabRows[0].colDatas[startColumn].columnItems[1],
              alreadyThere ? note(3) : ColumnItemType::blank());
     QCOMPARE(undo->canUndo(), hadUndo);
+    // The buttons follow the undo manager's signal, whoever undid the step.
+    QCOMPARE(editor->undoEnabled, hadUndo);
+    QVERIFY(editor->redoEnabled);
 }
 
 void TestEditor::chordOfTwoFingersIsOneStep_data()

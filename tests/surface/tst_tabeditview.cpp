@@ -95,6 +95,7 @@ private Q_SLOTS:
     void undoRedoOfEveryEditKind_data();
     void undoRedoOfEveryEditKind();
     void undoBringsRowIntoView();
+    void viewsFollowTheChangeNotice();
     void chordNameRepeatRule_data();
     void chordNameRepeatRule();
     void barToggleDestroysAndUndoRestores();
@@ -534,6 +535,44 @@ void TestTabEditView::undoBringsRowIntoView()
     f.view.undoEdit();
     QCOMPARE(f.view.tabRowIndex, 8);
     QVERIFY(f.view.tabRows[8].colDatas[2].isAllBlank());
+}
+
+void TestTabEditView::viewsFollowTheChangeNotice()
+{
+    Fixture f(4, 16, 2);
+    QSignalSpy spy(&f.view, &TabEditView::columnsNeedRender);
+    QCoreApplication::processEvents();
+    spy.clear();
+    // Edits made on the tab itself, as another view of the same document makes them.
+    QVERIFY(f.edits.setColumnItem(1, 5, 2, ColumnItemType::note(9)));
+    QCOMPARE(f.view.showingTabRows[1].tabColumnViews[5].tabColData,
+             f.tab.tabRowDatas[1].colDatas[5]);
+    QVERIFY(f.edits.setColumnChordName(0, 4, u"Dm"_qs));
+    QCOMPARE(f.view.showingTabRows[0].chordNamesDisplay.chordNames[4],
+             std::optional<QString>(u"Dm"_qs));
+    QVERIFY(f.edits.insertLyricLine(1, 0, u"la la"_qs));
+    QCOMPARE(f.view.showingTabRows[1].lyricsField.text, u"la la"_qs);
+    QCoreApplication::processEvents();
+    // One render per changed column, a name being part of its column.
+    QCOMPARE(spy.size(), 2);
+    QCOMPARE(spy[0].at(0).toInt(), 0);
+    QCOMPARE(spy[0].at(1).value<QList<int>>(), QList<int>({4}));
+    QCOMPARE(spy[1].at(0).toInt(), 1);
+    QCOMPARE(spy[1].at(1).value<QList<int>>(), QList<int>({5}));
+
+    // A second surface on the same tab shows the first one's edits, and shares its steps.
+    TabEditView other;
+    other.setTabEdits(&f.edits);
+    other.stringNotes = standardStringNotes(6);
+    other.setFrameSize(QSizeF(800, 400));
+    other.loadTabRows();
+    other.setVisibleTabRowCount(2);
+    f.view.setColumnItemAt(0, 2, 0, ColumnItemType::note(4), false);
+    QCOMPARE(other.showingTabRows[0].tabColumnViews[2].tabColData.columnItems[0],
+             ColumnItemType::note(4));
+    other.undoEdit();
+    QVERIFY(f.view.showingTabRows[0].tabColumnViews[2].tabColData.isAllBlank());
+    QVERIFY(other.showingTabRows[0].tabColumnViews[2].tabColData.isAllBlank());
 }
 
 void TestTabEditView::chordNameRepeatRule_data()
