@@ -7,7 +7,10 @@
 #include "library/tabedits.h"
 #include "model/selectionbox.h"
 #include "model/tabdata.h"
+#include "notemenuentries.h"
+#include "surfacelisteners.h"
 #include "surfacesettings.h"
+#include "tabrowsview.h"
 #include "visibetabrowview.h"
 
 #include <QList>
@@ -20,65 +23,10 @@
 #include <QStringList>
 #include <QTimer>
 
-#include <functional>
 #include <memory>
 #include <optional>
 
 class LgUndoManager;
-class TabEditView;
-
-// The rows the surface shows, to read: they are the tab's own, held by its TabData, and every
-// change goes through the surface's operations and so through TabEdits.
-class TabRowsView {
-public:
-    explicit TabRowsView(const TabEditView &view) : view(view) {}
-    TabRowsView(const TabRowsView &) = delete;
-    TabRowsView &operator=(const TabRowsView &) = delete;
-
-    const QList<TabRowData> &list() const;
-    operator const QList<TabRowData> &() const { return list(); }
-    qsizetype size() const { return list().size(); }
-    bool isEmpty() const { return list().isEmpty(); }
-    const TabRowData &operator[](qsizetype row) const { return list()[row]; }
-    const TabRowData &first() const { return list().first(); }
-    const TabRowData &last() const { return list().last(); }
-    QList<TabRowData>::const_iterator begin() const { return list().cbegin(); }
-    QList<TabRowData>::const_iterator end() const { return list().cend(); }
-
-private:
-    const TabEditView &view;
-};
-
-class EditHighlightListener {
-public:
-    virtual ~EditHighlightListener() = default;
-    virtual void editHighlightMoved(bool atFirstColumn, bool atLastColumn) = 0;
-};
-
-class TabRowChangeListener {
-public:
-    virtual ~TabRowChangeListener() = default;
-    virtual void tabWidthChanged(double tabWidth) = 0;
-    virtual void tabRowCountChanged() = 0;
-    virtual void tabRowPositionChanged(int tabRowIndex, int showingCount, int totalCount) = 0;
-    virtual void columnItemChanged() = 0;
-    virtual void lyricsFieldEdited() = 0;
-};
-
-// Where a note menu was opened.
-struct NoteContextMenuSource {
-    int tRowIndex = 0;
-    int colIndex = 0;
-    int itemIndex = 0;
-    int showingTabRowIndex = 0;
-};
-
-// The entries of a note menu: what each stands for and its label, parallel lists.
-struct NoteMenuEntries {
-    QList<ColumnItemType> results;
-    QStringList labels;
-    int startIndex = 0;
-};
 
 // The editing surface as logic: the window of a tab's rows shown with their geometry in points
 // (tabeditviewport.cpp), the cursor (tabeditcursor.cpp), the note menu (tabeditnotemenu.cpp)
