@@ -13,14 +13,15 @@
 // Fret presses with their commits on the cursor row of a tab of `rows` rows: per press.
 static double pressCost(int rows)
 {
-    const TabData tab = makeBenchmarkTab(rows, 64, 6);
+    TabData tab = makeBenchmarkTab(rows, 64, 6);
     LgUndoManager undo;
     undo.groupsByEvent = false;
+    TabEdits edits(&tab, &undo);
     TabEditView view;
-    view.docUndoManager = &undo;
+    view.setTabEdits(&edits);
     view.stringNotes = tab.stringNotes;
     view.setFrameSize(QSizeF(1600, 900));
-    view.loadTabRows(tab.tabRowDatas);
+    view.loadTabRows();
     view.setVisibleTabRowCount(3);
     view.moveToTabRow(rows / 2 - 1, false, false);
     const int presses = 2000;

@@ -13,34 +13,12 @@
 
 Q_LOGGING_CATEGORY(lcEditor, "lutegrid.editor")
 
-namespace {
-
-TabData tabDataOf(LutegridDocument *document)
+TabEditViewController::TabEditViewController(LutegridDocument *document, TabEditView *surfaceView,
+                                             Fretboard *fretboardLogic, QObject *parent)
+    : QObject(parent), lgDocument(document)
 {
     // An editor is only made for a document that opened with a model.
     Q_ASSERT(document && document->tabData);
-    if (document && document->tabData)
-        return *document->tabData;
-    return TabData(QString(), 6);
-}
-
-// The document holds the editor's tab when all but the rows and the title agree: until
-// closing, the rows being edited are the surface's, and the title follows the file's name,
-// which the document keeps track of even with changes unsaved.
-bool holdsSameTab(const TabData &documentTab, const TabData &editorTab)
-{
-    TabData apart = documentTab;
-    apart.tabRowDatas = editorTab.tabRowDatas;
-    apart.title = editorTab.title;
-    return apart == editorTab;
-}
-
-} // namespace
-
-TabEditViewController::TabEditViewController(LutegridDocument *document, TabEditView *surfaceView,
-                                             Fretboard *fretboardLogic, QObject *parent)
-    : QObject(parent), tabData(tabDataOf(document)), lgDocument(document)
-{
     if (!surfaceView) {
         ownSurface = std::make_unique<TabEditView>();
         surfaceView = ownSurface.get();
@@ -77,28 +55,28 @@ TabEditViewController::~TabEditViewController()
         lgDocument->changeListener = nullptr;
     if (board->fretResponder == this)
         board->fretResponder = nullptr;
-    surface->undoListener = nullptr;
     surface->editHighlightListener = nullptr;
     surface->tabRowChangeListener = nullptr;
-    surface->docUndoManager = nullptr;
+    surface->setTabEdits(nullptr);
 }
 
 QString TabEditViewController::title() const
 {
-    return u"Edit - "_qs + tabData.title;
+    return u"Edit - "_qs + tabData().title;
 }
 
 void TabEditViewController::loadIntoSurface()
 {
     board->fretResponder = this;
-    board->setNumStrings(tabData.stringCount());
-    surface->undoListener = this;
     surface->editHighlightListener = this;
     surface->tabRowChangeListener = this;
-    if (lgDocument) {
+    if (lgDocument && lgDocument->tabData) {
         lgDocument->undoManager()->levelsOfUndo = 50;
-        surface->docUndoManager = lgDocument->undoManager();
+        surface->setTabEdits(lgDocument->edits());
     }
+    connect(surface->docUndoManager(), &LgUndoManager::changed, this,
+            &TabEditViewController::undoStateChanged, Qt::UniqueConnection);
+    board->setNumStrings(tabData().stringCount());
     SavedData &saved = SavedData::shared();
     surface->settings.hideColHeaders = saved.hideColHeaders;
     surface->settings.notesOnTab = saved.notesOnTab;
@@ -107,17 +85,15 @@ void TabEditViewController::loadIntoSurface()
         saved.save();
     }
     board->refreshFretCount(saved.lastFretCount);
-    surface->stringNotes = tabData.stringNotes;
-    surface->lyricsSizePercentage = int(tabData.lyricSize);
+    surface->stringNotes = tabData().stringNotes;
+    surface->lyricsSizePercentage = int(tabData().lyricSize);
     // Row views built for another tuning go; the layout builds them for this one.
     surface->showingTabRows.clear();
     surface->editShowingTabRowIndex = 0;
-    if (tabData.tabRowDatas.isEmpty()) {
-        surface->loadTabRows({TabRowData(32, tabData.stringCount())});
-        tabData.tabRowDatas = surface->tabRows;
-    } else {
-        surface->loadTabRows(tabData.tabRowDatas);
-    }
+    if (tabData().tabRowDatas.isEmpty())
+        surface->loadTabRows({TabRowData(32, tabData().stringCount())});
+    else
+        surface->loadTabRows();
     surface->editColIndex = 0;
     updateUndoButtons();
 }
@@ -154,7 +130,7 @@ void TabEditViewController::applyViewSize(double w, double h)
     if (prevViewSize == size)
         return;
     prevViewSize = size;
-    const int strings = tabData.stringCount();
+    const int strings = tabData().stringCount();
 
     if (initialFretboardHeight < 0) {
         initialFretboardHeight = 330.0;
@@ -201,7 +177,6 @@ void TabEditViewController::applyViewSize(double w, double h)
         tabEditViewWidth = std::max(w - tabLettersWidthValue - indicatorWidth, 0.0);
         const double space = h - height - navHeight - 10.0 - toolbarHeightValue - inset;
         if (freeScrollWanted()) {
-            tabData.tabRowDatas = surface->tabRows;
             const int n = int(surface->tabRows.size());
             surface->setFreeVerticalScroll(true, base, false);
             fadeOutBottomCoverHidden = true;
@@ -250,7 +225,7 @@ void TabEditViewController::setVisibleRows(int rows, double height)
 
 void TabEditViewController::updateUndoButtons()
 {
-    LgUndoManager *undo = surface->docUndoManager;
+    LgUndoManager *undo = surface->docUndoManager();
     undoEnabled = undo && undo->canUndo();
     redoEnabled = undo && undo->canRedo();
     Q_EMIT toolsChanged();
@@ -314,7 +289,6 @@ void TabEditViewController::undoEdit()
 {
     runGuardedTool([this] {
         surface->undoEdit();
-        updateUndoButtons();
         refreshFretHighlights();
         showEditMoveButts();
     });
@@ -324,7 +298,6 @@ void TabEditViewController::redoEdit()
 {
     runGuardedTool([this] {
         surface->redoEdit();
-        updateUndoButtons();
         refreshFretHighlights();
         showEditMoveButts();
     });
@@ -585,15 +558,12 @@ void TabEditViewController::finishEditing()
     if (finishedEditing)
         return;
     finishedEditing = true;
-    tabData.tabRowDatas = surface->tabRows;
     if (lgDocument) {
         lgDocument->changeListener = nullptr;
-        if (!lgDocument->tabData || !holdsSameTab(*lgDocument->tabData, tabData))
+        // The editor's tab is the document's own: only a document that lost it meanwhile
+        // differs.
+        if (!lgDocument->tabData)
             Analytics::logEvent(u"Tdata save diff"_qs);
-        if (lgDocument->tabData)
-            tabData.title = lgDocument->tabData->title;
-        if (lgDocument->tabData != tabData)
-            lgDocument->tabData = tabData;
         if (!lgDocument->close())
             Analytics::logEvent(u"Save fail"_qs);
     }
@@ -630,7 +600,10 @@ void TabEditViewController::confirmConflictSelection(int row)
 
 void TabEditViewController::documentReloaded(const TabData &newData)
 {
-    tabData = newData;
+    // The document hands over its own tab, whose rows the surface shows anew; a tab handed
+    // over from elsewhere becomes the document's.
+    if (lgDocument && lgDocument->tabData && &*lgDocument->tabData != &newData)
+        *lgDocument->tabData = newData;
     Q_EMIT titleChanged();
     pan->panCancelled();
     indicator->indicatorTouchCancelled();
@@ -639,7 +612,7 @@ void TabEditViewController::documentReloaded(const TabData &newData)
         // rows and the pitch of a press; the capo follows through capoFret.
         surface->stringNotes = newData.stringNotes;
         surface->lyricsSizePercentage = int(newData.lyricSize);
-        surface->replaceTabRows(newData.tabRowDatas);
+        surface->replaceTabRows();
         board->setNumStrings(newData.stringCount());
     } else {
         applyStringLayout();
@@ -652,10 +625,10 @@ void TabEditViewController::applyStringLayout()
 {
     // A new string count: rows, letters and the fretboard's bands are built for it anew.
     const int row = surface->tabRowIndex;
-    surface->stringNotes = tabData.stringNotes;
+    surface->stringNotes = tabData().stringNotes;
     surface->showingTabRows.clear();
-    surface->loadTabRows(tabData.tabRowDatas);
-    board->setNumStrings(tabData.stringCount());
+    surface->loadTabRows();
+    board->setNumStrings(tabData().stringCount());
     if (prevViewSize) {
         const QSizeF size = *prevViewSize;
         prevViewSize.reset();

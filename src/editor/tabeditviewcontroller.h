@@ -37,7 +37,6 @@ public:
 // link to the document; the row pan and the scroll indicator are parts of their own. It owns no
 // pixels; the screen's items bind to its properties and hand it their touches.
 class TabEditViewController : public QObject,
-                              public UndoListener,
                               public EditHighlightListener,
                               public TabRowChangeListener,
                               public FretResponder,
@@ -93,8 +92,9 @@ public:
     bool editMoveButtsCanShow = false;
     bool editMoveButtsShown = false;
     QTimer editMoveButtsTimer;
-    TabData tabData;
     const QPointer<LutegridDocument> lgDocument;
+    // The tab edited: the document's own, which the surface edits in place.
+    const TabData &tabData() const { return surface->tab(); }
     double initialFretboardHeight = -1.0;
     double baseFretboardHeight = -1.0;
     double initialFretLettersWidth = -1.0;
@@ -143,7 +143,7 @@ public:
     double tabLettersWidth() const { return tabLettersWidthValue; }
     bool freeScroll() const { return surface->freeVerticalScroll; }
     QStringList stringNotes() const { return surface->stringNotes; }
-    int capoFret() const { return int(tabData.capoFret); }
+    int capoFret() const { return int(tabData().capoFret); }
     QVariantList openStringMarks() const;
 
     // Layout for the screen's size.
@@ -176,15 +176,16 @@ public:
     Q_INVOKABLE void fretLetterReleased() { stringReleased(); }
     Q_INVOKABLE void fretLetterCancelled() { stringCancelled(Strip::FretLetters); }
 
-    // Closing: the rows go to the model and the document closes, with no question asked.
+    // Closing: the document closes, with no question asked.
     Q_INVOKABLE void finishEditing();
 
     // Conflicts: the rows of the open dialog and the choice made in it.
     std::optional<ConflictResolver> conflictResolver;
     void confirmConflictSelection(int row);
 
-    // UndoListener, EditHighlightListener, TabRowChangeListener.
-    void undoStateChanged() override;
+    // Every step done, undone or redone on the document's undo manager.
+    void undoStateChanged();
+    // EditHighlightListener, TabRowChangeListener.
     void editHighlightMoved(bool atFirstColumn, bool atLastColumn) override;
     void tabWidthChanged(double tabWidth) override;
     void tabRowCountChanged() override;
@@ -200,7 +201,6 @@ public:
     void stringReleased() override;
     void stringCancelled(Strip view) override;
     // DocumentChangeListener.
-    QList<TabRowData> tabRows() const override { return surface->tabRows; }
     void documentConflictDetected(const std::optional<QList<FileVersion>> &versions) override;
     void documentReloaded(const TabData &newData) override;
 

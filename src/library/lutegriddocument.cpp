@@ -1,11 +1,12 @@
 #include "lutegriddocument.h"
 
+#include "library/tabedits.h"
+#include "library/tabfilenames.h"
+#include "librarylog.h"
+#include "model/tabfileformat.h"
 #include "services/analytics.h"
 #include "services/apppaths.h"
 #include "services/lgundomanager.h"
-#include "library/tabfilenames.h"
-#include "model/tabfileformat.h"
-#include "librarylog.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -75,7 +76,8 @@ LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData
                                    QObject *parent)
     : QObject(parent), tabData(std::move(tabData)),
       prevFileURL(QFileInfo(fileURL).absoluteFilePath()),
-      path(QFileInfo(fileURL).absoluteFilePath()), undo(new LgUndoManager(this))
+      path(QFileInfo(fileURL).absoluteFilePath()), undo(new LgUndoManager(this)),
+      tabEdits(new TabEdits(nullptr, undo, this))
 {
     autosaveTimer.setSingleShot(true);
     connect(&autosaveTimer, &QTimer::timeout, this, [this] { autosave(); });
@@ -103,6 +105,13 @@ LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData
 LutegridDocument::~LutegridDocument()
 {
     autosave();
+}
+
+TabEdits *LutegridDocument::edits()
+{
+    // tabData is the optional's own storage, so its address holds for as long as it is there.
+    tabEdits->setTab(tabData ? &*tabData : nullptr);
+    return tabEdits;
 }
 
 QString LutegridDocument::localizedName() const
@@ -203,8 +212,6 @@ bool LutegridDocument::keepAsConflictVersion(const QByteArray &bytes, const QDat
 
 bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
 {
-    if (changeListener && tabData)
-        tabData->tabRowDatas = changeListener->tabRows();
     const auto bytes = contentsForType();
     const QString target = QFileInfo(url).absoluteFilePath();
     bool saved = false;
@@ -274,11 +281,25 @@ void LutegridDocument::loadFromContents(const QByteArray &contents)
 {
     followNameAndPlace();
     QString error;
-    tabData = tabDataFromDocumentData(contents, &error);
-    if (!tabData)
+    std::optional<TabData> loaded = tabDataFromDocumentData(contents, &error);
+    if (!loaded) {
         qCWarning(lcLibrary) << "unreadable tab" << path << error;
-    if (tabName && tabData)
-        tabData->title = *tabName;
+        // An open editor edits the tab in place: it keeps what it has, and its next save
+        // writes a readable file over the damaged one.
+        if (changeListener && tabData)
+            return;
+        tabData.reset();
+        edits();
+        return;
+    }
+    if (tabName)
+        loaded->title = *tabName;
+    // Into the same storage: whoever edits the tab keeps a valid reference to it.
+    if (tabData)
+        *tabData = std::move(*loaded);
+    else
+        tabData = std::move(loaded);
+    edits();
     if (changeListener && tabData)
         changeListener->documentReloaded(*tabData);
 }
@@ -452,6 +473,7 @@ void LutegridDocument::takeOutsideChange(const QByteArray &bytes, const QByteArr
     if (!tabData) {
         // Half-written or foreign bytes: the tab in hand is worth more than nothing.
         tabData = before;
+        edits();
         return;
     }
     Q_EMIT documentReloaded();

@@ -15,14 +15,13 @@
 
 class LgUndoManager;
 class QFileSystemWatcher;
+class TabEdits;
 
-// The editor that shows a document: it hands over the surface's rows before each save and
-// hears of reloads and conflicts.
+// The editor that shows a document: it hears of reloads and conflicts. It edits the
+// document's own rows through edits(), so a save never asks it for anything.
 class DocumentChangeListener {
 public:
     virtual ~DocumentChangeListener() = default;
-    // The rows being edited, which are newer than the model's while a tab is open.
-    virtual QList<TabRowData> tabRows() const = 0;
     virtual void documentConflictDetected(const std::optional<QList<FileVersion>> &versions) = 0;
     virtual void documentReloaded(const TabData &tabData) = 0;
 };
@@ -69,6 +68,9 @@ public:
     QString localizedName() const;
     DocumentState documentState() const { return state; }
     LgUndoManager *undoManager() const { return undo; }
+    // The edits of tabData, each with its step on undoManager(): the one way the rows change
+    // while the tab is open.
+    TabEdits *edits();
     int changeCount() const { return changes; }
     bool hasUnsavedChanges() const { return changes != 0; }
     void updateChangeCount(ChangeKind kind);
@@ -120,6 +122,7 @@ private:
     DocumentState state = Closed;
     int changes = 0;
     LgUndoManager *undo;
+    TabEdits *tabEdits;
     // What the file held when this document last read or wrote it.
     QByteArray baseHash;
     qint64 knownSize = -1;

@@ -4,9 +4,13 @@
 #include "forcecontextmenu.h"
 #include "forcelongpressgesturerecognizer.h"
 #include "fretposition.h"
+#include "library/tabedits.h"
 #include "model/selectionbox.h"
 #include "model/tabdata.h"
+#include "notemenuentries.h"
+#include "surfacelisteners.h"
 #include "surfacesettings.h"
+#include "tabrowsview.h"
 #include "visibetabrowview.h"
 
 #include <QList>
@@ -19,67 +23,37 @@
 #include <QStringList>
 #include <QTimer>
 
-#include <functional>
 #include <memory>
 #include <optional>
 
 class LgUndoManager;
 
-class UndoListener {
-public:
-    virtual ~UndoListener() = default;
-    virtual void undoStateChanged() = 0;
-};
-
-class EditHighlightListener {
-public:
-    virtual ~EditHighlightListener() = default;
-    virtual void editHighlightMoved(bool atFirstColumn, bool atLastColumn) = 0;
-};
-
-class TabRowChangeListener {
-public:
-    virtual ~TabRowChangeListener() = default;
-    virtual void tabWidthChanged(double tabWidth) = 0;
-    virtual void tabRowCountChanged() = 0;
-    virtual void tabRowPositionChanged(int tabRowIndex, int showingCount, int totalCount) = 0;
-    virtual void columnItemChanged() = 0;
-    virtual void lyricsFieldEdited() = 0;
-};
-
-// Where a note menu was opened.
-struct NoteContextMenuSource {
-    int tRowIndex = 0;
-    int colIndex = 0;
-    int itemIndex = 0;
-    int showingTabRowIndex = 0;
-};
-
-// The entries of a note menu: what each stands for and its label, parallel lists.
-struct NoteMenuEntries {
-    QList<ColumnItemType> results;
-    QStringList labels;
-    int startIndex = 0;
-};
-
-// The editing surface as logic: the live rows of a tab, the window of rows shown with their
-// geometry in points, the cursor, and every edit with its undo step. It draws nothing; the
-// views read the shown rows and redraw when told. Geometry is in content coordinates: the
-// top left of the first shown row's lyric band is (0, 0) and contentOffset scrolls over it.
+// The editing surface as logic: the window of a tab's rows shown with their geometry in points
+// (tabeditviewport.cpp), the cursor (tabeditcursor.cpp), the note menu (tabeditnotemenu.cpp)
+// and the edit operations (tabeditoperations.cpp), which go through TabEdits on the tab's own
+// rows and redraw on its change notice. It draws nothing; the views read the shown rows and
+// redraw when told. Geometry is in content coordinates: the top left of the first shown row's
+// lyric band is (0, 0) and contentOffset scrolls over it.
 class TabEditView : public QObject,
                     public ForceContextMenuResponder,
                     public ChordNamesDisplayListener {
     Q_OBJECT
 
 public:
-    using UndoHandler = std::function<void(TabEditView &)>;
     using Message = std::optional<QString>;
 
     explicit TabEditView(QObject *parent = nullptr);
     ~TabEditView() override;
 
-    static constexpr int minNumTabColumns = 12;
-    static constexpr int maxNumTabColumns = 64;
+    // The tab edited: a document's, or, until one is given, a one-row tab of the surface's own
+    // with its own undo manager. Not owned; nullptr goes back to the surface's own.
+    void setTabEdits(TabEdits *edits);
+    TabEdits *tabEdits() const;
+    const TabData &tab() const;
+    LgUndoManager *docUndoManager() const;
+
+    static constexpr int minNumTabColumns = TabEdits::minNumTabColumns;
+    static constexpr int maxNumTabColumns = TabEdits::maxNumTabColumns;
     int numTabColumns = 0;
     static constexpr double tabColumnWidth = 25.0;
     static constexpr double lyricsHeightSpacing = 54.0;
@@ -91,7 +65,7 @@ public:
     bool rightMarginContentBlocker = false;
     QStringList stringNotes;
     int lyricsSizePercentage = 100;
-    QList<TabRowData> tabRows;
+    const TabRowsView tabRows{*this};
     int tabRowIndex = 0;
     QList<VisibeTabRowView> showingTabRows;
     int editShowingTabRowIndex = 0;
@@ -115,8 +89,6 @@ public:
     QTimer moveTabRowDelayTimer;
     // A burst of typing in a lyric field becomes one edit a second after the last key.
     QTimer lyricChangeTimer;
-    QPointer<LgUndoManager> docUndoManager;
-    UndoListener *undoListener = nullptr;
     EditHighlightListener *editHighlightListener = nullptr;
     TabRowChangeListener *tabRowChangeListener = nullptr;
     int visibleTabRowCountPotential = -1;
@@ -138,8 +110,11 @@ public:
     int stringCount() const { return int(stringNotes.size()); }
     int showingCount() const { return int(showingTabRows.size()); }
 
-    // Position and content.
+    // Position and content. Without rows: the tab's rows were replaced, show them anew. With
+    // rows: they replace the tab's, with no undo step, as from a file.
+    void loadTabRows();
     void loadTabRows(const QList<TabRowData> &rows);
+    void replaceTabRows();
     void replaceTabRows(const QList<TabRowData> &rows);
     void setNumTabColumns(int count);
     void refreshShowingRows(bool forceRender);
@@ -179,9 +154,7 @@ public:
     double trailingContentGap() const;
     void layoutSubviews();
 
-    // Undo.
-    void registerSurfaceUndo(std::optional<int> row, std::optional<QRectF> scrollFrame,
-                             UndoHandler handler);
+    // Undo: the steps are on the tab's undo manager.
     void undoEdit();
     void redoEdit();
 
@@ -248,18 +221,26 @@ Q_SIGNALS:
     void menuChanged();
 
 private:
+    struct OwnTab;
+    void tabChanged(const TabChange &change);
+    void syncColumn(int row, int column);
+    void syncLyrics(int row);
+    void syncRowsAfterShapeChange(const TabChange &change);
+    // Brings an edited place into view: for an undo this is what shows what was undone.
+    void showEditedPlace(std::optional<int> row, std::optional<QRectF> scrollFrame);
     void queueColumnRender(int shownRow, int column);
     void queueChordNamesRender(int shownRow);
     void queueFlush();
     void flushRenders();
-    void writeColumn(int row, int column, const TabColumnData &data);
     void fillShownRow(VisibeTabRowView &view, int row);
-    TabColumnData *cursorColumn();
     const TabColumnData *cursorColumn() const;
     void scrollToShowFrame(const QRectF &frame);
     void notifyColumnCountChange();
     void showMagicSelection();
 
+    std::unique_ptr<OwnTab> own;
+    QPointer<TabEdits> edits;
+    QMetaObject::Connection editsConnection;
     std::optional<int> throttledRow;
     // The shown row whose typed text waits for lyricChangeTimer.
     int lyricEditShownRow = -1;

@@ -336,6 +336,9 @@ void TestEditor::fretPressCommitsAndAdvances()
     QCOMPARE(view->tabRows[0].colDatas[startColumn].columnItems[1],
              alreadyThere ? note(3) : ColumnItemType::blank());
     QCOMPARE(undo->canUndo(), hadUndo);
+    // The buttons follow the undo manager's signal, whoever undid the step.
+    QCOMPARE(editor->undoEnabled, hadUndo);
+    QVERIFY(editor->redoEnabled);
 }
 
 void TestEditor::chordOfTwoFingersIsOneStep_data()
@@ -662,6 +665,17 @@ void TestEditor::finishEditingKeepsTheRows()
     QSignalSpy finished(editor.get(), &TabEditViewController::finished);
     editor->fretTouched(4, 12);
     editor->fretTouchesEnded();
+    // Saved with the editor open: the edit is in the document's own rows already.
+    QVERIFY(document->hasUnsavedChanges());
+    QVERIFY(document->autosave());
+    {
+        LutegridDocument saved(path, std::nullopt);
+        QVERIFY(saved.open());
+        QCOMPARE(saved.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+        saved.close();
+    }
+    editor->fretTouched(5, 7);
+    editor->fretTouchesEnded();
     editor->finishEditing();
     QCOMPARE(finished.size(), 1);
     QVERIFY(document->documentState().testFlag(LutegridDocument::Closed));
@@ -670,6 +684,7 @@ void TestEditor::finishEditingKeepsTheRows()
     QVERIFY(reopened.open());
     QVERIFY(reopened.tabData);
     QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
+    QCOMPARE(reopened.tabData->tabRowDatas[0].colDatas[1].columnItems[4], note(7));
 }
 
 void TestEditor::closingLogsWhatWentAmiss_data()
@@ -680,7 +695,7 @@ void TestEditor::closingLogsWhatWentAmiss_data()
     QTest::addColumn<QStringList>("events");
     QTest::newRow("plain close") << false << false << false << QStringList();
     QTest::newRow("document lost its model")
-        << true << false << false << QStringList({u"Tdata_save_diff"_qs});
+        << true << false << false << QStringList({u"Tdata_save_diff"_qs, u"Save_fail"_qs});
     QTest::newRow("renamed while edited") << false << true << false << QStringList();
     QTest::newRow("save fails") << false << false << true << QStringList({u"Save_fail"_qs});
 }
@@ -708,12 +723,14 @@ void TestEditor::closingLogsWhatWentAmiss()
     previousHandler = qInstallMessageHandler(captureAnalytics);
     editor->finishEditing();
     qInstallMessageHandler(previousHandler);
-    // The document logs its own saving-error state, at each state notice; the rest is the
-    // editor's.
-    QCOMPARE(analyticsEvents.contains(u"Gt_saving_error"_qs), saveFails);
+    // The document logs its own saving-error state, at each state notice (with no model there
+    // is nothing it can write); the rest is the editor's.
+    QCOMPARE(analyticsEvents.contains(u"Gt_saving_error"_qs), saveFails || modelLost);
     analyticsEvents.removeAll(u"Gt_saving_error"_qs);
     QCOMPARE(analyticsEvents, events);
-    // The editor's tab is the document's again, with the rows that were edited.
+    if (modelLost)
+        return;
+    // The document keeps the rows that were edited.
     QVERIFY(document->tabData);
     QCOMPARE(document->tabData->tabRowDatas[0].colDatas[0].columnItems[3], note(12));
     QCOMPARE(document->tabData->title, renamed ? u"Renamed"_qs : u"Close"_qs);

@@ -1,4 +1,5 @@
 #include "library/fileversion.h"
+#include "library/tabedits.h"
 #include "library/tabfilenames.h"
 #include "model/tabfileformat.h"
 #include "library/lutegriddocument.h"
@@ -79,13 +80,11 @@ std::optional<TabData> readTab(const QString &path)
 }
 
 struct Listener : DocumentChangeListener {
-    QList<TabRowData> rows;
     int reloads = 0;
     int conflicts = 0;
     qsizetype lastVersionCount = -1;
     std::optional<TabData> reloaded;
 
-    QList<TabRowData> tabRows() const override { return rows; }
     void documentConflictDetected(const std::optional<QList<FileVersion>> &versions) override
     {
         ++conflicts;
@@ -161,22 +160,47 @@ private Q_SLOTS:
         QVERIFY(document.close());
     }
 
-    void saveTakesTheSurfaceRows()
+    // Edits change the document's own rows: its autosave writes them with an editor open or
+    // closed, and asks the editor for nothing.
+    void saveWritesWhatWasEdited()
     {
         const QString path = QDir(freshFolder(u"save"_qs)).filePath(u"Song.lgrdi"_qs);
         LutegridDocument document(path, tabWithNote(3));
+        document.autosaveDelay = 60000;
+        document.autosaveMaximumDelay = 60000;
         QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForCreating));
         QCOMPARE(firstFret(*readTab(path)), 3);
         QVERIFY(!document.documentState().testFlag(LutegridDocument::Closed));
 
+        // No editor.
+        TabEdits *edits = document.edits();
+        QVERIFY(edits->setColumnItem(0, 0, 0, ColumnItemType::note(7)));
+        QCoreApplication::processEvents(); // the step's group closes and marks the change
+        QVERIFY(document.hasUnsavedChanges());
+        QVERIFY(document.autosave());
+        QCOMPARE(firstFret(*readTab(path)), 7);
+
+        // An editor open: the same rows, the same save, and no call to it.
         Listener listener;
-        listener.rows = tabWithNote(12, 2).tabRowDatas;
         document.changeListener = &listener;
-        QVERIFY(document.saveToURL(path, LutegridDocument::SaveOperation::ForOverwriting));
-        const auto saved = readTab(path);
+        QVERIFY(edits->insertTabRow(1, TabRowData(16, 6)));
+        QVERIFY(edits->setColumnItem(1, 2, 5, ColumnItemType::note(12)));
+        QCoreApplication::processEvents();
+        QCOMPARE(document.changeCount(), 1);
+        QVERIFY(document.autosave());
+        auto saved = readTab(path);
         QCOMPARE(saved->tabRowDatas.size(), 2);
-        QCOMPARE(firstFret(*saved), 12);
-        QCOMPARE(document.tabData->tabRowDatas, listener.rows);
+        QCOMPARE(saved->tabRowDatas[1].colDatas[2].columnItems[5], ColumnItemType::note(12));
+        QCOMPARE(saved->tabRowDatas, document.tabData->tabRowDatas);
+        // Undone past the save, the older rows are unsaved work in their turn.
+        document.undoManager()->undo();
+        QVERIFY(document.hasUnsavedChanges());
+        QVERIFY(document.autosave());
+        saved = readTab(path);
+        QCOMPARE(saved->tabRowDatas.size(), 1);
+        QCOMPARE(firstFret(*saved), 7);
+        QCOMPARE(listener.reloads, 0);
+        QCOMPARE(listener.conflicts, 0);
         document.changeListener = nullptr;
         QVERIFY(document.close());
     }
@@ -334,8 +358,8 @@ private Q_SLOTS:
         document.autosaveMaximumDelay = 60000;
         Listener listener;
         QVERIFY(document.open());
-        listener.rows = tabWithNote(2).tabRowDatas;
         document.changeListener = &listener;
+        document.tabData->tabRowDatas = tabWithNote(2).tabRowDatas;
         document.updateChangeCount(LutegridDocument::ChangeKind::Done);
 
         QVERIFY(writeTab(path, 8));

@@ -15,14 +15,13 @@ using Kind = ColumnItemType::Kind;
 namespace {
 
 // Records what the surface tells its owner.
-struct Recorder : UndoListener, EditHighlightListener, TabRowChangeListener {
+struct Recorder : EditHighlightListener, TabRowChangeListener {
     int undoChanges = 0;
     QList<QPair<bool, bool>> highlightMoves;
     QList<double> widths;
     QList<QList<int>> positions;
     int itemChanges = 0;
     int lyricEdits = 0;
-    void undoStateChanged() override { ++undoChanges; }
     void editHighlightMoved(bool first, bool last) override
     {
         highlightMoves.append({first, last});
@@ -45,17 +44,19 @@ QList<TabRowData> makeRows(int rows, int columns, int strings = 6)
     return list;
 }
 
-// A surface of `rows` rows in a 400-point-high frame showing `shown` of them, with an undo
-// manager that makes each registration its own step.
+// A surface of `rows` rows in a 400-point-high frame showing `shown` of them, editing a tab of
+// its own with an undo manager that makes each registration its own step.
 struct Fixture {
     LgUndoManager undo;
+    TabData tab{QString(), 6};
+    TabEdits edits{&tab, &undo};
     TabEditView view;
     Recorder recorder;
     Fixture(int rows = 4, int columns = 32, int shown = 2, int strings = 6)
     {
         undo.groupsByEvent = false;
-        view.docUndoManager = &undo;
-        view.undoListener = &recorder;
+        view.setTabEdits(&edits);
+        QObject::connect(&undo, &LgUndoManager::changed, [this] { ++recorder.undoChanges; });
         view.editHighlightListener = &recorder;
         view.tabRowChangeListener = &recorder;
         view.stringNotes = standardStringNotes(strings);
@@ -63,7 +64,8 @@ struct Fixture {
         view.loadTabRows(makeRows(rows, columns, strings));
         view.setVisibleTabRowCount(shown);
     }
-    TabColumnData &column(int row, int col) { return view.tabRows[row].colDatas[col]; }
+    // Written behind the surface's back, as a test sets a tab up.
+    TabColumnData &column(int row, int col) { return tab.tabRowDatas[row].colDatas[col]; }
 };
 
 } // namespace
@@ -93,6 +95,7 @@ private Q_SLOTS:
     void undoRedoOfEveryEditKind_data();
     void undoRedoOfEveryEditKind();
     void undoBringsRowIntoView();
+    void viewsFollowTheChangeNotice();
     void chordNameRepeatRule_data();
     void chordNameRepeatRule();
     void barToggleDestroysAndUndoRestores();
@@ -139,7 +142,7 @@ void TestTabEditView::columnLimits()
         insert ? f.view.insertColumn(1, 4, TabColumnData(6)) : f.view.removeColumn(1, 4);
     QCOMPARE(result.value_or(QString()), message);
     if (!message.isEmpty()) {
-        QCOMPARE(f.view.tabRows, before);
+        QCOMPARE(f.view.tabRows.list(), before);
         QCOMPARE(f.view.numTabColumns, columns);
         QVERIFY(!f.undo.canUndo());
         return;
@@ -169,7 +172,7 @@ void TestTabEditView::removeColumnChecksEveryRowFirst()
     const QList<TabRowData> before = f.view.tabRows;
     QCOMPARE(f.view.removeColumn(0, 3).value_or(QString()),
              u"Can't remove column because of notes at end of tab row 3"_qs);
-    QCOMPARE(f.view.tabRows, before);
+    QCOMPARE(f.view.tabRows.list(), before);
 
     // The cursor row may hold a note at its end: it only shifts left.
     QVERIFY(!f.view.removeColumn(2, 3));
@@ -196,7 +199,7 @@ void TestTabEditView::insertColumnPadsOtherRowsAndUndoes()
     QTRY_COMPARE(f.view.editColumnHighlight->width(), 28.0);
 
     f.view.undoEdit();
-    QCOMPARE(f.view.tabRows, before);
+    QCOMPARE(f.view.tabRows.list(), before);
     QCOMPARE(f.view.numTabColumns, 16);
     f.view.redoEdit();
     QCOMPARE(f.view.numTabColumns, 17);
@@ -507,13 +510,13 @@ void TestTabEditView::undoRedoOfEveryEditKind()
     QVERIFY(after != before);
     QVERIFY(f.undo.canUndo());
     f.view.undoEdit();
-    QCOMPARE(f.view.tabRows, before);
+    QCOMPARE(f.view.tabRows.list(), before);
     QVERIFY(!f.undo.canUndo());
     f.view.redoEdit();
-    QCOMPARE(f.view.tabRows, after);
+    QCOMPARE(f.view.tabRows.list(), after);
     QVERIFY(!f.undo.canRedo());
     f.view.undoEdit();
-    QCOMPARE(f.view.tabRows, before);
+    QCOMPARE(f.view.tabRows.list(), before);
     // The shown views follow the model.
     for (int i = 0; i < f.view.showingCount(); ++i) {
         for (int j = 0; j < 20; ++j)
@@ -532,6 +535,44 @@ void TestTabEditView::undoBringsRowIntoView()
     f.view.undoEdit();
     QCOMPARE(f.view.tabRowIndex, 8);
     QVERIFY(f.view.tabRows[8].colDatas[2].isAllBlank());
+}
+
+void TestTabEditView::viewsFollowTheChangeNotice()
+{
+    Fixture f(4, 16, 2);
+    QSignalSpy spy(&f.view, &TabEditView::columnsNeedRender);
+    QCoreApplication::processEvents();
+    spy.clear();
+    // Edits made on the tab itself, as another view of the same document makes them.
+    QVERIFY(f.edits.setColumnItem(1, 5, 2, ColumnItemType::note(9)));
+    QCOMPARE(f.view.showingTabRows[1].tabColumnViews[5].tabColData,
+             f.tab.tabRowDatas[1].colDatas[5]);
+    QVERIFY(f.edits.setColumnChordName(0, 4, u"Dm"_qs));
+    QCOMPARE(f.view.showingTabRows[0].chordNamesDisplay.chordNames[4],
+             std::optional<QString>(u"Dm"_qs));
+    QVERIFY(f.edits.insertLyricLine(1, 0, u"la la"_qs));
+    QCOMPARE(f.view.showingTabRows[1].lyricsField.text, u"la la"_qs);
+    QCoreApplication::processEvents();
+    // One render per changed column, a name being part of its column.
+    QCOMPARE(spy.size(), 2);
+    QCOMPARE(spy[0].at(0).toInt(), 0);
+    QCOMPARE(spy[0].at(1).value<QList<int>>(), QList<int>({4}));
+    QCOMPARE(spy[1].at(0).toInt(), 1);
+    QCOMPARE(spy[1].at(1).value<QList<int>>(), QList<int>({5}));
+
+    // A second surface on the same tab shows the first one's edits, and shares its steps.
+    TabEditView other;
+    other.setTabEdits(&f.edits);
+    other.stringNotes = standardStringNotes(6);
+    other.setFrameSize(QSizeF(800, 400));
+    other.loadTabRows();
+    other.setVisibleTabRowCount(2);
+    f.view.setColumnItemAt(0, 2, 0, ColumnItemType::note(4), false);
+    QCOMPARE(other.showingTabRows[0].tabColumnViews[2].tabColData.columnItems[0],
+             ColumnItemType::note(4));
+    other.undoEdit();
+    QVERIFY(f.view.showingTabRows[0].tabColumnViews[2].tabColData.isAllBlank());
+    QVERIFY(other.showingTabRows[0].tabColumnViews[2].tabColData.isAllBlank());
 }
 
 void TestTabEditView::chordNameRepeatRule_data()
@@ -590,7 +631,7 @@ void TestTabEditView::renderGateMarksOnlyChangedColumns()
     QList<TabRowData> rows = f.view.tabRows;
     rows[1].colDatas[7].setColumnItem(0, ColumnItemType::note(4));
     rows[1].colDatas[9].chordName = u"F"_qs;
-    f.view.tabRows = rows;
+    f.tab.tabRowDatas = rows;
     f.view.refreshShowingRows(false);
     f.view.refreshShowingRows(false);
     QVERIFY(spy.isEmpty()); // queued: one render for many changes

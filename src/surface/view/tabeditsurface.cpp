@@ -15,13 +15,15 @@
 
 TabEditSurface::TabEditSurface(QQuickItem *parent)
     : QQuickItem(parent), editView(new TabEditView(this)),
-      ownUndo(std::make_unique<LgUndoManager>())
+      ownUndo(std::make_unique<LgUndoManager>()),
+      ownTab(std::make_unique<TabData>(editView->tab())),
+      ownEdits(std::make_unique<TabEdits>(ownTab.get(), ownUndo.get()))
 {
     SurfaceFonts::load();
     setAcceptTouchEvents(true);
     setAcceptedMouseButtons(Qt::LeftButton);
     setClip(true);
-    editView->docUndoManager = ownUndo.get();
+    editView->setTabEdits(ownEdits.get());
     // Standing alone (the demo page) it follows the app's settings; an editor hands its own.
     editView->settings.hideColHeaders = SavedData::shared().hideColHeaders;
     editView->settings.notesOnTab = SavedData::shared().notesOnTab;
@@ -39,7 +41,7 @@ TabEditSurface::TabEditSurface(QQuickItem *parent)
 TabEditSurface::~TabEditSurface()
 {
     if (editView)
-        editView->docUndoManager = nullptr;
+        editView->setTabEdits(nullptr);
 }
 
 qreal TabEditSurface::contentWidth() const

@@ -121,6 +121,9 @@ private:
 
     QPointer<TabEditView> editView;
     std::unique_ptr<LgUndoManager> ownUndo;
+    // Standing alone, the surface edits a tab of its own through the same edits as a document's.
+    std::unique_ptr<TabData> ownTab;
+    std::unique_ptr<TabEdits> ownEdits;
     int wantedRows = 0;
     int trackedTouchId = -1;
     QPointF pressPosition;

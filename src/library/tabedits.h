@@ -1,0 +1,108 @@
+#pragma once
+
+#include "model/tabdata.h"
+#include "services/lgundomanager.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+// What one edit changed, so that views redraw only that.
+struct TabChange {
+    enum class Kind {
+        // The items or chord names of `columns` in `row`.
+        Columns,
+        // The lyric lines of `row`, or which of them is selected.
+        Lyrics,
+        // A column was inserted at columns[0] of `row`; every other row grew by a blank column
+        // at its end.
+        ColumnInserted,
+        // The column at columns[0] of `row` went; every other row lost its last column.
+        ColumnRemoved,
+        // Row `row` is new.
+        RowInserted,
+        // Row `row` went.
+        RowRemoved,
+        // Blank rows were added at the end, from `row` on, with no undo step.
+        RowsAppended,
+        // Every row was replaced, with no undo step.
+        Rows,
+    };
+    Kind kind = Kind::Rows;
+    int row = -1;
+    QList<int> columns;
+    // Made by an undo or a redo rather than by the user's own edit.
+    bool undoing = false;
+
+    bool rowsInserted() const { return kind == Kind::RowInserted || kind == Kind::RowsAppended; }
+    bool rowsRemoved() const { return kind == Kind::RowRemoved; }
+};
+
+// Every edit of a tab's rows. Each writes the model, registers its inverse on the undo manager
+// (which marks the document changed) and tells who listens what changed. The inverses capture
+// this object and plain values, never a view, so undo works whatever is on screen. Operations
+// that can be refused return a message, and nothing has changed when one comes back.
+class TabEdits : public QObject {
+    Q_OBJECT
+
+public:
+    using Message = std::optional<QString>;
+
+    static constexpr int minNumTabColumns = 12;
+    static constexpr int maxNumTabColumns = 64;
+
+    // Neither is owned. Without a tab every edit does nothing.
+    TabEdits(TabData *tab, LgUndoManager *undoManager, QObject *parent = nullptr);
+
+    TabData *tab() const { return tabData; }
+    void setTab(TabData *tab) { tabData = tab; }
+    LgUndoManager *undoManager() const { return undo; }
+    // The rows, empty without a tab.
+    const QList<TabRowData> &rows() const;
+    int columnCount() const;
+
+    // Shape.
+    Message insertColumn(int row, int column, const TabColumnData &columnData);
+    Message removeColumn(int row, int column);
+    bool insertTabRow(int index, const TabRowData &rowData);
+    bool removeTabRow(int index);
+
+    // Column items. Each answers whether anything changed.
+    bool setColumnItem(int row, int column, int itemIndex, const ColumnItemType &item);
+    bool replaceColumn(int row, int column, const TabColumnData &newColumn);
+    bool setColumnChordName(int row, int column, const std::optional<QString> &name);
+    bool moveStringItems(int fromItem, int toItem, int row);
+
+    // A press in progress writes its column live with no step; commitColumn makes the whole
+    // press one step back to `before`.
+    bool previewColumn(int row, int column, const TabColumnData &data);
+    bool commitColumn(int row, int column, const TabColumnData &before);
+
+    // Lyric lines. Selecting a line is no edit and has no step.
+    bool setLyricLine(int row, int line, const QString &text);
+    bool insertLyricLine(int row, int line, const QString &text);
+    bool removeLyricLine(int row, int line);
+    bool selectLyricLine(int row, int line);
+
+    // Rows from outside the undo stack, as on loading, and blank padding at the end.
+    void replaceRows(const QList<TabRowData> &rows);
+    void appendBlankRows(int count, int columns, int strings);
+
+Q_SIGNALS:
+    void tabChanged(const TabChange &change);
+
+private:
+    bool validColumn(int row, int column) const;
+    void writeColumn(int row, int column, const TabColumnData &data);
+    bool setLyricLines(int row, const QStringList &lines, int selected);
+    void registerInverse(std::function<void(TabEdits &)> inverse);
+    void notify(TabChange::Kind kind, int row, QList<int> columns = {});
+
+    TabData *tabData;
+    QPointer<LgUndoManager> undo;
+};

@@ -1,0 +1,318 @@
+#include "library/tabedits.h"
+#include "services/lgundomanager.h"
+#include "testmain.h"
+
+#include <QSignalSpy>
+
+#include <functional>
+#include <memory>
+
+using Kind = ColumnItemType::Kind;
+using ChangeKind = TabChange::Kind;
+
+namespace {
+
+// A tab of 4 rows of 20 columns on six strings with something in every row, edited with an
+// undo manager that makes each registration its own step.
+struct Tab {
+    LgUndoManager undo;
+    TabData data{u"Tab"_qs, 6};
+    TabEdits edits{&data, &undo};
+    QList<TabChange> changes;
+
+    explicit Tab(int columns = 20)
+    {
+        undo.groupsByEvent = false;
+        data.tabRowDatas = QList<TabRowData>(4, TabRowData(columns, 6));
+        for (int r = 0; r < 4; ++r) {
+            data.tabRowDatas[r].colDatas[3].setColumnItem(1, ColumnItemType::note(r + 2));
+            data.tabRowDatas[r].colDatas[3].chordName = u"E%1"_qs.arg(r);
+        }
+        data.tabRowDatas[1].lyricLines = {u"one"_qs, u"two"_qs};
+        QObject::connect(&edits, &TabEdits::tabChanged,
+                         [this](const TabChange &change) { changes.append(change); });
+    }
+};
+
+struct EditKind {
+    const char *name;
+    std::function<bool(TabEdits &)> edit;
+    ChangeKind kind;
+    int row;
+    QList<int> columns;
+};
+
+QList<int> allColumns(int count)
+{
+    QList<int> columns;
+    for (int c = 0; c < count; ++c)
+        columns.append(c);
+    return columns;
+}
+
+const QList<EditKind> &everyEditKind()
+{
+    static const QList<ColumnItemType> chord(6, ColumnItemType::note(2));
+    static const QList<EditKind> kinds = {
+        {"item",
+         [](TabEdits &e) { return e.setColumnItem(2, 5, 0, ColumnItemType::note(7)); },
+         ChangeKind::Columns,
+         2,
+         {5}},
+        {"mark over a note",
+         [](TabEdits &e) { return e.setColumnItem(1, 3, 1, ColumnItemType(Kind::vibrato)); },
+         ChangeKind::Columns,
+         1,
+         {3}},
+        {"bar",
+         [](TabEdits &e) { return e.setColumnItem(0, 5, 4, ColumnItemType::bar()); },
+         ChangeKind::Columns,
+         0,
+         {5}},
+        {"whole column",
+         [](TabEdits &e) { return e.replaceColumn(3, 3, TabColumnData(chord, u"G"_qs)); },
+         ChangeKind::Columns,
+         3,
+         {3}},
+        {"chord name",
+         [](TabEdits &e) { return e.setColumnChordName(2, 3, std::nullopt); },
+         ChangeKind::Columns,
+         2,
+         {3}},
+        {"new chord name",
+         [](TabEdits &e) { return e.setColumnChordName(0, 9, u"Am"_qs); },
+         ChangeKind::Columns,
+         0,
+         {9}},
+        {"string moved", [](TabEdits &e) { return e.moveStringItems(1, 4, 1); },
+         ChangeKind::Columns, 1, allColumns(20)},
+        {"column inserted",
+         [](TabEdits &e) { return !e.insertColumn(1, 3, TabColumnData(chord)); },
+         ChangeKind::ColumnInserted,
+         1,
+         {3}},
+        {"column removed",
+         [](TabEdits &e) { return !e.removeColumn(2, 3); },
+         ChangeKind::ColumnRemoved,
+         2,
+         {3}},
+        {"row inserted",
+         [](TabEdits &e) { return e.insertTabRow(2, TabRowData(20, 6)); },
+         ChangeKind::RowInserted,
+         2,
+         {}},
+        {"row removed",
+         [](TabEdits &e) { return e.removeTabRow(1); },
+         ChangeKind::RowRemoved,
+         1,
+         {}},
+        {"lyric typed",
+         [](TabEdits &e) { return e.setLyricLine(0, 0, u"la"_qs); },
+         ChangeKind::Lyrics,
+         0,
+         {}},
+        {"lyric line changed",
+         [](TabEdits &e) { return e.setLyricLine(1, 1, u"TWO"_qs); },
+         ChangeKind::Lyrics,
+         1,
+         {}},
+        {"lyric line added",
+         [](TabEdits &e) { return e.insertLyricLine(1, 1, u"new"_qs); },
+         ChangeKind::Lyrics,
+         1,
+         {}},
+        {"lyric line removed",
+         [](TabEdits &e) { return e.removeLyricLine(1, 0); },
+         ChangeKind::Lyrics,
+         1,
+         {}},
+    };
+    return kinds;
+}
+
+} // namespace
+
+class TestTabEdits : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyEditUndoesAndRedoes_data();
+    void everyEditUndoesAndRedoes();
+    void pressIsOneStep();
+    void barUndoFollowsTheBarRule();
+    void refusalsChangeNothing();
+    void columnShapeKeepsRowsEven();
+    void stepsOutliveNoEdits();
+};
+
+void TestTabEdits::everyEditUndoesAndRedoes_data()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < everyEditKind().size(); ++i)
+        QTest::newRow(everyEditKind()[i].name) << i;
+}
+
+// Do, undo, compare with the snapshot, redo, compare again; the notice names the place.
+void TestTabEdits::everyEditUndoesAndRedoes()
+{
+    QFETCH(int, index);
+    const EditKind &kind = everyEditKind()[index];
+    Tab tab;
+    const TabData before = tab.data;
+
+    QVERIFY(kind.edit(tab.edits));
+    const TabData after = tab.data;
+    QVERIFY(after != before);
+    QCOMPARE(tab.changes.size(), 1);
+    QCOMPARE(tab.changes[0].kind, kind.kind);
+    QCOMPARE(tab.changes[0].row, kind.row);
+    QCOMPARE(tab.changes[0].columns, kind.columns);
+    QVERIFY(!tab.changes[0].undoing);
+    QCOMPARE(tab.changes[0].rowsInserted(), kind.kind == ChangeKind::RowInserted);
+    QCOMPARE(tab.changes[0].rowsRemoved(), kind.kind == ChangeKind::RowRemoved);
+
+    QVERIFY(tab.undo.canUndo());
+    tab.undo.undo();
+    QCOMPARE(tab.data, before);
+    QVERIFY(!tab.undo.canUndo());
+    QVERIFY(tab.changes.last().undoing);
+    QCOMPARE(tab.changes.last().row, kind.row);
+
+    tab.undo.redo();
+    QCOMPARE(tab.data, after);
+    QVERIFY(!tab.undo.canRedo());
+    QVERIFY(tab.changes.last().undoing);
+    tab.undo.undo();
+    QCOMPARE(tab.data, before);
+    // Every rows' count of columns stays even.
+    for (const TabRowData &row : std::as_const(tab.data.tabRowDatas))
+        QCOMPARE(row.colDatas.size(), before.tabRowDatas.first().colDatas.size());
+}
+
+void TestTabEdits::pressIsOneStep()
+{
+    Tab tab;
+    const TabData before = tab.data;
+    const TabColumnData snapshot = tab.data.tabRowDatas[0].colDatas[5];
+    TabColumnData pressed = snapshot;
+    pressed.setColumnItem(0, ColumnItemType::note(3));
+    QVERIFY(tab.edits.previewColumn(0, 5, pressed));
+    pressed.setColumnItem(5, ColumnItemType::note(0));
+    QVERIFY(tab.edits.previewColumn(0, 5, pressed));
+    // Written live with no step until the press ends.
+    QVERIFY(!tab.undo.canUndo());
+    QCOMPARE(tab.changes.size(), 2);
+    QVERIFY(tab.edits.commitColumn(0, 5, snapshot));
+    const TabData after = tab.data;
+    tab.undo.undo();
+    QCOMPARE(tab.data, before);
+    QVERIFY(!tab.undo.canUndo());
+    tab.undo.redo();
+    QCOMPARE(tab.data, after);
+
+    // A press that ends where it began leaves no step.
+    const TabColumnData again = tab.data.tabRowDatas[0].colDatas[6];
+    pressed = again;
+    pressed.setColumnItem(2, ColumnItemType::note(5));
+    tab.edits.previewColumn(0, 6, pressed);
+    tab.edits.previewColumn(0, 6, again);
+    QVERIFY(!tab.edits.commitColumn(0, 6, again));
+    QVERIFY(!tab.undo.canRedo() && tab.undo.canUndo());
+    tab.undo.undo();
+    QCOMPARE(tab.data, before);
+    QVERIFY(!tab.undo.canUndo());
+}
+
+void TestTabEdits::barUndoFollowsTheBarRule()
+{
+    // The undo writes the one cell typed on back, through the bar rule: the cells that the bar
+    // filled stay blank, whatever they held. Undoing a write into a bar column fills it again.
+    Tab tab;
+    QVERIFY(tab.edits.setColumnItem(0, 3, 4, ColumnItemType::bar()));
+    QVERIFY(tab.data.tabRowDatas[0].colDatas[3].hasBar());
+    QVERIFY(tab.edits.setColumnItem(0, 3, 0, ColumnItemType::note(1)));
+    QVERIFY(!tab.data.tabRowDatas[0].colDatas[3].hasBar());
+    tab.undo.undo();
+    QCOMPARE(tab.data.tabRowDatas[0].colDatas[3].columnItems,
+             QList<ColumnItemType>(6, ColumnItemType::bar()));
+    tab.undo.undo();
+    QVERIFY(tab.data.tabRowDatas[0].colDatas[3].isAllBlank());
+}
+
+void TestTabEdits::refusalsChangeNothing()
+{
+    Tab full(64);
+    TabData before = full.data;
+    QCOMPARE(full.edits.insertColumn(0, 0, TabColumnData(6)).value_or(QString()),
+             u"Maximum column count 64"_qs);
+    Tab narrow(13);
+    QCOMPARE(narrow.edits.removeColumn(0, 0).value_or(QString()), u"Minimum column count 12"_qs);
+
+    // Every other row is looked at before anything changes; a chord name counts as content.
+    Tab tab;
+    tab.data.tabRowDatas[2].colDatas[19].chordName = u"Am"_qs;
+    before = tab.data;
+    QCOMPARE(tab.edits.removeColumn(0, 3).value_or(QString()),
+             u"Can't remove column because of notes at end of tab row 3"_qs);
+    // The same item, name or column again is no edit.
+    QVERIFY(!tab.edits.setColumnItem(1, 3, 1, ColumnItemType::note(3)));
+    QVERIFY(!tab.edits.setColumnChordName(1, 3, u"E1"_qs));
+    QVERIFY(!tab.edits.replaceColumn(1, 3, tab.data.tabRowDatas[1].colDatas[3]));
+    QVERIFY(!tab.edits.setLyricLine(1, 0, u"one"_qs));
+    // Out of range is no edit either.
+    QVERIFY(!tab.edits.setColumnItem(9, 0, 0, ColumnItemType::note(1)));
+    QVERIFY(!tab.edits.setColumnItem(0, 0, 6, ColumnItemType::note(1)));
+    QVERIFY(!tab.edits.insertTabRow(5, TabRowData(20, 6)));
+    QVERIFY(!tab.edits.removeTabRow(4));
+    QVERIFY(!tab.edits.moveStringItems(0, 6, 0));
+    QVERIFY(!tab.edits.removeLyricLine(1, 2));
+    QCOMPARE(tab.data, before);
+    QVERIFY(!tab.undo.canUndo() && !full.undo.canUndo() && !narrow.undo.canUndo());
+    QVERIFY(tab.changes.isEmpty());
+
+    // Choosing a lyric line is told but is no step; neither are loading and padding.
+    QVERIFY(tab.edits.selectLyricLine(1, 1));
+    QCOMPARE(tab.data.tabRowDatas[1].lyricText(), u"two"_qs);
+    tab.edits.appendBlankRows(2, 20, 6);
+    QCOMPARE(tab.data.tabRowDatas.size(), 6);
+    QCOMPARE(tab.changes.last().kind, ChangeKind::RowsAppended);
+    QCOMPARE(tab.changes.last().row, 4);
+    tab.edits.replaceRows({TabRowData(16, 6)});
+    QCOMPARE(tab.edits.columnCount(), 16);
+    QVERIFY(!tab.undo.canUndo());
+}
+
+void TestTabEdits::columnShapeKeepsRowsEven()
+{
+    Tab tab;
+    const TabColumnData moved = tab.data.tabRowDatas[1].colDatas[3];
+    QVERIFY(!tab.edits.insertColumn(1, 3, TabColumnData(6)));
+    QCOMPARE(tab.data.tabRowDatas[1].colDatas[4], moved);
+    // The other rows keep their music where it was and grow at their end.
+    QCOMPARE(tab.data.tabRowDatas[2].colDatas[3].columnItems[1], ColumnItemType::note(4));
+    QVERIFY(tab.data.tabRowDatas[2].colDatas[20].isAllBlank());
+    // Undoing a removal at the maximum is refused quietly and the step is spent.
+    Tab full(64);
+    QVERIFY(!full.edits.removeColumn(0, 0));
+    full.edits.replaceRows(QList<TabRowData>(2, TabRowData(64, 6)));
+    full.undo.undo();
+    QCOMPARE(full.edits.columnCount(), 64);
+    QVERIFY(!full.undo.canUndo());
+}
+
+void TestTabEdits::stepsOutliveNoEdits()
+{
+    // The steps hold the edits, not a view: once the edits are gone they do nothing.
+    LgUndoManager undo;
+    undo.groupsByEvent = false;
+    TabData data(u"Tab"_qs, 6);
+    data.tabRowDatas = {TabRowData(16, 6)};
+    auto edits = std::make_unique<TabEdits>(&data, &undo);
+    QVERIFY(edits->setColumnItem(0, 0, 0, ColumnItemType::note(1)));
+    edits.reset();
+    undo.undo();
+    QCOMPARE(data.tabRowDatas[0].colDatas[0].columnItems[0], ColumnItemType::note(1));
+}
+
+LUTEGRID_TEST_MAIN(TestTabEdits)
+#include "tst_tabedits.moc"
