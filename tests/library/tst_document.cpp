@@ -6,6 +6,7 @@
 #include "services/lgundomanager.h"
 #include "tablisting.h"
 #include "testmain.h"
+#include "undocounter.h"
 
 #include <QDir>
 #include <QFile>
@@ -107,19 +108,6 @@ void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const Q
     else if (previousHandler)
         previousHandler(type, context, message);
 }
-
-// A tiny model edited the way the surface edits: each change registers its inverse.
-struct Counter {
-    LgUndoManager *manager;
-    QList<int> values;
-
-    void set(int index, int value)
-    {
-        const int old = values[index];
-        values[index] = value;
-        manager->registerUndo([this, index, old] { set(index, old); });
-    }
-};
 
 } // namespace
 

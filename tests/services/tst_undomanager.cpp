@@ -1,22 +1,9 @@
 #include "services/lgundomanager.h"
 #include "testmain.h"
+#include "undocounter.h"
 
 #include <QDir>
 #include <QSignalSpy>
-
-// A tiny model edited the way the surface edits: each change registers its inverse, which
-// goes through the same operation and so registers the redo.
-struct Counter {
-    LgUndoManager *manager;
-    QList<int> values;
-
-    void set(int index, int value)
-    {
-        const int old = values[index];
-        values[index] = value;
-        manager->registerUndo([this, index, old] { set(index, old); });
-    }
-};
 
 class TestUndoManager : public QObject {
     Q_OBJECT
