@@ -3,6 +3,7 @@
 #include "sound/soundmanager.h"
 #include "sound/soundoutput.h"
 #include "surface/fretboard.h"
+#include "analyticscapture.h"
 #include "testmain.h"
 
 #include <QDir>
@@ -36,17 +37,6 @@ struct Board {
 ColumnItemType note(qint64 fret)
 {
     return ColumnItemType::note(fret);
-}
-
-QStringList analyticsEvents;
-QtMessageHandler previousHandler = nullptr;
-
-void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (context.category && QByteArrayView(context.category) == "lutegrid.analytics")
-        analyticsEvents.append(message);
-    else if (previousHandler)
-        previousHandler(type, context, message);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "library/lutegriddocument.h"
 #include "services/lgundomanager.h"
 #include "tablisting.h"
+#include "analyticscapture.h"
 #include "testmain.h"
 #include "undocounter.h"
 
@@ -97,17 +98,6 @@ struct Listener : DocumentChangeListener {
         reloaded = tabData;
     }
 };
-
-QStringList analyticsEvents;
-QtMessageHandler previousHandler = nullptr;
-
-void captureAnalytics(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (context.category && QByteArrayView(context.category) == "lutegrid.analytics")
-        analyticsEvents.append(message);
-    else if (previousHandler)
-        previousHandler(type, context, message);
-}
 
 } // namespace
 
