@@ -1,9 +1,9 @@
-#include "services/cloudkeyvaluestore.h"
 #include "library/icloudmanager.h"
-#include "model/tabfileformat.h"
-#include "shell/appmanager.h"
 #include "library/lutegriddocument.h"
+#include "model/tabfileformat.h"
+#include "services/cloudkeyvaluestore.h"
 #include "services/saveddata.h"
+#include "shell/appmanager.h"
 #include "shell/tabopenflow.h"
 #include "testfiles.h"
 #include "testmain.h"
@@ -165,9 +165,13 @@ private Q_SLOTS:
         writeTab(u"New.lgrdi"_qs, now.addDays(-1));
         writeTab(u"Middle.lgrd"_qs, now.addDays(-2));
         writeTab(u".Cloud.lgrdi.icloud"_qs, now.addDays(-4));
+        // Names that begin with "~" or "." are tabs too.
+        writeTab(u"~Tilde.lgrdi"_qs, now.addDays(-5));
+        writeTab(u".Hidden.lgrdi"_qs, now.addDays(-6));
         for (const QString &notListed :
-             {u"Song.txt"_qs, u".syncthing.New.lgrdi.tmp"_qs, u"~New.lgrdi"_qs,
-              u".~lg.New.lgrdi.abc.tmp"_qs, u"New.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs})
+             {u"Song.txt"_qs, u".syncthing.New.lgrdi.tmp"_qs, u"~syncthing~New.lgrdi.tmp"_qs,
+              u".~lg.New.lgrdi.abc.tmp"_qs, u".New.lgrdi.Xb3k9q"_qs,
+              u"New.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs})
             writeTab(notListed);
         QVERIFY(QDir(storage()).mkdir(u"Folder.lgrd"_qs));
         manager->setTabTags(u"New"_qs, {u"rock"_qs});
@@ -180,10 +184,13 @@ private Q_SLOTS:
         LutegridDocument *kept = manager->documentFor(QDir(storage()).filePath(u"Old.lgrdi"_qs));
         manager->refreshTabs();
 
-        QCOMPARE(manager->existingTabPaths, QStringList({u"New.lgrdi"_qs, u"Middle.lgrd"_qs,
-                                                         u"Old.lgrdi"_qs, u"Cloud.lgrdi"_qs}));
+        QCOMPARE(manager->existingTabPaths,
+                 QStringList({u"New.lgrdi"_qs, u"Middle.lgrd"_qs, u"Old.lgrdi"_qs,
+                              u"Cloud.lgrdi"_qs, u"~Tilde.lgrdi"_qs, u".Hidden.lgrdi"_qs}));
         QCOMPARE(list.lists.size(), 1);
         const QList<TabUrlInfo> tabs = *list.lists[0];
+        QCOMPARE(tabs[4].plainName(), u"~Tilde"_qs);
+        QCOMPARE(tabs[5].plainName(), u".Hidden"_qs);
         QCOMPARE(tabs[0].tags, QStringList{u"rock"_qs});
         QCOMPARE(tabs[3].unmodifiedTabPath, u".Cloud.lgrdi.icloud"_qs);
         QCOMPARE(tabs[3].plainName(), u"Cloud"_qs);
