@@ -301,6 +301,14 @@ private Q_SLOTS:
         QVERIFY(document->open());
         QCOMPARE(flow.openTab(u"Busy.lgrdi"_qs), TabOpenFlow::Outcome::Waiting);
         QCOMPARE(flow.tabOpenStatusCheckerCount, 1);
+        // A cancelled wait takes its dialog along, and the next long wait shows one again.
+        QTRY_VERIFY(flow.standbyShown());
+        QCOMPARE(screen.standbyShown, 2);
+        flow.stop();
+        QVERIFY(!flow.standbyShown());
+        QVERIFY(!flow.waiting());
+        QCOMPARE(flow.openTab(u"Busy.lgrdi"_qs), TabOpenFlow::Outcome::Waiting);
+        QTRY_COMPARE(screen.standbyShown, 3);
         flow.stop();
         document->close();
     }
@@ -317,6 +325,10 @@ private Q_SLOTS:
         writeFile(QDir(storage()).filePath(u"Broken.lgrdi"_qs), "not a tab");
         QCOMPARE(flow.openTab(u"Broken.lgrdi"_qs), TabOpenFlow::Outcome::Failed);
         QCOMPARE(screen.messages.last(), u"Unable to open tab."_qs);
+        // The failed document is closed again: a second touch tries afresh, with no waiting.
+        QCOMPARE(flow.openTab(u"Broken.lgrdi"_qs), TabOpenFlow::Outcome::Failed);
+        QVERIFY(!flow.waiting());
+        QCOMPARE(screen.messages.size(), 3);
         QCOMPARE(flow.openTab(u"Missing.lgrdi"_qs), TabOpenFlow::Outcome::Failed);
 
         // A tab being edited in another window brings that window forward instead.
