@@ -89,27 +89,26 @@ EditorScreenItem {
             }
         }
 
-        // The row pan: a vertical drag over the rows moves by one row at most.
-        Item {
-            anchors.fill: parent
-            DragHandler {
-                id: rowPan
-                target: null
-                xAxis.enabled: false
-                enabled: screen.c !== null && !screen.c.freeScroll
-                property bool taken: false
-                onActiveChanged: {
-                    if (active) {
-                        taken = screen.c.panBegan(centroid.pressPosition.x - area.x + area.contentX,
-                                                  centroid.pressPosition.y)
-                    } else if (taken) {
-                        taken = false
-                        screen.c.panEnded(centroid.velocity.y)
-                    }
+        // The row pan: a vertical drag over the rows moves by one row at most. It belongs to
+        // the region, not to an item over the rows: the rows see every press first, and the
+        // pan watches and takes the drag over once it runs vertically.
+        DragHandler {
+            id: rowPan
+            target: null
+            xAxis.enabled: false
+            enabled: screen.c !== null && !screen.c.freeScroll
+            property bool taken: false
+            onActiveChanged: {
+                if (active) {
+                    taken = screen.c.panBegan(centroid.pressPosition.x - area.x + area.contentX,
+                                              centroid.pressPosition.y)
+                } else if (taken) {
+                    taken = false
+                    screen.c.panEnded(centroid.velocity.y)
                 }
-                onTranslationChanged: if (taken) screen.c.panChanged(translation.y)
-                onCanceled: if (taken) { taken = false; screen.c.panCancelled() }
             }
+            onTranslationChanged: if (taken) screen.c.panChanged(translation.y)
+            onCanceled: if (taken) { taken = false; screen.c.panCancelled() }
         }
 
         // The scroll indicator, which a finger can drag.
