@@ -881,6 +881,7 @@ void TestApp::rightClickOpensNoteMenu()
 void TestApp::lyricTypingReachesTheFile()
 {
     QVERIFY(openEditor());
+    c->lgDocument->autosaveDelay = 50;
     LgUndoManager *undo = c->lgDocument->undoManager();
     QQuickItem *field = item(u"lyricsField0"_qs);
     QVERIFY(field);
@@ -919,7 +920,13 @@ void TestApp::lyricTypingReachesTheFile()
     QTest::keyClick(window.get(), Qt::Key_Return);
     QCOMPARE(view->tabRows[0].lyricText(), std::optional<QString>(u"la la la"_qs));
 
-    // The document saves it.
+    // The document saves it on its own, and again as the editor closes.
+    auto savedLyric = [] {
+        const auto saved = readTab(u"Untitled 1.lgrdi"_qs);
+        return saved && !saved->tabRowDatas.isEmpty() ? saved->tabRowDatas[0].lyricText()
+                                                      : std::nullopt;
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(savedLyric(), std::optional<QString>(u"la la la"_qs), 5000);
     tapAndSettle(u"backButton"_qs);
     const auto saved = readTab(u"Untitled 1.lgrdi"_qs);
     QVERIFY(saved);
