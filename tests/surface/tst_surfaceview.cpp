@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
+#include <QWheelEvent>
 
 Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
 
@@ -235,6 +236,23 @@ void TestSurfaceView::mouseDragScrollsSideways()
     // The drag moved nothing but the view.
     QVERIFY(!view->noteContextMenu);
     QVERIFY(!surface->canUndo());
+
+    // A wheel turned sideways, or with Shift, scrolls by two columns a notch.
+    auto wheel = [&](QPoint angle, Qt::KeyboardModifiers modifiers) {
+        const QPointF at(start);
+        QWheelEvent event(at, window->mapToGlobal(at), QPoint(), angle, Qt::NoButton, modifiers,
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(window.get(), &event);
+    };
+    const double dragged = view->contentOffset.x();
+    wheel(QPoint(-120, 0), Qt::NoModifier);
+    QCOMPARE(view->contentOffset.x(), dragged + 50);
+    wheel(QPoint(0, 240), Qt::ShiftModifier);
+    QCOMPARE(view->contentOffset.x(), dragged - 50);
+    // Up and down leave the paged rows where they are.
+    wheel(QPoint(0, -120), Qt::NoModifier);
+    QCOMPARE(view->contentOffset.x(), dragged - 50);
+    QCOMPARE(view->contentOffset.y(), 0.0);
 }
 
 void TestSurfaceView::typedLyricsReachTheRow()

@@ -119,6 +119,7 @@ protected:
     void touchUngrabEvent() override;
     void mouseUngrabEvent() override;
     void hoverMoveEvent(QHoverEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
     bool childMouseEventFilter(QQuickItem *item, QEvent *event) override;
 
 private:

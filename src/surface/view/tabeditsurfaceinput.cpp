@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QQuickWindow>
 #include <QTouchEvent>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +22,9 @@ using State = ForceLongPressGestureRecognizer::State;
 
 // Past this a press is a drag, as the held-note recogniser sees it too.
 constexpr double dragDistance = ForceLongPressGestureRecognizer::allowableMovement;
+
+// One notch of a wheel scrolls two columns.
+constexpr double wheelNotchDistance = 2 * TabEditView::tabColumnWidth;
 
 } // namespace
 
@@ -271,4 +275,28 @@ void TabEditSurface::hoverMoveEvent(QHoverEvent *event)
 {
     if (clickMenu && noteMenuOpen())
         editView->handleForceTouch(State::changed, toContent(event->position()));
+}
+
+void TabEditSurface::wheelEvent(QWheelEvent *event)
+{
+    // A touchpad gives pixels; a wheel gives notches of 120, and with Shift turns sideways.
+    QPointF delta = event->pixelDelta();
+    if (delta.isNull())
+        delta = QPointF(event->angleDelta()) / 120.0 * wheelNotchDistance;
+    if (delta.x() == 0 && event->modifiers().testFlag(Qt::ShiftModifier))
+        delta = QPointF(delta.y(), 0);
+    // Up and down belong to the editor while it pages through rows.
+    if (!editView->freeVerticalScroll)
+        delta.setY(0);
+    const double maxX = std::max(0.0, contentWidth() - width());
+    const double maxY = std::max(0.0, editView->contentSize.height() - height());
+    const QPointF from = editView->contentOffset;
+    const QPointF to(std::clamp(from.x() - delta.x(), std::min(from.x(), 0.0), maxX),
+                     std::clamp(from.y() - delta.y(), std::min(from.y(), 0.0), maxY));
+    if (delta.isNull() || to == from) {
+        event->ignore();
+        return;
+    }
+    editView->setContentOffset(to);
+    event->accept();
 }
