@@ -31,7 +31,10 @@ QString tabPathForEntry(QStringView entryName)
 
 bool isTemporaryName(QStringView name)
 {
-    static constexpr QStringView prefixes[] = {u"~", u".~", u".#", u".syncthing.", u".dropbox"};
+    // A bare "~" starts a tab's name as well as any other character: only the sync clients'
+    // own markers count.
+    static constexpr QStringView prefixes[] = {u"~syncthing~", u"~$",          u".~",
+                                               u".#",          u".syncthing.", u".dropbox"};
     static constexpr QStringView suffixes[] = {u".tmp",      u".temp",       u".part", u".partial",
                                                u".filepart", u".crdownload", u".swp",  u"~"};
     for (QStringView prefix : prefixes) {
@@ -53,12 +56,16 @@ bool isTabEntryName(QStringView name)
     if (!name.contains(tabMarker) || isTemporaryName(name))
         return false;
     if (name.startsWith(u'.')) {
-        // Hidden files are tabs only as the placeholder of a file not yet downloaded.
-        if (!name.endsWith(placeholderSuffix))
+        if (name.endsWith(placeholderSuffix)) {
+            // The placeholder of a file not yet downloaded.
+            const QString tabPath = tabPathForEntry(name);
+            return !tabPath.isEmpty() && !tabPath.startsWith(u'.') && tabPath.contains(tabMarker) &&
+                   !FileVersion::conflictCopyOrigin(tabPath);
+        }
+        // A hidden tab is still a tab. Copy tools write hidden files with a random tail
+        // (".Song.lgrdi.Xb3k9q") while they work: those have no tab extension at the end.
+        if (!name.endsWith(u".lgrdi") && !name.endsWith(u".lgrd"))
             return false;
-        const QString tabPath = tabPathForEntry(name);
-        return !tabPath.isEmpty() && !tabPath.startsWith(u'.') && tabPath.contains(tabMarker) &&
-               !FileVersion::conflictCopyOrigin(tabPath);
     }
     return !FileVersion::conflictCopyOrigin(name);
 }

@@ -14,7 +14,8 @@ QString plainName(QStringView fileName);
 // ".Song.lgrdi.icloud" of a file not yet downloaded, otherwise the name itself.
 QString tabPathForEntry(QStringView entryName);
 
-// Whether a folder entry (not a directory) is listed as a tab.
+// Whether a folder entry (not a directory) is listed as a tab. Names that begin with "~" or
+// "." are tabs like any other, but for the marks of temporary files.
 bool isTabEntryName(QStringView entryName);
 
 // Temporary and lock files of sync clients, editors and our own saves.

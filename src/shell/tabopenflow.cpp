@@ -1,11 +1,13 @@
 #include "tabopenflow.h"
 
-#include "services/analytics.h"
 #include "appmanager.h"
-#include "library/tabfilenames.h"
 #include "library/lutegriddocument.h"
+#include "library/tabfilenames.h"
+#include "services/analytics.h"
 
 #include <QDir>
+
+#include <utility>
 
 TabOpenFlow::TabOpenFlow(TabOpenFlowScreen *screen, QObject *parent)
     : QObject(parent), screen(screen)
@@ -17,12 +19,18 @@ TabOpenFlow::TabOpenFlow(TabOpenFlowScreen *screen, QObject *parent)
 TabOpenFlow::Outcome TabOpenFlow::openTab(const QString &fileName)
 {
     tabOpenStatusCheckerCount = 0;
+    // A touch starts a new wait, which may need its own standby dialog.
+    if (std::exchange(standbyDialogShown, false))
+        screen->dismissStandbyDialog();
     return openRound(fileName);
 }
 
 void TabOpenFlow::stop()
 {
     tabOpenTimer.stop();
+    // The standby dialog that went with this wait has gone (cancelled), or goes now.
+    if (std::exchange(standbyDialogShown, false))
+        screen->dismissStandbyDialog();
 }
 
 TabOpenFlow::Outcome TabOpenFlow::openRound(const QString &fileName)
@@ -69,6 +77,10 @@ TabOpenFlow::Outcome TabOpenFlow::openRound(const QString &fileName)
         screen->presentEditor(document);
         return Outcome::Opened;
     }
+    // A file that read but held no tab leaves its document open; closed again, the next touch
+    // tries afresh instead of waiting on a document that nothing will ever close.
+    if (opened)
+        document->close();
     screen->showMessage(u"Unable to open tab."_qs);
     manager.refreshTabs();
     Analytics::logEvent(u"Tab_open_fail"_qs);

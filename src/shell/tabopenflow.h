@@ -44,6 +44,7 @@ public:
     Outcome openTab(const QString &fileName);
     // One round of the flow; the timer runs the next one while the document is busy.
     Outcome openRound(const QString &fileName);
+    // Ends the waiting, and with it the standby dialog.
     void stop();
 
 private:

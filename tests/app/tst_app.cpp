@@ -2,14 +2,15 @@
 #include "fretboarditem.h"
 #include "library/conflictresolver.h"
 #include "library/icloudmanager.h"
+#include "library/lutegriddocument.h"
 #include "lutegridqmlimports.h"
 #include "mainscene.h"
 #include "model/tabfileformat.h"
-#include "shell/appmanager.h"
 #include "services/lgundomanager.h"
-#include "library/lutegriddocument.h"
 #include "services/saveddata.h"
+#include "shell/appmanager.h"
 #include "surfacepalette.h"
+#include "tabeditsurface.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,6 +19,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -103,6 +105,17 @@ private Q_SLOTS:
     void conflictWithoutVersionsGoesToTheRoot();
     void screenshots_data();
     void screenshots();
+    void dialogButtonsClose();
+    void mouseOnTheRows();
+    void heldPressOpensNoteMenu_data();
+    void heldPressOpensNoteMenu();
+    void rightClickOpensNoteMenu();
+    void lyricTypingReachesTheFile();
+    void sidewaysDragScrollsAWideRow_data();
+    void sidewaysDragScrollsAWideRow();
+    void verticalDragStillPansTheRows();
+    void previewFollowsADeletedRow();
+    void fixedFolderListTitles();
 
 private:
     void openWindow(QSize size = QSize(390, 844));
@@ -120,10 +133,20 @@ private:
     QPoint fretPoint(int stringNum, int fretNum) const;
     TabEditViewController *editor() const;
     void saveShot(const QString &name);
+    // The scene point of a spot in the surface's content: a column, and a height in items
+    // below the top of a shown row's lines.
+    QPoint rowPoint(int shownRow, double column, double items) const;
+    void click(QPoint point, Qt::MouseButton button = Qt::LeftButton);
+    void typeText(const QString &text);
+    // A pen's tap as items meet it: the tablet events no item takes come back as mouse events
+    // from the stylus.
+    void penClick(QPoint point);
+    QImage grabItem(QQuickItem *target);
 
     TabEditViewController *c = nullptr;
     TabEditView *view = nullptr;
     QPointingDevice *touch = nullptr;
+    QPointingDevice *pen = nullptr;
     QString shots;
     std::unique_ptr<QQmlEngine> engine;
     std::unique_ptr<MainScene> scene;
@@ -133,6 +156,10 @@ private:
 void TestApp::initTestCase()
 {
     touch = QTest::createTouchDevice();
+    pen = new QPointingDevice(
+        u"pen"_qs, 1001, QInputDevice::DeviceType::Stylus, QPointingDevice::PointerType::Pen,
+        QInputDevice::Capability::Position | QInputDevice::Capability::Pressure, 1, 3, QString(),
+        QPointingDeviceUniqueId(), this);
     shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/editor-shots"_qs);
     QDir().mkpath(shots);
     iCloudManager::shared().findCloudContainer();
@@ -156,6 +183,8 @@ void TestApp::init()
     saved.disableFlashNavArrows = false;
     saved.appearanceSetting = 0;
     SurfacePalette::instance()->setDark(false);
+    // A handler that calls what does not exist fails silently on screen; here it fails.
+    QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
 }
 
 void TestApp::cleanup()
@@ -504,6 +533,14 @@ void TestApp::openFailureAndStandby()
     QCOMPARE(scene->dialogs()->kind(), DialogHost::Kind::Message);
     QCOMPARE(scene->dialogs()->messageString, u"Unable to open tab."_qs);
     tap(QPoint(5, 5));
+    // A second touch tries again and says so again, rather than waiting on the first try.
+    QVERIFY(!openListRow(0));
+    QVERIFY(!list->tabOpenFlow.waiting());
+    QCOMPARE(scene->dialogs()->kind(), DialogHost::Kind::Message);
+    QCOMPARE(scene->dialogs()->messageString, u"Unable to open tab."_qs);
+    QTRY_VERIFY(item(u"messageOk"_qs));
+    click(centerOf(item(u"messageOk"_qs)));
+    QVERIFY(!scene->dialogs()->isPresenting());
 
     // A document still open elsewhere is waited for, in rounds, with the standby dialog from
     // the 18th on; cancelling it stops the waiting.
@@ -517,7 +554,17 @@ void TestApp::openFailureAndStandby()
     QVERIFY(list->tabOpenFlow.tabOpenStatusCheckerCount >= 18);
     tap(QPoint(5, 5));
     QVERIFY(!list->tabOpenFlow.waiting());
+    QVERIFY(!list->tabOpenFlow.standbyShown());
     QCOMPARE(scene->topKind(), MainScene::TabsList);
+    // A later wait shows the dialog again; its Cancel button ends that wait too.
+    tap(centerOf(item(u"tabRow1"_qs)));
+    QTRY_COMPARE(scene->dialogs()->kind(), DialogHost::Kind::LoadingStandby);
+    QVERIFY(list->tabOpenFlow.standbyShown());
+    QTRY_VERIFY(item(u"standbyCancel"_qs));
+    click(centerOf(item(u"standbyCancel"_qs)));
+    QVERIFY(!list->tabOpenFlow.waiting());
+    QVERIFY(!list->tabOpenFlow.standbyShown());
+    QVERIFY(!scene->dialogs()->isPresenting());
     // Once it has closed, the same touch opens it.
     busy->close();
     tapAndSettle(u"tabRow1"_qs);
@@ -706,6 +753,393 @@ void TestApp::screenshots()
     c->tabEditView()->setEditPosition(1, 0);
     QVERIFY(c->fretboard()->visibleHighlights().size() >= 1);
     saveShot(tag + u"-editor"_qs);
+}
+
+QPoint TestApp::rowPoint(int shownRow, double column, double items) const
+{
+    auto *surface = findItem<TabEditSurface>(window->contentItem());
+    const TabEditView *v = surface->view();
+    const QPointF content(v->tabLeftInset() + column * TabEditView::tabColumnWidth,
+                          v->headerBandHeight() + shownRow * v->tabRowPitch() +
+                              items * v->itemHeight());
+    return surface->mapToScene(content - v->contentOffset).toPoint();
+}
+
+void TestApp::click(QPoint point, Qt::MouseButton button)
+{
+    QTest::mouseClick(window.get(), button, {}, point);
+    QCoreApplication::processEvents();
+}
+
+void TestApp::typeText(const QString &text)
+{
+    for (QChar ch : text)
+        QTest::keyClick(window.get(), ch.toLatin1());
+}
+
+void TestApp::penClick(QPoint point)
+{
+    const QPointF global = window->mapToGlobal(QPointF(point));
+    for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        const Qt::MouseButtons buttons =
+            type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+        QMouseEvent event(type, QPointF(point), QPointF(point), global, Qt::LeftButton, buttons,
+                          Qt::NoModifier, Qt::MouseEventSynthesizedByQt, pen);
+        QCoreApplication::sendEvent(window.get(), &event);
+    }
+    QCoreApplication::processEvents();
+}
+
+QImage TestApp::grabItem(QQuickItem *target)
+{
+    QCoreApplication::processEvents();
+    const QImage shot = window->grabWindow();
+    const QRectF box = target->mapRectToScene(target->boundingRect())
+                           .intersected(QRectF(QPointF(0, 0), QSizeF(window->size())));
+    const qreal scale = shot.devicePixelRatio();
+    return shot.copy(QRectF(box.topLeft() * scale, box.size() * scale).toAlignedRect());
+}
+
+void TestApp::dialogButtonsClose()
+{
+    openWindow();
+    DialogHost *host = scene->dialogs();
+    // The message's OK closes it, with a finger and with the mouse.
+    host->showMessage(u"Unable to open tab."_qs);
+    QTRY_VERIFY(item(u"messageOk"_qs));
+    saveShot(u"message-dialog"_qs);
+    tap(centerOf(item(u"messageOk"_qs)));
+    QVERIFY(!host->isPresenting());
+    host->showMessage(u"Unable to open tab."_qs);
+    QTRY_VERIFY(item(u"messageOk"_qs));
+    click(centerOf(item(u"messageOk"_qs)));
+    QVERIFY(!host->isPresenting());
+
+    // Every other button answers a click and closes its dialog.
+    int chosen = 0;
+    host->showTwoOption(u"Sort By Modified"_qs, u"Sort Alphabetically"_qs, u"sort"_qs,
+                        [&](int option, const QString &) { chosen = option; });
+    QTRY_VERIFY(item(u"optionOneButt"_qs));
+    click(centerOf(item(u"optionOneButt"_qs)));
+    QCOMPARE(chosen, 1);
+    QVERIFY(!host->isPresenting());
+    QString confirmed;
+    host->showConfirm(u"Restore this tab?"_qs, u"Restore"_qs, u"restoreDeleted"_qs,
+                      [&](const QString &tag) { confirmed = tag; });
+    QTRY_VERIFY(item(u"confirmButt"_qs));
+    click(centerOf(item(u"confirmButt"_qs)));
+    QCOMPARE(confirmed, u"restoreDeleted"_qs);
+    QVERIFY(!host->isPresenting());
+    int cancelled = 0;
+    host->showLoadingStandby([&] { ++cancelled; });
+    QTRY_VERIFY(item(u"standbyCancel"_qs));
+    click(centerOf(item(u"standbyCancel"_qs)));
+    QCOMPARE(cancelled, 1);
+    QVERIFY(!host->isPresenting());
+}
+
+void TestApp::mouseOnTheRows()
+{
+    writeFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3));
+    openWindow(QSize(820, 1180));
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    view = c->tabEditView();
+    QVERIFY(view->showingCount() >= 2);
+
+    // A click on a column moves the cursor there, to the string under the pointer.
+    click(rowPoint(0, 7.5, 2.5));
+    QCOMPARE(view->editColIndex, 7);
+    QCOMPARE(view->editColItemIndex, 2);
+    click(rowPoint(1, 12.5, 4.5));
+    QCOMPARE(view->editShowingTabRowIndex, 1);
+    QCOMPARE(view->editColIndex, 12);
+    QCOMPARE(view->editColItemIndex, 4);
+    saveShot(u"editor-after-click"_qs);
+    // The lyric band is no place for the cursor.
+    click(rowPoint(0, 20.5, -3.5) - QPoint(0, int(TabEditView::chordNamesDisplaySpacing)));
+    QCOMPARE(view->editColIndex, 12);
+
+    // A chord-name dot chooses its column.
+    QQuickItem *chords = item(u"chordNames0"_qs);
+    QVERIFY(chords);
+    click(chords->mapToScene(QPointF(5 * 25 + 12, chords->height() / 2)).toPoint());
+    QCOMPARE(view->editShowingTabRowIndex, 0);
+    QCOMPARE(view->editColIndex, 5);
+
+    // A pen taps like a finger.
+    penClick(rowPoint(1, 9.5, 0.5));
+    QCOMPARE(view->editShowingTabRowIndex, 1);
+    QCOMPARE(view->editColIndex, 9);
+    QCOMPARE(view->editColItemIndex, 0);
+    // And a click writes where the cursor went.
+    tap(fretPoint(1, 5));
+    QCOMPARE(view->tabRows[1].colDatas[9].columnItems[0], ColumnItemType::note(5));
+}
+
+void TestApp::heldPressOpensNoteMenu_data()
+{
+    QTest::addColumn<bool>("mouse");
+    QTest::newRow("finger") << false;
+    QTest::newRow("mouse") << true;
+}
+
+void TestApp::heldPressOpensNoteMenu()
+{
+    QFETCH(bool, mouse);
+    writeFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    view = c->tabEditView();
+    auto *surface = findItem<TabEditSurface>(window->contentItem());
+    // Row 1, column 0, string 2 holds fret 3.
+    const QPoint point = rowPoint(0, 0.5, 1.5);
+    if (mouse)
+        QTest::mousePress(window.get(), Qt::LeftButton, {}, point);
+    else
+        touches().press(0, point, window.get());
+    QTRY_VERIFY(surface->noteMenuOpen());
+    QVERIFY(item(u"noteMenu"_qs));
+    QCOMPARE(view->noteContextMenu->labels.size(), 16);
+    if (mouse)
+        saveShot(u"note-menu-mouse"_qs);
+    // Slide to "h", in steps as a hand would, and let go.
+    const int hammer = int(view->noteContextMenu->labels.indexOf(u"h"_qs));
+    const QPoint target = surface->mapToScene(view->noteContextMenu->entryCenter(hammer)).toPoint();
+    for (int step = 1; step <= 4; ++step) {
+        const QPoint at = point + (target - point) * step / 4;
+        if (mouse)
+            QTest::mouseMove(window.get(), at);
+        else
+            touches().move(0, at, window.get());
+    }
+    QVERIFY(surface->noteMenuOpen());
+    if (mouse)
+        QTest::mouseRelease(window.get(), Qt::LeftButton, {}, target);
+    else
+        touches().release(0, target, window.get());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1],
+             ColumnItemType(ColumnItemType::Kind::hammer));
+    QVERIFY(!surface->noteMenuOpen());
+    // Nothing panned on the way.
+    QCOMPARE(view->tabRowIndex, 0);
+    QTRY_VERIFY(!item(u"noteMenu"_qs));
+    // One undo step, on the document.
+    QVERIFY(c->lgDocument->undoManager()->canUndo());
+    c->lgDocument->undoManager()->undo();
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
+}
+
+void TestApp::rightClickOpensNoteMenu()
+{
+    writeFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    view = c->tabEditView();
+    auto *surface = findItem<TabEditSurface>(window->contentItem());
+    // A right click opens the menu at once and leaves it open for the next click.
+    const QPoint point = rowPoint(0, 0.5, 1.5);
+    click(point, Qt::RightButton);
+    QVERIFY(surface->noteMenuOpen());
+    const int up = int(view->noteContextMenu->labels.indexOf(u"4"_qs));
+    QVERIFY(up >= 0);
+    const QPoint target = surface->mapToScene(view->noteContextMenu->entryCenter(up)).toPoint();
+    QTest::mouseMove(window.get(), target);
+    click(target);
+    QVERIFY(!surface->noteMenuOpen());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(4));
+    // A click away from every entry closes it and changes nothing.
+    click(point, Qt::RightButton);
+    QVERIFY(surface->noteMenuOpen());
+    click(point);
+    QVERIFY(!surface->noteMenuOpen());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(4));
+}
+
+void TestApp::lyricTypingReachesTheFile()
+{
+    QVERIFY(openEditor());
+    c->lgDocument->autosaveDelay = 50;
+    LgUndoManager *undo = c->lgDocument->undoManager();
+    QQuickItem *field = item(u"lyricsField0"_qs);
+    QVERIFY(field);
+    const QPoint inField = field->mapToScene(QPointF(60, field->height() / 2)).toPoint();
+    click(inField);
+    QTRY_VERIFY(field->hasActiveFocus());
+    typeText(u"la la"_qs);
+    QCOMPARE(field->property("text").toString(), u"la la"_qs);
+    // The row follows a second after the last key, as one step.
+    QTRY_COMPARE_WITH_TIMEOUT(view->tabRows[0].lyricText(), std::optional<QString>(u"la la"_qs),
+                              5000);
+    QVERIFY(undo->canUndo());
+    undo->undo();
+    QVERIFY(!view->tabRows[0].lyricText().value_or(QString()).size());
+    QVERIFY(!undo->canUndo());
+    QCOMPARE(field->property("text").toString(), QString());
+    undo->redo();
+    QCOMPARE(field->property("text").toString(), u"la la"_qs);
+
+    // Enter leaves the field and writes at once; so does a click on the rows.
+    click(inField);
+    QTRY_VERIFY(field->hasActiveFocus());
+    QTest::keyClick(window.get(), Qt::Key_End);
+    typeText(u" la"_qs);
+    QTest::keyClick(window.get(), Qt::Key_Return);
+    QCOMPARE(view->tabRows[0].lyricText(), std::optional<QString>(u"la la la"_qs));
+    typeText(u"!"_qs);
+    click(rowPoint(0, 3.5, 0.5));
+    QCOMPARE(view->tabRows[0].lyricText(), std::optional<QString>(u"la la la!"_qs));
+    QVERIFY(!field->hasActiveFocus());
+    // A finger types as well.
+    tap(inField);
+    QTRY_VERIFY(field->hasActiveFocus());
+    QTest::keyClick(window.get(), Qt::Key_End);
+    QTest::keyClick(window.get(), Qt::Key_Backspace);
+    QTest::keyClick(window.get(), Qt::Key_Return);
+    QCOMPARE(view->tabRows[0].lyricText(), std::optional<QString>(u"la la la"_qs));
+
+    // The document saves it on its own, and again as the editor closes.
+    auto savedLyric = [] {
+        const auto saved = readTab(u"Untitled 1.lgrdi"_qs);
+        return saved && !saved->tabRowDatas.isEmpty() ? saved->tabRowDatas[0].lyricText()
+                                                      : std::nullopt;
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(savedLyric(), std::optional<QString>(u"la la la"_qs), 5000);
+    tapAndSettle(u"backButton"_qs);
+    const auto saved = readTab(u"Untitled 1.lgrdi"_qs);
+    QVERIFY(saved);
+    QCOMPARE(saved->tabRowDatas[0].lyricText(), std::optional<QString>(u"la la la"_qs));
+}
+
+void TestApp::sidewaysDragScrollsAWideRow_data()
+{
+    QTest::addColumn<bool>("mouse");
+    QTest::newRow("finger") << false;
+    QTest::newRow("mouse") << true;
+}
+
+void TestApp::sidewaysDragScrollsAWideRow()
+{
+    QFETCH(bool, mouse);
+    TabData tab(u"Wide"_qs, 6);
+    tab.tabRowDatas = {TabRowData(64, 6), TabRowData(64, 6)};
+    writeFile(u"Wide.lgrdi"_qs, documentData(tab));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    view = c->tabEditView();
+    QCOMPARE(view->numTabColumns, 64);
+    QCOMPARE(view->contentOffset.x(), 0.0);
+    const QPoint start = rowPoint(0, 10.5, 2.5);
+    auto drag = [&](QPoint from, int dx) {
+        if (mouse)
+            QTest::mousePress(window.get(), Qt::LeftButton, {}, from);
+        else
+            touches().press(0, from, window.get());
+        for (int step = 1; step <= 10; ++step) {
+            const QPoint at = from + QPoint(dx * step / 10, step % 2);
+            if (mouse)
+                QTest::mouseMove(window.get(), at);
+            else
+                touches().move(0, at, window.get());
+        }
+        if (mouse)
+            QTest::mouseRelease(window.get(), Qt::LeftButton, {}, from + QPoint(dx, 0));
+        else
+            touches().release(0, from + QPoint(dx, 0), window.get());
+    };
+    drag(start, -200);
+    QCOMPARE(view->contentOffset.x(), 200.0);
+    QCOMPARE(view->tabRowIndex, 0);
+    // The far end stops at the last column.
+    const QPoint right(window->width() - 40, start.y());
+    for (int i = 0; i < 5; ++i)
+        drag(right, -300);
+    auto *surface = findItem<TabEditSurface>(window->contentItem());
+    const double end = surface->contentWidth() - surface->width();
+    QVERIFY(end > 1000);
+    QCOMPARE(view->contentOffset.x(), end);
+    drag(QPoint(40, start.y()), 300);
+    QCOMPARE(view->contentOffset.x(), end - 300);
+    QCOMPARE(view->tabRowIndex, 0);
+}
+
+void TestApp::verticalDragStillPansTheRows()
+{
+    writeFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 6));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    view = c->tabEditView();
+    QVERIFY(view->showingCount() < 6);
+    const QPoint start = rowPoint(0, 4.5, 2.5);
+    const int pitch = int(view->tabRowPitch());
+    touches().press(0, start, window.get());
+    for (int step = 1; step <= 10; ++step)
+        touches().move(0, start - QPoint(0, pitch * step / 10), window.get());
+    touches().release(0, start - QPoint(0, pitch), window.get());
+    QTRY_COMPARE(view->tabRowIndex, 1);
+    // The mouse pans too.
+    QTRY_VERIFY(!c->rowPan()->panSettling);
+    QTest::mousePress(window.get(), Qt::LeftButton, {}, start);
+    for (int step = 1; step <= 10; ++step)
+        QTest::mouseMove(window.get(), start - QPoint(0, pitch * step / 10));
+    QTest::mouseRelease(window.get(), Qt::LeftButton, {}, start - QPoint(0, pitch));
+    QTRY_COMPARE(view->tabRowIndex, 2);
+}
+
+void TestApp::previewFollowsADeletedRow()
+{
+    TabData tab(u"Verses"_qs, 6);
+    for (int r = 0; r < 6; ++r) {
+        TabRowData row(32, 6);
+        row.lyricLines = {u"verse line %1 with words"_qs.arg(r + 1)};
+        for (int column = 0; column < 32; column += 4)
+            row.colDatas[column].chordName = r % 2 ? u"Am"_qs : u"G7"_qs;
+        tab.tabRowDatas.append(row);
+    }
+    writeFile(u"Verses.lgrdi"_qs, documentData(tab));
+    openWindow();
+    QTRY_VERIFY(item(u"tabRow0"_qs));
+    QVERIFY(openListRow(0));
+    c = editor();
+    view = c->tabEditView();
+    QQuickItem *preview = item(u"nextRowPreview"_qs);
+    QVERIFY(preview);
+    const int previewRow = c->nextRowPreviewRow;
+    QCOMPARE(previewRow, view->showingCount());
+    const QImage before = grabItem(preview);
+    view->setEditPosition(0, 0);
+    tap(centerOf(item(u"deleteRowButt"_qs)));
+    QCOMPARE(view->tabRows.size(), 5);
+    QTRY_VERIFY(c->rowPan()->rowSlideFrom < 0);
+    QCOMPARE(c->nextRowPreviewRow, previewRow);
+    // What the preview shows now is what a fresh paint of its row shows.
+    const QImage shown = grabItem(preview);
+    QVERIFY(shown != before);
+    preview->update();
+    QCOMPARE(grabItem(preview), shown);
+}
+
+void TestApp::fixedFolderListTitles()
+{
+    openWindow();
+    tapAndSettle(u"backButton"_qs);
+    QCOMPARE(scene->topKind(), MainScene::Folders);
+    tapAndSettle(u"folderRow1"_qs);
+    QCOMPARE(scene->topList()->title(), u"Unlabeled Tabs"_qs);
+    tapAndSettle(u"backButton"_qs);
+    tapAndSettle(u"folderRow2"_qs);
+    QCOMPARE(scene->topList()->title(), u"Deleted Tabs"_qs);
+    QTRY_VERIFY(item(u"navTitle"_qs));
+    QCOMPARE(item(u"navTitle"_qs)->property("text").toString(), u"Deleted Tabs"_qs);
 }
 
 int main(int argc, char *argv[])

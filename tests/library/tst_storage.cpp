@@ -1,8 +1,8 @@
-#include "services/cloudkeyvaluestore.h"
 #include "library/fileversion.h"
 #include "library/icloudmanager.h"
 #include "library/tabfilenames.h"
 #include "services/apppaths.h"
+#include "services/cloudkeyvaluestore.h"
 #include "services/saveddata.h"
 #include "testmain.h"
 
@@ -33,12 +33,17 @@ void TestStorage::entryNames_data()
     QTest::newRow("our save") << u".~lg.Song.lgrdi.k3j2.tmp"_qs << false << QString();
     QTest::newRow("syncthing temp") << u".syncthing.Song.lgrdi.tmp"_qs << false << QString();
     QTest::newRow("syncthing temp win") << u"~syncthing~Song.lgrdi.tmp"_qs << false << QString();
-    QTest::newRow("tilde") << u"~Song.lgrdi"_qs << false << QString();
+    QTest::newRow("tilde") << u"~Song.lgrdi"_qs << true << u"~Song.lgrdi"_qs;
+    QTest::newRow("office owner file") << u"~$Song.lgrdi"_qs << false << QString();
     QTest::newRow("editor backup") << u"Song.lgrdi~"_qs << false << QString();
     QTest::newRow("nextcloud download") << u".Song.lgrdi.~1a2b3c"_qs << false << QString();
     QTest::newRow("lock") << u".~lock.Song.lgrdi#"_qs << false << QString();
     QTest::newRow("partial") << u"Song.lgrdi.part"_qs << false << QString();
-    QTest::newRow("hidden") << u".Song.lgrdi"_qs << false << QString();
+    QTest::newRow("hidden") << u".Song.lgrdi"_qs << true << u".Song.lgrdi"_qs;
+    QTest::newRow("hidden exchange form") << u".Song.lgrd"_qs << true << u".Song.lgrd"_qs;
+    QTest::newRow("copy in progress") << u".Song.lgrdi.Xb3k9q"_qs << false << QString();
+    QTest::newRow("hidden copy") << u".Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs << false
+                                 << QString();
     QTest::newRow("syncthing copy")
         << u"Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs << false << QString();
     QTest::newRow("nextcloud copy")

@@ -1,9 +1,9 @@
-#include "services/cloudkeyvaluestore.h"
 #include "library/icloudmanager.h"
-#include "model/tabfileformat.h"
-#include "shell/appmanager.h"
 #include "library/lutegriddocument.h"
+#include "model/tabfileformat.h"
+#include "services/cloudkeyvaluestore.h"
 #include "services/saveddata.h"
+#include "shell/appmanager.h"
 #include "shell/tabopenflow.h"
 #include "testfiles.h"
 #include "testmain.h"
@@ -165,9 +165,13 @@ private Q_SLOTS:
         writeTab(u"New.lgrdi"_qs, now.addDays(-1));
         writeTab(u"Middle.lgrd"_qs, now.addDays(-2));
         writeTab(u".Cloud.lgrdi.icloud"_qs, now.addDays(-4));
+        // Names that begin with "~" or "." are tabs too.
+        writeTab(u"~Tilde.lgrdi"_qs, now.addDays(-5));
+        writeTab(u".Hidden.lgrdi"_qs, now.addDays(-6));
         for (const QString &notListed :
-             {u"Song.txt"_qs, u".syncthing.New.lgrdi.tmp"_qs, u"~New.lgrdi"_qs,
-              u".~lg.New.lgrdi.abc.tmp"_qs, u"New.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs})
+             {u"Song.txt"_qs, u".syncthing.New.lgrdi.tmp"_qs, u"~syncthing~New.lgrdi.tmp"_qs,
+              u".~lg.New.lgrdi.abc.tmp"_qs, u".New.lgrdi.Xb3k9q"_qs,
+              u"New.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs})
             writeTab(notListed);
         QVERIFY(QDir(storage()).mkdir(u"Folder.lgrd"_qs));
         manager->setTabTags(u"New"_qs, {u"rock"_qs});
@@ -180,10 +184,13 @@ private Q_SLOTS:
         LutegridDocument *kept = manager->documentFor(QDir(storage()).filePath(u"Old.lgrdi"_qs));
         manager->refreshTabs();
 
-        QCOMPARE(manager->existingTabPaths, QStringList({u"New.lgrdi"_qs, u"Middle.lgrd"_qs,
-                                                         u"Old.lgrdi"_qs, u"Cloud.lgrdi"_qs}));
+        QCOMPARE(manager->existingTabPaths,
+                 QStringList({u"New.lgrdi"_qs, u"Middle.lgrd"_qs, u"Old.lgrdi"_qs,
+                              u"Cloud.lgrdi"_qs, u"~Tilde.lgrdi"_qs, u".Hidden.lgrdi"_qs}));
         QCOMPARE(list.lists.size(), 1);
         const QList<TabUrlInfo> tabs = *list.lists[0];
+        QCOMPARE(tabs[4].plainName(), u"~Tilde"_qs);
+        QCOMPARE(tabs[5].plainName(), u".Hidden"_qs);
         QCOMPARE(tabs[0].tags, QStringList{u"rock"_qs});
         QCOMPARE(tabs[3].unmodifiedTabPath, u".Cloud.lgrdi.icloud"_qs);
         QCOMPARE(tabs[3].plainName(), u"Cloud"_qs);
@@ -294,6 +301,14 @@ private Q_SLOTS:
         QVERIFY(document->open());
         QCOMPARE(flow.openTab(u"Busy.lgrdi"_qs), TabOpenFlow::Outcome::Waiting);
         QCOMPARE(flow.tabOpenStatusCheckerCount, 1);
+        // A cancelled wait takes its dialog along, and the next long wait shows one again.
+        QTRY_VERIFY(flow.standbyShown());
+        QCOMPARE(screen.standbyShown, 2);
+        flow.stop();
+        QVERIFY(!flow.standbyShown());
+        QVERIFY(!flow.waiting());
+        QCOMPARE(flow.openTab(u"Busy.lgrdi"_qs), TabOpenFlow::Outcome::Waiting);
+        QTRY_COMPARE(screen.standbyShown, 3);
         flow.stop();
         document->close();
     }
@@ -310,6 +325,10 @@ private Q_SLOTS:
         writeFile(QDir(storage()).filePath(u"Broken.lgrdi"_qs), "not a tab");
         QCOMPARE(flow.openTab(u"Broken.lgrdi"_qs), TabOpenFlow::Outcome::Failed);
         QCOMPARE(screen.messages.last(), u"Unable to open tab."_qs);
+        // The failed document is closed again: a second touch tries afresh, with no waiting.
+        QCOMPARE(flow.openTab(u"Broken.lgrdi"_qs), TabOpenFlow::Outcome::Failed);
+        QVERIFY(!flow.waiting());
+        QCOMPARE(screen.messages.size(), 3);
         QCOMPARE(flow.openTab(u"Missing.lgrdi"_qs), TabOpenFlow::Outcome::Failed);
 
         // A tab being edited in another window brings that window forward instead.

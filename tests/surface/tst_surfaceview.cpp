@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
+#include <QWheelEvent>
 
 Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
 
@@ -26,6 +27,9 @@ private Q_SLOTS:
     void touchesPlaceCursorAndEdit();
     void heldNoteOpensMenu();
     void mouseWorksToo();
+    void mouseHoldAndRightClickOpenTheMenu();
+    void mouseDragScrollsSideways();
+    void typedLyricsReachTheRow();
     void screenshots_data();
     void screenshots();
     void pressRepaintsOnlyItsColumn();
@@ -179,6 +183,108 @@ void TestSurfaceView::mouseWorksToo()
                       scenePoint(5 * 25 + 3, view->headerBandHeight() + view->itemHeight() * 1.2));
     QCOMPARE(view->editColIndex, 5);
     QCOMPARE(view->editColItemIndex, 1);
+}
+
+void TestSurfaceView::mouseHoldAndRightClickOpenTheMenu()
+{
+    TabEditView *view = surface->view();
+    // Row 1, column 0 holds the open A string (item 4).
+    const QPoint point = scenePoint(12, view->headerBandHeight() + view->itemHeight() * 4.5);
+    QTest::mousePress(window.get(), Qt::LeftButton, {}, point);
+    QTRY_VERIFY(surface->noteMenuOpen());
+    QVERIFY(find("noteMenu")->isVisible());
+    const int slash = int(view->noteContextMenu->labels.indexOf(u"/"_qs));
+    const QPoint target = surface->mapToScene(view->noteContextMenu->entryCenter(slash)).toPoint();
+    QTest::mouseMove(window.get(), (point + target) / 2);
+    QTest::mouseMove(window.get(), target);
+    QTest::mouseRelease(window.get(), Qt::LeftButton, {}, target);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4],
+             ColumnItemType(ColumnItemType::Kind::slideUp));
+    QVERIFY(!surface->noteMenuOpen());
+
+    // A right click opens it at once; the next click chooses.
+    QTest::mouseClick(window.get(), Qt::RightButton, {}, point);
+    QVERIFY(surface->noteMenuOpen());
+    const int muted = int(view->noteContextMenu->labels.indexOf(u"x"_qs));
+    const QPoint choice = surface->mapToScene(view->noteContextMenu->entryCenter(muted)).toPoint();
+    QTest::mouseMove(window.get(), choice);
+    QTest::mouseClick(window.get(), Qt::LeftButton, {}, choice);
+    QVERIFY(!surface->noteMenuOpen());
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4],
+             ColumnItemType(ColumnItemType::Kind::muted));
+    QCOMPARE(view->editColIndex, 0);
+    // A quick click opens nothing.
+    QTest::mouseClick(window.get(), Qt::LeftButton, {}, point);
+    QTest::qWait(350);
+    QVERIFY(!view->noteContextMenu);
+}
+
+void TestSurfaceView::mouseDragScrollsSideways()
+{
+    TabEditView *view = surface->view();
+    window->resize(520, 640);
+    QTRY_VERIFY(surface->contentWidth() > surface->width() + 160);
+    const QPoint start = scenePoint(12 * 25, view->headerBandHeight() + view->itemHeight() * 2.5);
+    // The cursor's first column may stand a border's width left of the content.
+    const double before = view->contentOffset.x();
+    QTest::mousePress(window.get(), Qt::LeftButton, {}, start);
+    for (int dx = 20; dx <= 160; dx += 20)
+        QTest::mouseMove(window.get(), start - QPoint(dx, 0));
+    QTest::mouseRelease(window.get(), Qt::LeftButton, {}, start - QPoint(160, 0));
+    QCOMPARE(view->contentOffset.x(), std::max(0.0, before + 160.0));
+    QVERIFY(view->contentOffset.x() > 150);
+    // The drag moved nothing but the view.
+    QVERIFY(!view->noteContextMenu);
+    QVERIFY(!surface->canUndo());
+
+    // A wheel turned sideways, or with Shift, scrolls by two columns a notch.
+    auto wheel = [&](QPoint angle, Qt::KeyboardModifiers modifiers) {
+        const QPointF at(start);
+        QWheelEvent event(at, window->mapToGlobal(at), QPoint(), angle, Qt::NoButton, modifiers,
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(window.get(), &event);
+    };
+    const double dragged = view->contentOffset.x();
+    wheel(QPoint(-120, 0), Qt::NoModifier);
+    QCOMPARE(view->contentOffset.x(), dragged + 50);
+    wheel(QPoint(0, 240), Qt::ShiftModifier);
+    QCOMPARE(view->contentOffset.x(), dragged - 50);
+    // Up and down leave the paged rows where they are.
+    wheel(QPoint(0, -120), Qt::NoModifier);
+    QCOMPARE(view->contentOffset.x(), dragged - 50);
+    QCOMPARE(view->contentOffset.y(), 0.0);
+}
+
+void TestSurfaceView::typedLyricsReachTheRow()
+{
+    TabEditView *view = surface->view();
+    QQuickItem *lyrics = find("lyricsField1");
+    QVERIFY(lyrics);
+    QTest::mouseClick(window.get(), Qt::LeftButton, {},
+                      lyrics->mapToScene(QPointF(40, lyrics->height() / 2)).toPoint());
+    QTRY_VERIFY(lyrics->hasActiveFocus());
+    QTest::keyClick(window.get(), Qt::Key_End);
+    for (char key : {' ', 'o', 'h'})
+        QTest::keyClick(window.get(), key);
+    const QString typed = lyrics->property("text").toString();
+    QVERIFY(typed.endsWith(u" oh"_qs));
+    // A second after the last key the row holds it, as one step that undo takes back whole.
+    QTRY_COMPARE_WITH_TIMEOUT(view->tabRows[1].lyricText().value_or(QString()), typed, 5000);
+    QVERIFY(surface->canUndo());
+    surface->undo();
+    QVERIFY(!view->tabRows[1].lyricText().value_or(QString()).endsWith(u" oh"_qs));
+    QVERIFY(!surface->canUndo());
+    // Leaving the field by a click on the rows writes at once.
+    surface->redo();
+    QTest::mouseClick(window.get(), Qt::LeftButton, {},
+                      lyrics->mapToScene(QPointF(40, lyrics->height() / 2)).toPoint());
+    QTRY_VERIFY(lyrics->hasActiveFocus());
+    QTest::keyClick(window.get(), Qt::Key_End);
+    QTest::keyClick(window.get(), '!');
+    QTest::mouseClick(window.get(), Qt::LeftButton, {},
+                      scenePoint(4 * 25 + 3, view->headerBandHeight() + view->itemHeight()));
+    QCOMPARE(view->tabRows[1].lyricText(), std::optional<QString>(typed + u"!"_qs));
+    QVERIFY(!lyrics->hasActiveFocus());
 }
 
 void TestSurfaceView::screenshots_data()

@@ -101,27 +101,26 @@ EditorScreenItem {
             }
         }
 
-        // The row pan: a vertical drag over the rows moves by one row at most.
-        Item {
-            anchors.fill: parent
-            DragHandler {
-                id: rowPan
-                target: null
-                xAxis.enabled: false
-                enabled: screen.c !== null && !screen.c.freeScroll
-                property bool taken: false
-                onActiveChanged: {
-                    if (active) {
-                        taken = screen.pan.panBegan(centroid.pressPosition.x - area.x + area.contentX,
-                                                    centroid.pressPosition.y)
-                    } else if (taken) {
-                        taken = false
-                        screen.pan.panEnded(centroid.velocity.y)
-                    }
+        // The row pan: a vertical drag over the rows moves by one row at most. It belongs to
+        // the region, not to an item over the rows: the rows see every press first, and the
+        // pan watches and takes the drag over once it runs vertically.
+        DragHandler {
+            id: rowPan
+            target: null
+            xAxis.enabled: false
+            enabled: screen.c !== null && !screen.c.freeScroll
+            property bool taken: false
+            onActiveChanged: {
+                if (active) {
+                    taken = screen.pan.panBegan(centroid.pressPosition.x - area.x + area.contentX,
+                                                centroid.pressPosition.y)
+                } else if (taken) {
+                    taken = false
+                    screen.pan.panEnded(centroid.velocity.y)
                 }
-                onTranslationChanged: if (taken) screen.pan.panMoved(translation.y)
-                onCanceled: if (taken) { taken = false; screen.pan.panCancelled() }
             }
+            onTranslationChanged: if (taken) screen.pan.panMoved(translation.y)
+            onCanceled: if (taken) { taken = false; screen.pan.panCancelled() }
         }
 
         // The scroll indicator, which a finger can drag.

@@ -2,9 +2,9 @@
 
 #include "dialoghost.h"
 #include "library/icloudmanager.h"
-#include "shell/appmanager.h"
 #include "library/lutegriddocument.h"
 #include "services/saveddata.h"
+#include "shell/appmanager.h"
 
 #include <QDir>
 
@@ -27,9 +27,9 @@ QString TabsListViewController::title() const
     if (tagName)
         return *tagName;
     if (isUnlabeledList)
-        return u"Unlabeled"_qs;
+        return u"Unlabeled Tabs"_qs;
     if (deletedFolder)
-        return u"Deleted"_qs;
+        return u"Deleted Tabs"_qs;
     return u"All Tabs"_qs;
 }
 

@@ -21,7 +21,7 @@ Column {
         width: view.width - 2 * view.padding
         text: "OK"
         emphasized: true
-        onClicked: view.host.dismissDialog()
+        onClicked: view.host.acknowledgeMessage()
     }
     BusyIndicator {
         objectName: "loadCover"

@@ -35,6 +35,13 @@ void DialogHost::removeLoadCover()
     Q_EMIT changed();
 }
 
+void DialogHost::acknowledgeMessage()
+{
+    // A press that arrives after another dialog took the panel leaves that one alone.
+    if (current == Kind::Message)
+        dismissDialog();
+}
+
 void DialogHost::showTwoOption(const QString &option1, const QString &option2, const QString &id,
                                std::function<void(int, QString)> listener, bool noEmphasis)
 {

@@ -43,6 +43,8 @@ public:
     // A long message; with `showLoad`, an activity cover over it until the caller drops it.
     Q_INVOKABLE void showMessage(const QString &text, bool showLoad = false);
     Q_INVOKABLE void removeLoadCover();
+    // The message's OK: it only closes the message.
+    Q_INVOKABLE void acknowledgeMessage();
     // The listener gets 1 or 2 and the dialog's id.
     void showTwoOption(const QString &option1, const QString &option2, const QString &id,
                        std::function<void(int, QString)> listener, bool noEmphasis = false);

@@ -33,6 +33,7 @@ TabEditSurface {
                 readonly property rect lyricRect: area.lyricRects[index] ?? Qt.rect(0, 0, 0, 0)
 
                 TextField {
+                    id: lyricsField
                     objectName: "lyricsField" + shownRow.index
                     x: shownRow.lyricRect.x
                     y: shownRow.lyricRect.y
@@ -49,6 +50,12 @@ TabEditSurface {
                         color: SurfacePalette.colorFieldBg
                         border.color: Qt.alpha(SurfacePalette.colorSecondaryLabel, 0.35)
                     }
+                    // What the user types goes to the surface, which writes the row a second
+                    // after the last key; leaving the field writes it at once.
+                    onTextEdited: area.lyricsFieldTextChanged(shownRow.index, text,
+                                                              x + cursorRectangle.x,
+                                                              x + cursorRectangle.x + cursorRectangle.width)
+                    onEditingFinished: area.commitLyricsField()
                 }
                 ChordNamesDisplay {
                     objectName: "chordNames" + shownRow.index

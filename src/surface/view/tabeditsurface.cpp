@@ -20,8 +20,7 @@ TabEditSurface::TabEditSurface(QQuickItem *parent)
       ownEdits(std::make_unique<TabEdits>(ownTab.get(), ownUndo.get()))
 {
     SurfaceFonts::load();
-    setAcceptTouchEvents(true);
-    setAcceptedMouseButtons(Qt::LeftButton);
+    setUpInput();
     setClip(true);
     editView->setTabEdits(ownEdits.get());
     // Standing alone (the demo page) it follows the app's settings; an editor hands its own.
@@ -267,114 +266,4 @@ void TabEditSurface::selectChordColumn(int shownRow, qreal x)
     const int column = display.columnAt(x);
     if (column >= 0)
         editView->chordNameTapped(&display, column);
-}
-
-QPointF TabEditSurface::toContent(const QPointF &position) const
-{
-    return position + editView->contentOffset;
-}
-
-void TabEditSurface::pointerPressed(const QPointF &position)
-{
-    pressPosition = position;
-    pressOffset = editView->contentOffset;
-    dragging = false;
-    editView->touchesBegan({toContent(position)});
-    editView->forceGestureRecognizer.touchBegan(toContent(position));
-}
-
-void TabEditSurface::pointerMoved(const QPointF &position)
-{
-    editView->forceGestureRecognizer.touchMoved(toContent(position));
-    if (editView->noteContextMenu)
-        return;
-    if (!dragging && QLineF(position, pressPosition).length() > 12.0)
-        dragging = true;
-    if (!dragging)
-        return;
-    // A drag scrolls what is larger than the view.
-    const QPointF delta = pressPosition - position;
-    const double maxX = std::max(0.0, contentWidth() - width());
-    const double maxY = std::max(0.0, editView->contentSize.height() - height());
-    editView->setContentOffset(QPointF(std::clamp(pressOffset.x() + delta.x(), 0.0, maxX),
-                                       std::clamp(pressOffset.y() + delta.y(), 0.0, maxY)));
-}
-
-void TabEditSurface::pointerReleased(const QPointF &position)
-{
-    editView->forceGestureRecognizer.touchEnded(toContent(position));
-    dragging = false;
-}
-
-void TabEditSurface::pointerCancelled()
-{
-    editView->forceGestureRecognizer.touchCancelled();
-    dragging = false;
-}
-
-void TabEditSurface::touchEvent(QTouchEvent *event)
-{
-    if (!editView->tabRowTouchesEnabled) {
-        event->ignore();
-        return;
-    }
-    if (event->type() == QEvent::TouchCancel) {
-        trackedTouchId = -1;
-        pointerCancelled();
-        return;
-    }
-    QList<QPointF> began;
-    for (const QEventPoint &point : event->points()) {
-        if (point.state() == QEventPoint::Pressed) {
-            began.append(toContent(point.position()));
-            if (trackedTouchId == -1) {
-                trackedTouchId = point.id();
-                pressPosition = point.position();
-                pressOffset = editView->contentOffset;
-                dragging = false;
-                editView->forceGestureRecognizer.touchBegan(toContent(point.position()));
-            }
-        } else if (point.id() == trackedTouchId) {
-            if (point.state() == QEventPoint::Released) {
-                trackedTouchId = -1;
-                pointerReleased(point.position());
-            } else if (point.state() == QEventPoint::Updated) {
-                pointerMoved(point.position());
-            }
-        }
-    }
-    if (!began.isEmpty())
-        editView->touchesBegan(began);
-    event->accept();
-}
-
-void TabEditSurface::touchUngrabEvent()
-{
-    trackedTouchId = -1;
-    pointerCancelled();
-}
-
-void TabEditSurface::mousePressEvent(QMouseEvent *event)
-{
-    if (!editView->tabRowTouchesEnabled) {
-        event->ignore();
-        return;
-    }
-    pointerPressed(event->position());
-    event->accept();
-}
-
-void TabEditSurface::mouseMoveEvent(QMouseEvent *event)
-{
-    pointerMoved(event->position());
-}
-
-void TabEditSurface::mouseReleaseEvent(QMouseEvent *event)
-{
-    pointerReleased(event->position());
-}
-
-void TabEditSurface::mouseUngrabEvent()
-{
-    pointerCancelled();
 }

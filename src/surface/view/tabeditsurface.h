@@ -12,8 +12,9 @@
 class LgUndoManager;
 
 // Hosts the editing surface in a scene: hands it the item's size, turns touches, mouse and
-// pen into its touch operations and the press recogniser, scrolls, and publishes the layout
-// that the row items and lyric fields bind to. Every decision stays in TabEditView.
+// pen into its touch operations and the press recogniser, scrolls, passes typed lyrics on,
+// and publishes the layout that the row items and lyric fields bind to. Every decision stays
+// in TabEditView.
 class TabEditSurface : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -90,6 +91,14 @@ public:
     // A fret touched and lifted on the string under the item cursor.
     Q_INVOKABLE void tapFret(int fret);
     Q_INVOKABLE void selectChordColumn(int shownRow, qreal x);
+    // A shown row's lyric field as the user types, with its caret in content coordinates;
+    // the row follows a second after the last key.
+    Q_INVOKABLE void lyricsFieldTextChanged(int shownRow, const QString &text, qreal caretMinX,
+                                            qreal caretMaxX);
+    // The field was left (focus gone, Enter): what it holds is written now.
+    Q_INVOKABLE void commitLyricsField();
+    // The note menu, open and not yet chosen from.
+    bool noteMenuOpen() const;
 
 Q_SIGNALS:
     void contentOffsetChanged();
@@ -109,12 +118,23 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void touchUngrabEvent() override;
     void mouseUngrabEvent() override;
+    void hoverMoveEvent(QHoverEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    bool childMouseEventFilter(QQuickItem *item, QEvent *event) override;
 
 private:
+    // Input: one pointer at a time, whether a finger, a mouse or a pen, drives the cursor,
+    // the held-note recogniser and the sideways scroll (tabeditsurfaceinput.cpp).
+    void setUpInput();
     void pointerPressed(const QPointF &position);
     void pointerMoved(const QPointF &position);
     void pointerReleased(const QPointF &position);
     void pointerCancelled();
+    // Keeps the pointer from the editor's row pan while the surface uses it.
+    void claimPointer(bool claim);
+    void openMenuByClick(const QPointF &position);
+    void endMenuByClick(const QPointF &position);
+    void leaveLyricsField();
     void applyRowCount();
     void showMessage(const std::optional<QString> &text);
     QPointF toContent(const QPointF &position) const;
@@ -129,5 +149,8 @@ private:
     QPointF pressPosition;
     QPointF pressOffset;
     bool dragging = false;
+    // A menu opened by a right click stays open after the release until the next click.
+    bool clickMenu = false;
+    bool swallowRelease = false;
     QString lastMessage;
 };

@@ -12,6 +12,8 @@ TabRowWithMarkupViewItem::TabRowWithMarkupViewItem(QQuickItem *parent) : QQuickP
 {
     setAntialiasing(true);
     connect(this, &TabRowWithMarkupViewItem::changed, this, &TabRowWithMarkupViewItem::relayout);
+    connect(this, &TabRowWithMarkupViewItem::changed, this,
+            &TabRowWithMarkupViewItem::watchSurface);
     connect(SurfacePalette::instance(), &SurfacePalette::changed, this, [this] { update(); });
 }
 
@@ -29,6 +31,25 @@ std::optional<TabRowWithMarkupView> TabRowWithMarkupViewItem::rowView() const
     options.fontName = SurfaceFonts::monoFamily();
     return TabRowWithMarkupView(view->tabRows[modelRow], view->stringNotes, capoFret,
                                 view->lyricsSizePercentage, options);
+}
+
+void TabRowWithMarkupViewItem::watchSurface()
+{
+    if (watched == host)
+        return;
+    if (watched) {
+        disconnect(watched, nullptr, this, nullptr);
+        disconnect(watched->view(), nullptr, this, nullptr);
+    }
+    watched = host;
+    if (!watched)
+        return;
+    for (auto signal : {&TabEditSurface::layoutChanged, &TabEditSurface::rowsChanged,
+                        &TabEditSurface::undoStateChanged})
+        connect(watched, signal, this, &TabRowWithMarkupViewItem::relayout);
+    const TabEditView *view = watched->view();
+    connect(view, &TabEditView::columnsNeedRender, this, &TabRowWithMarkupViewItem::relayout);
+    connect(view, &TabEditView::chordNamesNeedRender, this, &TabRowWithMarkupViewItem::relayout);
 }
 
 void TabRowWithMarkupViewItem::relayout()

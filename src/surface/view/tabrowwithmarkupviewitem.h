@@ -49,4 +49,9 @@ protected:
 
 private:
     void relayout();
+    // The row behind modelRow changes without the number changing (a row deleted above it,
+    // an edit, an undo): every change of the surface's rows repaints it.
+    void watchSurface();
+
+    QPointer<TabEditSurface> watched;
 };
