@@ -29,8 +29,9 @@ TabEditView::TabEditView(QObject *parent) : QObject(parent)
     lyricChangeTimer.setSingleShot(true);
     lyricChangeTimer.setInterval(1000);
     connect(&lyricChangeTimer, &QTimer::timeout, this, &TabEditView::commitLyricsField);
-    connect(&forceGestureRecognizer, &ForceLongPressGestureRecognizer::stateChanged, this,
-            &TabEditView::handleForceTouch);
+    connect(&noteMenu, &TabNoteMenu::changed, this, &TabEditView::menuChanged);
+    connect(&renderGate, &RenderGate::columnsNeedRender, this, &TabEditView::columnsRendered);
+    connect(&renderGate, &RenderGate::chordNamesNeedRender, this, &TabEditView::chordNamesRendered);
 
     own = std::make_unique<OwnTab>();
     setTabEdits(nullptr);
@@ -240,6 +241,7 @@ void TabEditView::setContentOffset(const QPointF &offset)
 void TabEditView::tabChanged(const TabChange &change)
 {
     using Kind = TabChange::Kind;
+    noteMenu.tabChanged(change);
     switch (change.kind) {
     case Kind::Rows:
     case Kind::RowsAppended:
