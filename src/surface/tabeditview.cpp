@@ -17,9 +17,7 @@ struct TabEditView::OwnTab {
 
 TabEditView::TabEditView(QObject *parent) : QObject(parent)
 {
-    colChangeVisualTimer.setSingleShot(true);
-    colChangeVisualTimer.setInterval(200);
-    connect(&colChangeVisualTimer, &QTimer::timeout, this, &TabEditView::placeEditHighlight);
+    connect(&cursor, &TabEditCursor::columnChangeShown, this, &TabEditView::placeEditHighlight);
     moveTabRowDelayTimer.setSingleShot(true);
     moveTabRowDelayTimer.setInterval(100);
     connect(&moveTabRowDelayTimer, &QTimer::timeout, this, [this] {

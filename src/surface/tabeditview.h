@@ -8,6 +8,7 @@
 #include "rendergate.h"
 #include "surfacelisteners.h"
 #include "surfacesettings.h"
+#include "tabeditcursor.h"
 #include "tabnotemenu.h"
 #include "tabrowsview.h"
 #include "visibetabrowview.h"
@@ -28,12 +29,12 @@
 class LgUndoManager;
 
 // The editing surface as logic: the window of a tab's rows shown with their geometry in points
-// (tabeditviewport.cpp), the cursor (tabeditcursor.cpp) and the edit operations
+// (tabeditviewport.cpp), where the cursor goes (tabeditviewcursor.cpp) and the edit operations
 // (tabeditoperations.cpp), which go through TabEdits on the tab's own rows and redraw on its
-// change notice. The note menu (TabNoteMenu) and the render gate (RenderGate) are objects of
-// their own that it holds. It draws nothing; the views read the shown rows and
-// redraw when told. Geometry is in content coordinates: the top left of the first shown row's
-// lyric band is (0, 0) and contentOffset scrolls over it.
+// change notice. The cursor's state (TabEditCursor), the note menu (TabNoteMenu) and the
+// render gate (RenderGate) are objects of their own that it holds. It draws nothing; the views read
+// the shown rows and redraw when told. Geometry is in content coordinates: the top left of the
+// first shown row's lyric band is (0, 0) and contentOffset scrolls over it.
 class TabEditView : public QObject, public ChordNamesDisplayListener, private NoteMenuHost {
     Q_OBJECT
 
@@ -66,16 +67,14 @@ public:
     const TabRowsView tabRows{*this};
     int tabRowIndex = 0;
     QList<VisibeTabRowView> showingTabRows;
-    int editShowingTabRowIndex = 0;
-    int editColIndex = 0;
-    static constexpr double editColBorderWidth = 3.0;
-    // The highlight's frame; absent once it is removed. Hidden in magic mode.
-    std::optional<QRectF> editColumnHighlight;
-    bool editColumnHighlightHidden = false;
-    QTimer colChangeVisualTimer;
-    int editColItemIndex = 0;
-    // Declared and kept in step, but never made: the item cursor is invisible on purpose.
-    std::optional<QRectF> editColumnItemIndicator;
+    // The cursor keeps its own state; these names reach into it for the editor and the items.
+    TabEditCursor cursor;
+    int &editShowingTabRowIndex = cursor.editShowingTabRowIndex;
+    int &editColIndex = cursor.editColIndex;
+    static constexpr double editColBorderWidth = TabEditCursor::editColBorderWidth;
+    std::optional<QRectF> &editColumnHighlight = cursor.editColumnHighlight;
+    bool &editColumnHighlightHidden = cursor.editColumnHighlightHidden;
+    int &editColItemIndex = cursor.editColItemIndex;
     std::optional<TabColumnData> preEditColumnData;
     // The note menu keeps its own state; these names reach into it for the items and tests.
     TabNoteMenu noteMenu{*this};
@@ -123,6 +122,7 @@ public:
     void setEditPosition(int column, int shownRow);
     void moveEditItem(int delta);
     void setEditItem(int index);
+    CursorGeometry cursorGeometry() const;
     QRectF itemIndicatorFrame() const;
     QRectF editColumnFrame() const;
     void placeEditHighlight();
@@ -237,6 +237,7 @@ private:
     void scrollToShowFrame(const QRectF &frame);
     void notifyColumnCountChange();
     void showMagicSelection();
+    void highlightChordColumn();
 
     std::unique_ptr<OwnTab> own;
     QPointer<TabEdits> edits;

@@ -232,8 +232,8 @@ void TabEditView::setVisibleTabRowCount(int count)
 
     editShowingTabRowIndex = std::min(showingCount() - 1, editShowingTabRowIndex);
     placeEditHighlight();
-    if (editColumnItemIndicator)
-        editColumnItemIndicator = itemIndicatorFrame();
+    if (cursor.editColumnItemIndicator)
+        cursor.editColumnItemIndicator = itemIndicatorFrame();
     notifyTabRowPosition();
 }
 

@@ -3,6 +3,7 @@
 #include "surface/forcelongpressgesturerecognizer.h"
 #include "surface/rendergate.h"
 #include "surface/stringspacedview.h"
+#include "surface/tabeditcursor.h"
 #include "surface/tabeditview.h"
 #include "surface/tabnotemenu.h"
 #include "surface/tabrowwithmarkupview.h"
@@ -98,6 +99,7 @@ private Q_SLOTS:
     void fretPressSnapshotAndUndoStep();
     void cursorFrozenDuringPress();
     void cursorClampsAndNeverWraps();
+    void cursorOnItsOwn();
     void touchPlacement_data();
     void touchPlacement();
     void pagingArithmetic();
@@ -311,6 +313,48 @@ void TestTabEditView::cursorClampsAndNeverWraps()
     QCOMPARE(f.recorder.highlightMoves.last(), qMakePair(true, false));
     const QRectF frame = f.view.editColumnFrame();
     QCOMPARE(frame, QRectF(-1.5, 79.0, 28.0, 111.0));
+}
+
+void TestTabEditView::cursorOnItsOwn()
+{
+    TabEditCursor cursor;
+    cursor.moveTo(40, 5, 32, 2);
+    QCOMPARE(cursor.editColIndex, 31);
+    QCOMPARE(cursor.editShowingTabRowIndex, 1);
+    QVERIFY(cursor.atLastColumn(32));
+    cursor.moveTo(-3, -1, 32, 2);
+    QCOMPARE(cursor.editColIndex, 0);
+    QCOMPARE(cursor.editShowingTabRowIndex, 0);
+    QVERIFY(cursor.atFirstColumn());
+    // Nothing shown: the cursor rests at the start rather than at -1.
+    cursor.moveTo(5, 3, 0, 0);
+    QCOMPARE(cursor.editColIndex, 0);
+    QCOMPARE(cursor.editShowingTabRowIndex, 0);
+
+    // Centred rows (free scroll) start at an inset.
+    const CursorGeometry geometry{10.0, 79.0, 25.0, 210.0, 111.0, 6};
+    cursor.moveTo(2, 1, 32, 2);
+    QCOMPARE(cursor.columnFrame(geometry), QRectF(58.5, 289.0, 28.0, 111.0));
+    // A removed highlight stays removed wherever the cursor goes.
+    cursor.placeHighlight(geometry);
+    QVERIFY(!cursor.editColumnHighlight);
+    cursor.editColumnHighlight = QRectF();
+    cursor.placeHighlight(geometry);
+    QCOMPARE(*cursor.editColumnHighlight, QRectF(58.5, 289.0, 28.0, 111.0));
+
+    QSignalSpy shown(&cursor, &TabEditCursor::columnChangeShown);
+    cursor.flashColumnChange(4, geometry);
+    QCOMPARE(cursor.editColIndex, 4);
+    QCOMPARE(*cursor.editColumnHighlight, QRectF(108.5, 289.0, 3.0, 111.0));
+    QTRY_COMPARE(shown.size(), 1);
+
+    // The item clamps to the strings and the indicator, where there is one, follows it.
+    cursor.setItem(9, geometry);
+    QCOMPARE(cursor.editColItemIndex, 5);
+    QVERIFY(!cursor.editColumnItemIndicator);
+    cursor.editColumnItemIndicator = QRectF();
+    cursor.setItem(2, geometry);
+    QCOMPARE(*cursor.editColumnItemIndicator, QRectF(0.0, 111.0 * 3 / 6 - 3.0, 28.0, 3.0));
 }
 
 void TestTabEditView::touchPlacement_data()
