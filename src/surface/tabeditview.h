@@ -31,10 +31,10 @@ class LgUndoManager;
 // The editing surface as logic: the window of a tab's rows shown with their geometry in points
 // (tabeditviewport.cpp), where the cursor goes (tabeditviewcursor.cpp) and the edit operations
 // (tabeditoperations.cpp), which go through TabEdits on the tab's own rows and redraw on its
-// change notice. The cursor's state (TabEditCursor), the note menu (TabNoteMenu) and the
-// render gate (RenderGate) are objects of their own that it holds. It draws nothing; the views read
-// the shown rows and redraw when told. Geometry is in content coordinates: the top left of the
-// first shown row's lyric band is (0, 0) and contentOffset scrolls over it.
+// change notice. The cursor's state (TabEditCursor), the note menu (TabNoteMenu) and the render
+// gate (RenderGate) are objects of their own that it holds. It draws nothing; the views read the
+// shown rows and redraw when told. Geometry is in content coordinates: the top left of the first
+// shown row's lyric band is (0, 0) and contentOffset scrolls over it.
 class TabEditView : public QObject, public ChordNamesDisplayListener, private NoteMenuHost {
     Q_OBJECT
 
