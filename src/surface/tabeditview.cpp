@@ -17,9 +17,7 @@ struct TabEditView::OwnTab {
 
 TabEditView::TabEditView(QObject *parent) : QObject(parent)
 {
-    colChangeVisualTimer.setSingleShot(true);
-    colChangeVisualTimer.setInterval(200);
-    connect(&colChangeVisualTimer, &QTimer::timeout, this, &TabEditView::placeEditHighlight);
+    connect(&cursor, &TabEditCursor::columnChangeShown, this, &TabEditView::placeEditHighlight);
     moveTabRowDelayTimer.setSingleShot(true);
     moveTabRowDelayTimer.setInterval(100);
     connect(&moveTabRowDelayTimer, &QTimer::timeout, this, [this] {
@@ -29,8 +27,9 @@ TabEditView::TabEditView(QObject *parent) : QObject(parent)
     lyricChangeTimer.setSingleShot(true);
     lyricChangeTimer.setInterval(1000);
     connect(&lyricChangeTimer, &QTimer::timeout, this, &TabEditView::commitLyricsField);
-    connect(&forceGestureRecognizer, &ForceLongPressGestureRecognizer::stateChanged, this,
-            &TabEditView::handleForceTouch);
+    connect(&noteMenu, &TabNoteMenu::changed, this, &TabEditView::menuChanged);
+    connect(&renderGate, &RenderGate::columnsNeedRender, this, &TabEditView::columnsRendered);
+    connect(&renderGate, &RenderGate::chordNamesNeedRender, this, &TabEditView::chordNamesRendered);
 
     own = std::make_unique<OwnTab>();
     setTabEdits(nullptr);
@@ -240,6 +239,7 @@ void TabEditView::setContentOffset(const QPointF &offset)
 void TabEditView::tabChanged(const TabChange &change)
 {
     using Kind = TabChange::Kind;
+    noteMenu.tabChanged(change);
     switch (change.kind) {
     case Kind::Rows:
     case Kind::RowsAppended:

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "chordnamesdisplay.h"
-#include "forcecontextmenu.h"
-#include "forcelongpressgesturerecognizer.h"
 #include "fretposition.h"
 #include "library/tabedits.h"
 #include "model/selectionbox.h"
 #include "model/tabdata.h"
-#include "notemenuentries.h"
+#include "rendergate.h"
 #include "surfacelisteners.h"
 #include "surfacesettings.h"
+#include "tabeditcursor.h"
+#include "tabnotemenu.h"
 #include "tabrowsview.h"
 #include "visibetabrowview.h"
 
@@ -29,14 +29,13 @@
 class LgUndoManager;
 
 // The editing surface as logic: the window of a tab's rows shown with their geometry in points
-// (tabeditviewport.cpp), the cursor (tabeditcursor.cpp), the note menu (tabeditnotemenu.cpp)
-// and the edit operations (tabeditoperations.cpp), which go through TabEdits on the tab's own
-// rows and redraw on its change notice. It draws nothing; the views read the shown rows and
-// redraw when told. Geometry is in content coordinates: the top left of the first shown row's
-// lyric band is (0, 0) and contentOffset scrolls over it.
-class TabEditView : public QObject,
-                    public ForceContextMenuResponder,
-                    public ChordNamesDisplayListener {
+// (tabeditviewport.cpp), where the cursor goes (tabeditviewcursor.cpp) and the edit operations
+// (tabeditoperations.cpp), which go through TabEdits on the tab's own rows and redraw on its
+// change notice. The cursor's state (TabEditCursor), the note menu (TabNoteMenu) and the render
+// gate (RenderGate) are objects of their own that it holds. It draws nothing; the views read the
+// shown rows and redraw when told. Geometry is in content coordinates: the top left of the first
+// shown row's lyric band is (0, 0) and contentOffset scrolls over it.
+class TabEditView : public QObject, public ChordNamesDisplayListener, private NoteMenuHost {
     Q_OBJECT
 
 public:
@@ -68,22 +67,20 @@ public:
     const TabRowsView tabRows{*this};
     int tabRowIndex = 0;
     QList<VisibeTabRowView> showingTabRows;
-    int editShowingTabRowIndex = 0;
-    int editColIndex = 0;
-    static constexpr double editColBorderWidth = 3.0;
-    // The highlight's frame; absent once it is removed. Hidden in magic mode.
-    std::optional<QRectF> editColumnHighlight;
-    bool editColumnHighlightHidden = false;
-    QTimer colChangeVisualTimer;
-    int editColItemIndex = 0;
-    // Declared and kept in step, but never made: the item cursor is invisible on purpose.
-    std::optional<QRectF> editColumnItemIndicator;
+    // The cursor keeps its own state; these names reach into it for the editor and the items.
+    TabEditCursor cursor;
+    int &editShowingTabRowIndex = cursor.editShowingTabRowIndex;
+    int &editColIndex = cursor.editColIndex;
+    static constexpr double editColBorderWidth = TabEditCursor::editColBorderWidth;
+    std::optional<QRectF> &editColumnHighlight = cursor.editColumnHighlight;
+    bool &editColumnHighlightHidden = cursor.editColumnHighlightHidden;
+    int &editColItemIndex = cursor.editColItemIndex;
     std::optional<TabColumnData> preEditColumnData;
-    std::optional<NoteContextMenuSource> noteContextMenuSource;
-    std::unique_ptr<ForceContextMenu> noteContextMenu;
-    std::unique_ptr<ForceContextMenu> finishedContextMenu;
-    std::optional<QList<ColumnItemType>> noteContextMenuItemResults;
-    ForceLongPressGestureRecognizer forceGestureRecognizer;
+    // The note menu keeps its own state; these names reach into it for the items and tests.
+    TabNoteMenu noteMenu{*this};
+    ForceLongPressGestureRecognizer &forceGestureRecognizer = noteMenu.forceGestureRecognizer;
+    const std::unique_ptr<ForceContextMenu> &noteContextMenu = noteMenu.menu();
+    const std::optional<NoteContextMenuSource> &noteContextMenuSource = noteMenu.source();
     bool magicEditMode = false;
     std::optional<SelectionBox> magicSelectionBox;
     QTimer moveTabRowDelayTimer;
@@ -125,6 +122,7 @@ public:
     void setEditPosition(int column, int shownRow);
     void moveEditItem(int delta);
     void setEditItem(int index);
+    CursorGeometry cursorGeometry() const;
     QRectF itemIndicatorFrame() const;
     QRectF editColumnFrame() const;
     void placeEditHighlight();
@@ -191,12 +189,10 @@ public:
     // The model row of the cursor.
     int cursorTabRow() const { return tabRowIndex + editShowingTabRowIndex; }
 
-    // The note menu.
-    static NoteMenuEntries noteMenuEntries(const ColumnItemType &current, int itemIndex,
-                                           const QStringList &tuning, bool notesOnTab);
+    // The note menu, handed on to noteMenu.
     void handleForceTouch(ForceLongPressGestureRecognizer::State state, QPointF location);
     void openNoteContextMenu(QPointF location);
-    void forceContextMenuFinished(int selectedIndex) override;
+    void forceContextMenuFinished(int selectedIndex);
 
     // Magic mode as far as the surface's own operations need it.
     void setMagicEditMode(bool on);
@@ -230,13 +226,18 @@ private:
     void showEditedPlace(std::optional<int> row, std::optional<QRectF> scrollFrame);
     void queueColumnRender(int shownRow, int column);
     void queueChordNamesRender(int shownRow);
-    void queueFlush();
-    void flushRenders();
+    void columnsRendered(int shownRow, const QList<int> &columns);
+    void chordNamesRendered(int shownRow);
+    // NoteMenuHost: the cell under a point, and the choice written there.
+    std::optional<NoteMenuPlace> notePlaceAt(QPointF location) const override;
+    QPointF noteMenuScroll() const override { return contentOffset; }
+    void noteMenuChose(const NoteContextMenuSource &source, const ColumnItemType &item) override;
     void fillShownRow(VisibeTabRowView &view, int row);
     const TabColumnData *cursorColumn() const;
     void scrollToShowFrame(const QRectF &frame);
     void notifyColumnCountChange();
     void showMagicSelection();
+    void highlightChordColumn();
 
     std::unique_ptr<OwnTab> own;
     QPointer<TabEdits> edits;
@@ -244,5 +245,5 @@ private:
     std::optional<int> throttledRow;
     // The shown row whose typed text waits for lyricChangeTimer.
     int lyricEditShownRow = -1;
-    bool flushQueued = false;
+    RenderGate renderGate;
 };

@@ -1,55 +1,49 @@
 // TabEditView, the viewport: which rows are shown and how large, paging between them, the
-// scrolled offset, and the render gate that turns many changes into one redraw.
+// scrolled offset, and what the render gate sends on to the views.
 
 #include "tabeditview.h"
 
 #include <algorithm>
 #include <cmath>
 
-// Render gate: many changes in one event give one redraw per column.
+// Render gate: the views' flags say a render is queued, the gate sends one per row and event.
 
 void TabEditView::queueColumnRender(int shownRow, int column)
 {
     TabColumnView &view = showingTabRows[shownRow].tabColumnViews[column];
-    if (view.renderNeeded)
-        return;
     view.renderNeeded = true;
-    queueFlush();
+    renderGate.queueColumn(shownRow, column);
 }
 
 void TabEditView::queueChordNamesRender(int shownRow)
 {
     showingTabRows[shownRow].chordNamesDisplay.renderNeeded = true;
-    queueFlush();
+    renderGate.queueChordNames(shownRow);
 }
 
-void TabEditView::queueFlush()
+void TabEditView::columnsRendered(int shownRow, const QList<int> &columns)
 {
-    if (flushQueued)
+    // Rows and columns may have gone since they were queued.
+    if (shownRow < 0 || shownRow >= showingCount())
         return;
-    flushQueued = true;
-    QMetaObject::invokeMethod(this, &TabEditView::flushRenders, Qt::QueuedConnection);
-}
-
-void TabEditView::flushRenders()
-{
-    flushQueued = false;
-    for (int i = 0; i < showingCount(); ++i) {
-        VisibeTabRowView &view = showingTabRows[i];
-        QList<int> columns;
-        for (int j = 0; j < view.tabColumnViews.size(); ++j) {
-            if (view.tabColumnViews[j].renderNeeded) {
-                view.tabColumnViews[j].renderNeeded = false;
-                columns.append(j);
-            }
-        }
-        if (!columns.isEmpty())
-            Q_EMIT columnsNeedRender(i, columns);
-        if (view.chordNamesDisplay.renderNeeded) {
-            view.chordNamesDisplay.render();
-            Q_EMIT chordNamesNeedRender(i);
+    QList<TabColumnView> &views = showingTabRows[shownRow].tabColumnViews;
+    QList<int> due;
+    for (int column : columns) {
+        if (column >= 0 && column < views.size()) {
+            views[column].renderNeeded = false;
+            due.append(column);
         }
     }
+    if (!due.isEmpty())
+        Q_EMIT columnsNeedRender(shownRow, due);
+}
+
+void TabEditView::chordNamesRendered(int shownRow)
+{
+    if (shownRow < 0 || shownRow >= showingCount())
+        return;
+    showingTabRows[shownRow].chordNamesDisplay.render();
+    Q_EMIT chordNamesNeedRender(shownRow);
 }
 
 // Scrolling
@@ -238,8 +232,8 @@ void TabEditView::setVisibleTabRowCount(int count)
 
     editShowingTabRowIndex = std::min(showingCount() - 1, editShowingTabRowIndex);
     placeEditHighlight();
-    if (editColumnItemIndicator)
-        editColumnItemIndicator = itemIndicatorFrame();
+    if (cursor.editColumnItemIndicator)
+        cursor.editColumnItemIndicator = itemIndicatorFrame();
     notifyTabRowPosition();
 }
 

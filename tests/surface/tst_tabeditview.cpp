@@ -1,8 +1,11 @@
 #include "services/lgundomanager.h"
 #include "surface/chordnamesdisplay.h"
 #include "surface/forcelongpressgesturerecognizer.h"
+#include "surface/rendergate.h"
 #include "surface/stringspacedview.h"
+#include "surface/tabeditcursor.h"
 #include "surface/tabeditview.h"
+#include "surface/tabnotemenu.h"
 #include "surface/tabrowwithmarkupview.h"
 #include "testmain.h"
 
@@ -44,6 +47,18 @@ QList<TabRowData> makeRows(int rows, int columns, int strings = 6)
     return list;
 }
 
+// A surface for the note menu alone: one cell at every point, and the choices it is told.
+struct FakeNoteMenuHost : NoteMenuHost {
+    std::optional<NoteMenuPlace> place;
+    QList<QPair<NoteContextMenuSource, ColumnItemType>> choices;
+    std::optional<NoteMenuPlace> notePlaceAt(QPointF) const override { return place; }
+    QPointF noteMenuScroll() const override { return QPointF(0, 40); }
+    void noteMenuChose(const NoteContextMenuSource &source, const ColumnItemType &item) override
+    {
+        choices.append({source, item});
+    }
+};
+
 // A surface of `rows` rows in a 400-point-high frame showing `shown` of them, editing a tab of
 // its own with an undo manager that makes each registration its own step.
 struct Fixture {
@@ -84,6 +99,7 @@ private Q_SLOTS:
     void fretPressSnapshotAndUndoStep();
     void cursorFrozenDuringPress();
     void cursorClampsAndNeverWraps();
+    void cursorOnItsOwn();
     void touchPlacement_data();
     void touchPlacement();
     void pagingArithmetic();
@@ -92,6 +108,10 @@ private Q_SLOTS:
     void noteMenuEntries_data();
     void noteMenuEntries();
     void noteMenuChoiceByHold();
+    void noteMenuOpensOnlyOnACell();
+    void noteMenuCancelledWhenCellsMove_data();
+    void noteMenuCancelledWhenCellsMove();
+    void noteMenuIgnoresARowThatWent();
     void undoRedoOfEveryEditKind_data();
     void undoRedoOfEveryEditKind();
     void undoBringsRowIntoView();
@@ -100,6 +120,7 @@ private Q_SLOTS:
     void chordNameRepeatRule();
     void barToggleDestroysAndUndoRestores();
     void renderGateMarksOnlyChangedColumns();
+    void renderGateOneFlushPerEvent();
     void columnDrawing();
     void chordNameLabels();
     void markupRowHeights();
@@ -294,6 +315,48 @@ void TestTabEditView::cursorClampsAndNeverWraps()
     QCOMPARE(frame, QRectF(-1.5, 79.0, 28.0, 111.0));
 }
 
+void TestTabEditView::cursorOnItsOwn()
+{
+    TabEditCursor cursor;
+    cursor.moveTo(40, 5, 32, 2);
+    QCOMPARE(cursor.editColIndex, 31);
+    QCOMPARE(cursor.editShowingTabRowIndex, 1);
+    QVERIFY(cursor.atLastColumn(32));
+    cursor.moveTo(-3, -1, 32, 2);
+    QCOMPARE(cursor.editColIndex, 0);
+    QCOMPARE(cursor.editShowingTabRowIndex, 0);
+    QVERIFY(cursor.atFirstColumn());
+    // Nothing shown: the cursor rests at the start rather than at -1.
+    cursor.moveTo(5, 3, 0, 0);
+    QCOMPARE(cursor.editColIndex, 0);
+    QCOMPARE(cursor.editShowingTabRowIndex, 0);
+
+    // Centred rows (free scroll) start at an inset.
+    const CursorGeometry geometry{10.0, 79.0, 25.0, 210.0, 111.0, 6};
+    cursor.moveTo(2, 1, 32, 2);
+    QCOMPARE(cursor.columnFrame(geometry), QRectF(58.5, 289.0, 28.0, 111.0));
+    // A removed highlight stays removed wherever the cursor goes.
+    cursor.placeHighlight(geometry);
+    QVERIFY(!cursor.editColumnHighlight);
+    cursor.editColumnHighlight = QRectF();
+    cursor.placeHighlight(geometry);
+    QCOMPARE(*cursor.editColumnHighlight, QRectF(58.5, 289.0, 28.0, 111.0));
+
+    QSignalSpy shown(&cursor, &TabEditCursor::columnChangeShown);
+    cursor.flashColumnChange(4, geometry);
+    QCOMPARE(cursor.editColIndex, 4);
+    QCOMPARE(*cursor.editColumnHighlight, QRectF(108.5, 289.0, 3.0, 111.0));
+    QTRY_COMPARE(shown.size(), 1);
+
+    // The item clamps to the strings and the indicator, where there is one, follows it.
+    cursor.setItem(9, geometry);
+    QCOMPARE(cursor.editColItemIndex, 5);
+    QVERIFY(!cursor.editColumnItemIndicator);
+    cursor.editColumnItemIndicator = QRectF();
+    cursor.setItem(2, geometry);
+    QCOMPARE(*cursor.editColumnItemIndicator, QRectF(0.0, 111.0 * 3 / 6 - 3.0, 28.0, 3.0));
+}
+
 void TestTabEditView::touchPlacement_data()
 {
     QTest::addColumn<QPointF>("point");
@@ -405,7 +468,7 @@ void TestTabEditView::noteMenuEntries()
     QFETCH(QString, first);
     QFETCH(QString, last);
     const NoteMenuEntries entries =
-        TabEditView::noteMenuEntries(item, 0, standardStringNotes(6), false);
+        NoteMenuEntries::forItem(item, 0, standardStringNotes(6), false);
     QCOMPARE(entries.results.size(), count);
     QCOMPARE(entries.labels.size(), count);
     QCOMPARE(entries.startIndex, startIndex);
@@ -416,7 +479,7 @@ void TestTabEditView::noteMenuEntries()
     QCOMPARE(entries.results.count(ColumnItemType::blank()), item.isBlank() ? 1 : 0);
     // Note names follow the string's tuning: the top line of standard tuning is E.
     const NoteMenuEntries named =
-        TabEditView::noteMenuEntries(ColumnItemType::note(1), 0, standardStringNotes(6), true);
+        NoteMenuEntries::forItem(ColumnItemType::note(1), 0, standardStringNotes(6), true);
     QCOMPARE(named.labels.mid(0, 2), QStringList({u"E"_qs, u"F"_qs}));
 }
 
@@ -453,6 +516,103 @@ void TestTabEditView::noteMenuChoiceByHold()
     f.view.openNoteContextMenu(QPointF(100, 20));
     f.view.openNoteContextMenu(QPointF(801, 100));
     QVERIFY(!f.view.noteContextMenuSource);
+}
+
+void TestTabEditView::noteMenuOpensOnlyOnACell()
+{
+    FakeNoteMenuHost host;
+    TabNoteMenu menu(host);
+    QSignalSpy changed(&menu, &TabNoteMenu::changed);
+    menu.openAt(QPointF(10, 10));
+    QVERIFY(!menu.menu());
+    QVERIFY(!menu.source());
+    QCOMPARE(changed.size(), 0);
+
+    host.place = NoteMenuPlace{NoteContextMenuSource{3, 7, 1, 0},
+                               ColumnItemType::note(12),
+                               standardStringNotes(6),
+                               false,
+                               QPointF(100, 60),
+                               QRectF(0, 0, 400, 300)};
+    menu.openAt(QPointF(100, 100));
+    QVERIFY(menu.menu());
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(menu.source()->tRowIndex, 3);
+    QCOMPARE(menu.menu()->labels.size(), 16);
+    QCOMPARE(menu.menu()->selectedIndex, 1);
+    QCOMPARE(menu.itemResults()->value(1), ColumnItemType::note(12));
+    // The ring follows the finger in the frame, the host's scroll taken off.
+    using State = ForceLongPressGestureRecognizer::State;
+    const QPointF above = menu.menu()->entryCenter(15);
+    menu.handleForceTouch(State::changed, above + QPointF(0, 40));
+    QCOMPARE(menu.menu()->selectedIndex, 15);
+    menu.handleForceTouch(State::ended, above + QPointF(0, 40));
+    QCOMPARE(host.choices.size(), 1);
+    QCOMPARE(host.choices.first().first.colIndex, 7);
+    QCOMPARE(host.choices.first().second, ColumnItemType::note(13));
+    QVERIFY(!menu.source());
+    QVERIFY(!menu.menu());
+    // A second finish, as from a stale menu, chooses nothing.
+    menu.forceContextMenuFinished(0);
+    QCOMPARE(host.choices.size(), 1);
+}
+
+void TestTabEditView::noteMenuCancelledWhenCellsMove_data()
+{
+    using Change = TabChange::Kind;
+    QTest::addColumn<TabChange>("change");
+    QTest::addColumn<bool>("cancels");
+    QTest::newRow("row removed") << TabChange{Change::RowRemoved, 0, {}} << true;
+    QTest::newRow("row inserted") << TabChange{Change::RowInserted, 1, {}} << true;
+    QTest::newRow("column inserted") << TabChange{Change::ColumnInserted, 3, {2}} << true;
+    QTest::newRow("column removed") << TabChange{Change::ColumnRemoved, 0, {7}} << true;
+    QTest::newRow("rows replaced") << TabChange{Change::Rows, -1, {}} << true;
+    QTest::newRow("its own column") << TabChange{Change::Columns, 3, {7}} << false;
+    QTest::newRow("lyrics") << TabChange{Change::Lyrics, 3, {}} << false;
+    QTest::newRow("rows padded") << TabChange{Change::RowsAppended, 9, {}} << false;
+}
+
+void TestTabEditView::noteMenuCancelledWhenCellsMove()
+{
+    QFETCH(TabChange, change);
+    QFETCH(bool, cancels);
+    FakeNoteMenuHost host;
+    host.place = NoteMenuPlace{NoteContextMenuSource{3, 7, 1, 0},
+                               ColumnItemType::note(5),
+                               standardStringNotes(6),
+                               false,
+                               QPointF(100, 60),
+                               QRectF(0, 0, 400, 300)};
+    TabNoteMenu menu(host);
+    menu.openAt(QPointF(100, 100));
+    menu.tabChanged(change);
+    QCOMPARE(!menu.source(), cancels);
+    QCOMPARE(!menu.menu(), cancels);
+    // Lifting on an entry now writes only where the menu still stands.
+    menu.forceContextMenuFinished(0);
+    QCOMPARE(host.choices.size(), cancels ? 0 : 1);
+}
+
+void TestTabEditView::noteMenuIgnoresARowThatWent()
+{
+    Fixture f;
+    f.column(1, 6).setColumnItem(2, ColumnItemType::note(5));
+    f.column(2, 6).setColumnItem(2, ColumnItemType::note(7));
+    f.view.loadTabRows(f.view.tabRows);
+    QSignalSpy menuChanges(&f.view, &TabEditView::menuChanged);
+    // Row 2, column 6, third string, as in noteMenuChoiceByHold.
+    f.view.openNoteContextMenu(QPointF(162, 289 + 18.5 * 2 + 9));
+    QCOMPARE(f.view.noteContextMenuSource->tRowIndex, 1);
+    const int fretAbove = int(f.view.noteContextMenu->labels.size()) - 1;
+    // The first row goes, as an undo or another view of the document removes it: the menu's
+    // row is now row 0 and row 1 is the one below it.
+    QVERIFY(f.edits.removeTabRow(0));
+    QVERIFY(!f.view.noteContextMenuSource);
+    QVERIFY(menuChanges.size() >= 2);
+    f.view.forceContextMenuFinished(fretAbove);
+    QCOMPARE(f.column(0, 6).columnItems[2], ColumnItemType::note(5));
+    QCOMPARE(f.column(1, 6).columnItems[2], ColumnItemType::note(7));
+    QCOMPARE(f.recorder.itemChanges, 0);
 }
 
 // Every kind of edit, made on a 5 × 20 tab with the cursor on row 1, column 3, string 3.
@@ -647,6 +807,51 @@ void TestTabEditView::renderGateMarksOnlyChangedColumns()
     QCoreApplication::processEvents();
     QCOMPARE(spy.size(), 1);
     QCOMPARE(spy.first().at(1).value<QList<int>>(), QList<int>({2}));
+}
+
+void TestTabEditView::renderGateOneFlushPerEvent()
+{
+    RenderGate gate;
+    QList<QPair<int, QList<int>>> columns;
+    QList<int> names;
+    QObject::connect(&gate, &RenderGate::columnsNeedRender, [&](int row, const QList<int> &cols) {
+        columns.append({row, cols});
+    });
+    QObject::connect(&gate, &RenderGate::chordNamesNeedRender, [&](int row) { names.append(row); });
+    // The edits of one event, some touching a column twice.
+    gate.queueColumn(2, 9);
+    gate.queueColumn(0, 4);
+    gate.queueColumn(2, 1);
+    gate.queueColumn(2, 9);
+    gate.queueChordNames(1);
+    gate.queueChordNames(1);
+    QVERIFY(gate.flushQueued());
+    QVERIFY(gate.isColumnQueued(2, 9));
+    QVERIFY(!gate.isColumnQueued(1, 9));
+    QVERIFY(columns.isEmpty());
+    QCoreApplication::processEvents();
+    using Row = QPair<int, QList<int>>;
+    QCOMPARE(columns, QList<Row>({Row{0, {4}}, Row{2, {1, 9}}}));
+    QCOMPARE(names, QList<int>({1}));
+    QVERIFY(!gate.flushQueued());
+    QVERIFY(!gate.isColumnQueued(2, 9));
+    // Nothing is sent twice.
+    QCoreApplication::processEvents();
+    QCOMPARE(columns.size(), 2);
+    QCOMPARE(names.size(), 1);
+
+    // What a listener queues while it redraws waits for a flush of its own.
+    QObject::connect(&gate, &RenderGate::chordNamesNeedRender, [&](int row) {
+        if (row == 0)
+            gate.queueColumn(0, 1);
+    });
+    gate.queueChordNames(0);
+    QCoreApplication::processEvents();
+    QCOMPARE(names.size(), 2);
+    QCOMPARE(columns.size(), 2);
+    QVERIFY(gate.flushQueued());
+    QCoreApplication::processEvents();
+    QCOMPARE(columns.last(), Row(0, {1}));
 }
 
 void TestTabEditView::columnDrawing()
