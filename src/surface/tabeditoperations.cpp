@@ -221,11 +221,13 @@ void TabEditView::lyricsFieldTextChanged(int shownRow, const QString &text)
 {
     if (shownRow < 0 || shownRow >= showingCount())
         return;
+    const int row = tabRowIndex + shownRow;
     // Typing moves to another row: what waits for the first one is written first.
-    if (lyricEditShownRow >= 0 && lyricEditShownRow != shownRow)
+    if (pendingLyric && pendingLyric->row != row)
         commitLyricsField();
     showingTabRows[shownRow].lyricsField.text = text;
-    lyricEditShownRow = shownRow;
+    // Kept by model row and text, not by field: the rows shown may move before it is written.
+    pendingLyric = PendingLyric{row, text};
     lyricChangeTimer.start();
     if (tabRowChangeListener)
         tabRowChangeListener->lyricsFieldEdited();
@@ -234,13 +236,10 @@ void TabEditView::lyricsFieldTextChanged(int shownRow, const QString &text)
 void TabEditView::commitLyricsField()
 {
     lyricChangeTimer.stop();
-    const int shown = std::exchange(lyricEditShownRow, -1);
-    if (shown < 0 || shown >= showingCount())
+    const std::optional<PendingLyric> pending = std::exchange(pendingLyric, std::nullopt);
+    if (!pending || pending->row < 0 || pending->row >= tabRows.size())
         return;
-    const int row = tabRowIndex + shown;
-    if (row < 0 || row >= tabRows.size())
-        return;
-    setLyricLine(row, tabRows[row].selectedLyricLineIndex, showingTabRows[shown].lyricsField.text);
+    setLyricLine(pending->row, tabRows[pending->row].selectedLyricLineIndex, pending->text);
 }
 
 // Magic mode

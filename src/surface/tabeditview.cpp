@@ -161,6 +161,9 @@ void TabEditView::notifyColumnCountChange()
 
 void TabEditView::refreshShowingRows(bool forceRender)
 {
+    // The fields are filled from the model again: typed text still waiting is written first.
+    if (pendingLyric)
+        commitLyricsField();
     const bool hideHeaders = settings.hideColHeaders;
     for (int i = 0; i < showingCount(); ++i) {
         const int row = tabRowIndex + i;
@@ -300,7 +303,7 @@ void TabEditView::syncLyrics(int row)
     if (shown < 0 || row >= tabRows.size())
         return;
     // What is typed and not yet written stays in its field.
-    if (shown == lyricEditShownRow && lyricChangeTimer.isActive())
+    if (pendingLyric && pendingLyric->row == row)
         return;
     showingTabRows[shown].lyricsField.text = tabRows[row].lyricText().value_or(QString());
     Q_EMIT shownRowChanged(shown);

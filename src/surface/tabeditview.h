@@ -243,7 +243,11 @@ private:
     QPointer<TabEdits> edits;
     QMetaObject::Connection editsConnection;
     std::optional<int> throttledRow;
-    // The shown row whose typed text waits for lyricChangeTimer.
-    int lyricEditShownRow = -1;
+    // Typed lyric text that waits for lyricChangeTimer, by model row.
+    struct PendingLyric {
+        int row = -1;
+        QString text;
+    };
+    std::optional<PendingLyric> pendingLyric;
     RenderGate renderGate;
 };

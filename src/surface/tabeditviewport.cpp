@@ -96,6 +96,9 @@ bool TabEditView::canMoveTabRow(int delta) const
 
 void TabEditView::moveToTabRow(int row, bool exactTop, bool forceRefresh)
 {
+    // Typed text still waiting is written while its row is in view, before the rows move.
+    if (pendingLyric)
+        commitLyricsField();
     moveTabRowDelayTimer.stop();
     throttledRow.reset();
     if (!canShowTabRow(row))

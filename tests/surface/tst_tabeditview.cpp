@@ -1041,6 +1041,15 @@ void TestTabEditView::typedLyricsReachTheRowAsOneStep()
     f.view.commitLyricsField();
     QCOMPARE(f.view.tabRows[1].lyricText(), u"two"_qs);
     QVERIFY(!f.view.lyricChangeTimer.isActive());
+
+    // The rows page before the second is up: the text reaches the row it was typed in.
+    Fixture g(8);
+    g.view.lyricsFieldTextChanged(1, u"paged"_qs);
+    g.view.moveToTabRow(4, true, false);
+    QCOMPARE(g.view.tabRowIndex, 4);
+    QCOMPARE(g.view.tabRows[1].lyricText(), u"paged"_qs);
+    QCOMPARE(g.view.showingTabRows[0].lyricsField.text, QString());
+    QVERIFY(!g.view.lyricChangeTimer.isActive());
     // Unchanged text is no edit.
     const bool couldRedo = f.undo.canRedo();
     f.view.setLyricLine(1, 0, u"two"_qs);
