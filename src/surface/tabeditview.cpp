@@ -243,6 +243,7 @@ void TabEditView::tabChanged(const TabChange &change)
 {
     using Kind = TabChange::Kind;
     noteMenu.tabChanged(change);
+    Q_EMIT tabDataChanged(change);
     switch (change.kind) {
     case Kind::Rows:
     case Kind::RowsAppended:

@@ -215,6 +215,8 @@ Q_SIGNALS:
     void columnsNeedRender(int shownRow, const QList<int> &columns);
     void chordNamesNeedRender(int shownRow);
     void menuChanged();
+    // The tab's data changed (an edit, an undo, a load), for views that show rows of their own.
+    void tabDataChanged(const TabChange &change);
 
 private:
     struct OwnTab;

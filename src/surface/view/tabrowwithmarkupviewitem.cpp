@@ -44,12 +44,18 @@ void TabRowWithMarkupViewItem::watchSurface()
     watched = host;
     if (!watched)
         return;
-    for (auto signal : {&TabEditSurface::layoutChanged, &TabEditSurface::rowsChanged,
-                        &TabEditSurface::undoStateChanged})
-        connect(watched, signal, this, &TabRowWithMarkupViewItem::relayout);
-    const TabEditView *view = watched->view();
-    connect(view, &TabEditView::columnsNeedRender, this, &TabRowWithMarkupViewItem::relayout);
-    connect(view, &TabEditView::chordNamesNeedRender, this, &TabRowWithMarkupViewItem::relayout);
+    connect(watched, &TabEditSurface::layoutChanged, this, &TabRowWithMarkupViewItem::relayout);
+    // Only a change that reaches this row repaints it: an edit elsewhere costs nothing here.
+    connect(watched->view(), &TabEditView::tabDataChanged, this, [this](const TabChange &change) {
+        using Kind = TabChange::Kind;
+        const bool cellsOnly = change.kind == Kind::Columns || change.kind == Kind::Lyrics;
+        const bool rowsShifted = change.kind == Kind::RowInserted ||
+                                 change.kind == Kind::RowRemoved || change.kind == Kind::Rows ||
+                                 change.kind == Kind::RowsAppended;
+        if ((cellsOnly && change.row == modelRow) || (rowsShifted && change.row <= modelRow) ||
+            change.kind == Kind::ColumnInserted || change.kind == Kind::ColumnRemoved)
+            relayout();
+    });
 }
 
 void TabRowWithMarkupViewItem::relayout()
