@@ -35,6 +35,7 @@ TabEditViewController::TabEditViewController(LutegridDocument *document, TabEdit
     connect(&editMoveButtsTimer, &QTimer::timeout, this, &TabEditViewController::hideEditMoveButts);
     indicator = std::make_unique<TabScrollIndicator>(surface);
     pan = std::make_unique<TabRowPan>(surface, indicator.get());
+    keys = std::make_unique<HardwareKeyboard>(*this);
     pan->startArea = [this] {
         // Magic edit drags selections over the rows instead; the strip of the next row's
         // preview below the rows takes a pan as well.

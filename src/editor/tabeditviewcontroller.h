@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/hardwarekeyboard.h"
 #include "editor/tabrowpan.h"
 #include "editor/tabscrollindicator.h"
 #include "library/conflictresolver.h"
@@ -71,6 +72,7 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(int capoFret READ capoFret NOTIFY layoutChanged)
     Q_PROPERTY(QObject *rowPan READ rowPanObject CONSTANT)
     Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
+    Q_PROPERTY(QObject *keyboard READ keyboardObject CONSTANT)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
 
 public:
@@ -130,7 +132,10 @@ public:
     TabScrollIndicator *scrollIndicator() const { return indicator.get(); }
     QObject *rowPanObject() const { return pan.get(); }
     QObject *scrollIndicatorObject() const { return indicator.get(); }
+    HardwareKeyboard *keyboard() const { return keys.get(); }
+    QObject *keyboardObject() const { return keys.get(); }
     void setDialogPresenter(DialogPresenter *presenter) { dialogs = presenter; }
+    DialogPresenter *dialogPresenter() const { return dialogs; }
     // For tests that play no sound; absent: the shared one.
     void setSoundManager(SoundManager *manager) { soundManager = manager; }
     // How many tabs the library holds, as the app last counted them.
@@ -235,6 +240,7 @@ private:
     // After the surface they work on, so that they go first.
     std::unique_ptr<TabScrollIndicator> indicator;
     std::unique_ptr<TabRowPan> pan;
+    std::unique_ptr<HardwareKeyboard> keys;
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
     QList<FretPosition> openStrings;
