@@ -50,6 +50,7 @@ Window {
         TabEditScreen {
             dialogs: root.scene.dialogs
             onBackRequested: root.scene.goBack()
+            onNewTabRequested: root.scene.newTabFromEditor()
             onRootRequested: root.scene.popToRoot()
         }
     }

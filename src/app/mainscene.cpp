@@ -1,8 +1,8 @@
 #include "mainscene.h"
 
-#include "shell/appmanager.h"
 #include "library/lutegriddocument.h"
 #include "services/saveddata.h"
+#include "shell/appmanager.h"
 #include "surfacepalette.h"
 
 #include "iconprovider.h"
@@ -127,6 +127,15 @@ void MainScene::popToRoot()
     }
     Q_EMIT poppedToRoot();
     tabFolders.refresh();
+}
+
+void MainScene::newTabFromEditor()
+{
+    if (topKind() != Editor || dialogHost.isPresenting())
+        return;
+    goBack();
+    if (TabsListViewController *list = topList())
+        list->newTab();
 }
 
 TabsListViewController *MainScene::topList() const

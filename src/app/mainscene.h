@@ -44,6 +44,8 @@ public:
     Q_INVOKABLE void goBack();
     // Every screen over the first goes at once, as when an editor can't stay.
     Q_INVOKABLE void popToRoot();
+    // From the editor, a new tab in the list under it, as the list's new-tab button makes one.
+    Q_INVOKABLE void newTabFromEditor();
     ScreenKind topKind() const { return stack.isEmpty() ? Folders : stack.last().kind; }
     int depth() const { return int(stack.size()); }
     TabsListViewController *topList() const;

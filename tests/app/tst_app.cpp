@@ -116,6 +116,8 @@ private Q_SLOTS:
     void verticalDragStillPansTheRows();
     void previewFollowsADeletedRow();
     void fixedFolderListTitles();
+    void keyboardInTheWindow();
+    void keyboardHelpAndNewTab();
 
 private:
     void openWindow(QSize size = QSize(390, 844));
@@ -1152,3 +1154,67 @@ int main(int argc, char *argv[])
 }
 
 #include "tst_app.moc"
+
+void TestApp::keyboardInTheWindow()
+{
+    SavedData::shared().freeScrollSetting = true;
+    QVERIFY(openEditor());
+    QVERIFY(view->freeVerticalScroll);
+    auto *screen = findItem<EditorScreenItem>(window->contentItem());
+    // Nobody clicked anything: the editor has the keys.
+    QTRY_VERIFY(screen->hasActiveFocus());
+    const int column = view->editColIndex;
+    QTest::keyClick(window.get(), Qt::Key_Right);
+    QCOMPARE(view->editColIndex, column + 1);
+    const int itemIndex = view->editColItemIndex;
+    QTest::keyClick(window.get(), Qt::Key_5);
+    const auto itemAt = [this, column, itemIndex] {
+        return view->tab().tabRowDatas[0].colDatas[column + 1].columnItems[itemIndex];
+    };
+    QCOMPARE(itemAt(), ColumnItemType::note(5));
+    QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(itemAt(), ColumnItemType::blank());
+    QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(itemAt(), ColumnItemType::note(5));
+    QTest::keyClick(window.get(), Qt::Key_Delete);
+    QCOMPARE(itemAt(), ColumnItemType::blank());
+
+    // Typing in a lyric field keeps every key there, Escape and Ctrl+Z included.
+    QQuickItem *field = item(u"lyricsField0"_qs);
+    QVERIFY(field);
+    field->forceActiveFocus();
+    QTest::keyClick(window.get(), Qt::Key_7);
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(scene->topKind(), MainScene::Editor);
+    QCOMPARE(itemAt(), ColumnItemType::blank());
+    screen->forceActiveFocus();
+
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    waitForStack();
+    QCOMPARE(scene->topKind(), MainScene::TabsList);
+}
+
+void TestApp::keyboardHelpAndNewTab()
+{
+    QVERIFY(openEditor());
+    auto *screen = findItem<EditorScreenItem>(window->contentItem());
+    QTRY_VERIFY(screen->hasActiveFocus());
+    QQuickItem *help = findItem(window->contentItem(), u"keyboardHelp"_qs);
+    QVERIFY(!help);
+    QTest::keyClick(window.get(), Qt::Key_F1);
+    help = item(u"keyboardHelp"_qs);
+    QVERIFY(help);
+    saveShot(u"keyboard-help"_qs);
+    // Any key closes it and does nothing else.
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    QVERIFY(!item(u"keyboardHelp"_qs));
+    QCOMPARE(scene->topKind(), MainScene::Editor);
+    QTRY_VERIFY(screen->hasActiveFocus());
+
+    // Ctrl+N leaves this tab for a new one.
+    QTest::keyClick(window.get(), Qt::Key_N, Qt::ControlModifier);
+    waitForStack();
+    QCOMPARE(scene->topKind(), MainScene::Editor);
+    QTRY_COMPARE(editor()->title(), u"Edit - Untitled 2"_qs);
+}

@@ -12,6 +12,7 @@ EditorScreenItem {
     surface: area
     fretboard: board
     signal backRequested()
+    signal newTabRequested()
     // Back to the first screen of the window, at once.
     signal rootRequested()
     readonly property var c: controller
@@ -25,6 +26,13 @@ EditorScreenItem {
     Connections {
         target: screen.c
         function onReturnToRootRequested() { screen.rootRequested() }
+    }
+    Connections {
+        target: screen.c ? screen.c.keyboard : null
+        function onBackRequested() { screen.backRequested() }
+        function onNewTabRequested() { screen.newTabRequested() }
+        function onHelpRequested() { helpOverlay.visible = !helpOverlay.visible }
+        function onFullScreenRequested() { screen.toggleFullScreen() }
     }
 
     // The rows, between the bar and the toolbar.
@@ -339,6 +347,53 @@ EditorScreenItem {
             width: board.width
             height: board.stringAreaHeight
             numItems: area.stringNotes.length
+        }
+    }
+
+    // The keyboard shortcuts, over everything; any tap or key closes it.
+    Rectangle {
+        id: helpOverlay
+        objectName: "keyboardHelp"
+        visible: false
+        anchors.fill: parent
+        color: Qt.alpha("black", 0.45)
+        z: 50
+        MouseArea { anchors.fill: parent; onClicked: helpOverlay.visible = false }
+        Keys.onPressed: (event) => { helpOverlay.visible = false; event.accepted = true }
+        onVisibleChanged: if (visible) forceActiveFocus(); else screen.forceActiveFocus()
+        Rectangle {
+            anchors.centerIn: parent
+            width: Math.min(parent.width - 32, 520)
+            height: helpColumn.implicitHeight + 40
+            radius: 12
+            color: Theme.background
+            Column {
+                id: helpColumn
+                x: 20; y: 20
+                width: parent.width - 40
+                spacing: 10
+                Text {
+                    text: "Keyboard shortcuts"
+                    font.pixelSize: 20; font.bold: true
+                    color: Theme.label
+                }
+                Grid {
+                    columns: 2
+                    columnSpacing: 16
+                    rowSpacing: 6
+                    Repeater {
+                        model: screen.keyboardShortcuts
+                        Text {
+                            text: modelData
+                            font.pixelSize: 14
+                            font.bold: index % 2 === 0
+                            color: index % 2 === 0 ? Theme.accent : Theme.label
+                            width: index % 2 === 0 ? helpColumn.width * 0.36 : helpColumn.width * 0.64 - 16
+                            wrapMode: Text.WordWrap
+                        }
+                    }
+                }
+            }
         }
     }
 }

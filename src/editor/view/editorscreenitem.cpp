@@ -7,9 +7,12 @@
 #include "tabeditsurface.h"
 
 #include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQuickWindow>
 
 EditorScreenItem::EditorScreenItem(QQuickItem *parent) : QQuickItem(parent)
 {
+    setActiveFocusOnTab(false);
     connect(this, &EditorScreenItem::partsChanged, this, &EditorScreenItem::makeController);
     // A quit leaves no time for the screen to go: the rows are saved here.
     connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &EditorScreenItem::finishEditing);
@@ -61,4 +64,73 @@ void EditorScreenItem::finishEditing()
 {
     if (editor)
         editor->finishEditing();
+}
+
+namespace {
+
+KeyPress keyPress(const QKeyEvent &event)
+{
+    return KeyPress{event.key(), event.text(), event.modifiers(), event.isAutoRepeat()};
+}
+
+} // namespace
+
+bool EditorScreenItem::textBeingTyped() const
+{
+    const QQuickWindow *w = window();
+    const QQuickItem *item = w ? w->activeFocusItem() : nullptr;
+    return item && (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"));
+}
+
+void EditorScreenItem::keyPressEvent(QKeyEvent *event)
+{
+    if (!editor) {
+        event->ignore();
+        return;
+    }
+    HardwareKeyboard *keys = editor->keyboard();
+    keys->textBeingTyped = textBeingTyped();
+    event->setAccepted(keys->pressBegan(keyPress(*event)));
+}
+
+void EditorScreenItem::keyReleaseEvent(QKeyEvent *event)
+{
+    if (!editor) {
+        event->ignore();
+        return;
+    }
+    event->setAccepted(editor->keyboard()->pressEnded(keyPress(*event)));
+}
+
+void EditorScreenItem::itemChange(ItemChange change, const ItemChangeData &data)
+{
+    QQuickItem::itemChange(change, data);
+    if (change != ItemSceneChange)
+        return;
+    disconnect(focusConnection);
+    if (data.window) {
+        focusConnection = connect(data.window, &QQuickWindow::activeFocusItemChanged, this,
+                                  &EditorScreenItem::keepKeyFocus, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &EditorScreenItem::keepKeyFocus, Qt::QueuedConnection);
+    }
+}
+
+void EditorScreenItem::keepKeyFocus()
+{
+    QQuickWindow *w = window();
+    if (!w || !isVisible() || !isEnabled() || textBeingTyped())
+        return;
+    QQuickItem *item = w->activeFocusItem();
+    // Keys inside the screen still climb up to it; elsewhere (the dialog layer) they stay.
+    if (item && item != w->contentItem() && (item == this || isAncestorOf(item)))
+        return;
+    if (item && item != w->contentItem() && !item->inherits("QQuickStackView"))
+        return;
+    forceActiveFocus(Qt::OtherFocusReason);
+}
+
+void EditorScreenItem::toggleFullScreen()
+{
+    if (QQuickWindow *w = window())
+        w->setWindowStates(w->windowStates() ^ Qt::WindowFullScreen);
 }
