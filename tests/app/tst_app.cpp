@@ -1184,11 +1184,14 @@ void TestApp::keyboardInTheWindow()
     QVERIFY(field);
     field->forceActiveFocus();
     QTest::keyClick(window.get(), Qt::Key_7);
+    QVERIFY(field->property("text").toString().endsWith(u'7'));
     QTest::keyClick(window.get(), Qt::Key_Escape);
     QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier);
     QCOMPARE(scene->topKind(), MainScene::Editor);
     QCOMPARE(itemAt(), ColumnItemType::blank());
-    screen->forceActiveFocus();
+    // The field let go, the keys come back to the editor.
+    field->setFocus(false);
+    QTRY_VERIFY(screen->hasActiveFocus());
 
     QTest::keyClick(window.get(), Qt::Key_Escape);
     waitForStack();
@@ -1217,4 +1220,11 @@ void TestApp::keyboardHelpAndNewTab()
     waitForStack();
     QCOMPARE(scene->topKind(), MainScene::Editor);
     QTRY_COMPARE(editor()->title(), u"Edit - Untitled 2"_qs);
+
+    // On a desktop-sized window.
+    window->resize(1280, 800);
+    QTRY_VERIFY(findItem<EditorScreenItem>(window->contentItem())->hasActiveFocus());
+    QTest::keyClick(window.get(), Qt::Key_Question, Qt::ShiftModifier);
+    QVERIFY(item(u"keyboardHelp"_qs));
+    saveShot(u"keyboard-help-desktop"_qs);
 }

@@ -388,7 +388,7 @@ EditorScreenItem {
                             font.pixelSize: 14
                             font.bold: index % 2 === 0
                             color: index % 2 === 0 ? Theme.accent : Theme.label
-                            width: index % 2 === 0 ? helpColumn.width * 0.36 : helpColumn.width * 0.64 - 16
+                            width: index % 2 === 0 ? helpColumn.width * 0.42 : helpColumn.width * 0.58 - 16
                             wrapMode: Text.WordWrap
                         }
                     }
