@@ -129,6 +129,16 @@ BinaryPlistWriter::Ref BinaryPlistWriter::real(double value)
     return addScalar(encoded);
 }
 
+BinaryPlistWriter::Ref BinaryPlistWriter::date(double seconds)
+{
+    QByteArray encoded;
+    encoded.append(char(0x33));
+    quint64 bits = 0;
+    std::memcpy(&bits, &seconds, sizeof bits);
+    appendBigEndian(encoded, bits, 8);
+    return addScalar(encoded);
+}
+
 BinaryPlistWriter::Ref BinaryPlistWriter::boolean(bool value)
 {
     if (!haveBoolean[value]) {
