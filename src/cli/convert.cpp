@@ -1,9 +1,9 @@
 #include "convert.h"
+#include "tabinput.h"
 
 #include "export/documentmanager.h"
 #include "model/tabfileformat.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -43,21 +43,21 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
     if (outputForm == Form::Unknown)
         return outputPath + u": unknown output type (use .lgrdi, .lgrd or .txt)";
 
-    QFile input(inputPath);
-    if (!input.open(QIODevice::ReadOnly))
-        return inputPath + u": " + input.errorString();
-    const QByteArray bytes = input.readAll();
+    QString readError;
+    const std::optional<QByteArray> bytes = readTabInput(inputPath, &readError);
+    if (!bytes)
+        return readError;
 
     std::optional<TabData> tab;
     if (inputForm == Form::Document) {
         QString error;
-        tab = tabDataFromDocumentData(bytes, &error);
+        tab = tabDataFromDocumentData(*bytes, &error);
         if (!tab)
             return inputPath + u": unreadable tab document (" + error + u")";
         tab->title = titleFromFileName(inputPath);
     } else {
         ImportError error;
-        tab = tabDataFromExchangeData(bytes, &error);
+        tab = tabDataFromExchangeData(*bytes, &error);
         if (!tab)
             return inputPath + u": " + error.message;
     }

@@ -1,12 +1,12 @@
 #include "play.h"
+#include "tabinput.h"
 
 #include "model/tabfileformat.h"
 #include "sound/sampler.h"
-#include "viewmode/songsequence.h"
 #include "sound/soundmanager.h"
 #include "sound/soundoutput.h"
+#include "viewmode/songsequence.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <chrono>
@@ -23,21 +23,18 @@ std::optional<TabData> readTab(const QString &path, QString *error)
         *error = path + u": not a tab file (.lgrdi or .lgrd)";
         return std::nullopt;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = path + u": " + file.errorString();
+    const std::optional<QByteArray> bytes = readTabInput(path, error);
+    if (!bytes)
         return std::nullopt;
-    }
-    const QByteArray bytes = file.readAll();
     if (suffix == documentExtension) {
         QString why;
-        auto tab = tabDataFromDocumentData(bytes, &why);
+        auto tab = tabDataFromDocumentData(*bytes, &why);
         if (!tab)
             *error = path + u": unreadable tab document (" + why + u")";
         return tab;
     }
     ImportError why;
-    auto tab = tabDataFromExchangeData(bytes, &why);
+    auto tab = tabDataFromExchangeData(*bytes, &why);
     if (!tab)
         *error = path + u": " + why.message;
     return tab;

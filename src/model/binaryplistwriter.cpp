@@ -1,5 +1,7 @@
 #include "binaryplistwriter.h"
 
+#include "wellformedtext.h"
+
 #include <QtEndian>
 
 #include <cstring>
@@ -78,19 +80,23 @@ BinaryPlistWriter::Ref BinaryPlistWriter::string(const QString &value)
     if (found != strings.constEnd())
         return *found;
     QByteArray encoded;
+    // A NUL goes in UTF-16, which readers take by its length: an ASCII string is read as a C
+    // string and would end there.
     bool ascii = true;
+    bool surrogates = false;
     for (QChar c : value) {
-        if (c.unicode() >= 0x80) {
-            ascii = false;
-            break;
-        }
+        ascii = ascii && c.unicode() < 0x80 && !c.isNull();
+        surrogates = surrogates || c.isSurrogate();
     }
     if (ascii) {
         appendMarker(encoded, 0x50, quint64(value.size()));
         encoded.append(value.toLatin1());
     } else {
-        appendMarker(encoded, 0x60, quint64(value.size()));
-        for (QChar c : value)
+        const QString text = surrogates && hasUnpairedSurrogate(value)
+                                 ? withUnpairedSurrogatesReplaced(value)
+                                 : value;
+        appendMarker(encoded, 0x60, quint64(text.size()));
+        for (QChar c : text)
             appendBigEndian(encoded, c.unicode(), 2);
     }
     const Ref ref = addScalar(encoded);
@@ -119,6 +125,16 @@ BinaryPlistWriter::Ref BinaryPlistWriter::real(double value)
     encoded.append(char(0x23));
     quint64 bits = 0;
     std::memcpy(&bits, &value, sizeof bits);
+    appendBigEndian(encoded, bits, 8);
+    return addScalar(encoded);
+}
+
+BinaryPlistWriter::Ref BinaryPlistWriter::date(double seconds)
+{
+    QByteArray encoded;
+    encoded.append(char(0x33));
+    quint64 bits = 0;
+    std::memcpy(&bits, &seconds, sizeof bits);
     appendBigEndian(encoded, bits, 8);
     return addScalar(encoded);
 }

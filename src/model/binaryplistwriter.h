@@ -18,6 +18,8 @@ public:
     Ref string(const QString &value);
     Ref integer(qint64 value);
     Ref real(double value);
+    // A date as seconds from the start of 2001, UTC.
+    Ref date(double seconds);
     Ref boolean(bool value);
     Ref data(const QByteArray &value);
     Ref uid(quint64 value);

@@ -14,8 +14,6 @@
 namespace {
 
 const QString nsObjectsKey = u"NS.objects"_qs;
-// Far beyond any tab a person writes: a 1,000-row tab takes 7 MB.
-constexpr qsizetype maximumArchiveBytes = 256 * 1024 * 1024;
 const QString classKey = u"$class"_qs;
 
 struct PlistFree {
@@ -195,7 +193,7 @@ public:
     {
         if (bytes.size() < 8 || std::memcmp(bytes.data(), "bplist00", 8) != 0)
             return fail(u"not a binary property list"_qs);
-        if (bytes.size() > maximumArchiveBytes)
+        if (bytes.size() > KeyedUnarchiver::maximumBytes)
             return fail(u"file too large"_qs);
         // libplist copies an object for each reference to it and stops the program on some
         // damaged keys, so the file's structure is checked before libplist sees it. A tab's

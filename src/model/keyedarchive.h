@@ -62,6 +62,9 @@ class KeyedUnarchiver {
 public:
     // Deepest chain of references that an archive may hold before it counts as unreadable.
     static constexpr int maximumDepth = 200;
+    // Larger archives are refused unread. Far beyond any tab a person writes: a 1,000-row tab
+    // takes 7 MB.
+    static constexpr qsizetype maximumBytes = 256 * 1024 * 1024;
 
     // Gives the root object, or nothing with the reason in `error`.
     static std::optional<ArchiveValue> unarchivedRootObject(QByteArrayView bytes,

@@ -1,5 +1,7 @@
 #include "plistvariant.h"
 
+#include "binaryplistwriter.h"
+
 #include <QDateTime>
 #include <QTimeZone>
 
@@ -29,67 +31,71 @@ const QDateTime &referenceDate()
 // Limits on the tree that a binary file may expand into: a few thousand bytes of shared
 // references could otherwise describe billions of nodes.
 
-plist_t toNode(const QVariant &value, int depth)
+// Written with our own writer: libplist takes text as C strings and would end it at a NUL.
+std::optional<BinaryPlistWriter::Ref> encode(BinaryPlistWriter &plist, const QVariant &value,
+                                             int depth)
 {
     if (depth > maximumDepth)
-        return nullptr;
+        return std::nullopt;
     switch (value.typeId()) {
     case QMetaType::Bool:
-        return plist_new_bool(value.toBool());
+        return plist.boolean(value.toBool());
     case QMetaType::Int:
     case QMetaType::UInt:
     case QMetaType::Short:
     case QMetaType::UShort:
     case QMetaType::Long:
     case QMetaType::LongLong:
-        return plist_new_uint(static_cast<uint64_t>(value.toLongLong()));
+        return plist.integer(value.toLongLong());
     case QMetaType::ULong:
     case QMetaType::ULongLong:
-        return plist_new_uint(value.toULongLong());
+        // The 64-bit pattern, as the reader gives every integer back as qint64.
+        return plist.integer(qint64(value.toULongLong()));
     case QMetaType::Double:
     case QMetaType::Float:
-        return plist_new_real(value.toDouble());
+        return plist.real(value.toDouble());
     case QMetaType::QString:
-        return plist_new_string(value.toString().toUtf8().constData());
-    case QMetaType::QByteArray: {
-        const QByteArray data = value.toByteArray();
-        return plist_new_data(data.constData(), uint64_t(data.size()));
-    }
+        return plist.string(value.toString());
+    case QMetaType::QByteArray:
+        return plist.data(value.toByteArray());
     case QMetaType::QDateTime: {
         const QDateTime date = value.toDateTime();
         if (!date.isValid())
-            return nullptr;
+            return std::nullopt;
         const qint64 ms = referenceDate().msecsTo(date);
         const qint64 seconds = ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
         if (seconds < INT32_MIN || seconds > INT32_MAX)
-            return nullptr;
-        return plist_new_date(int32_t(seconds), int32_t((ms - seconds * 1000) * 1000));
+            return std::nullopt;
+        return plist.date(double(ms) / 1000.0);
     }
     case QMetaType::QStringList:
     case QMetaType::QVariantList: {
-        PlistPtr array(plist_new_array());
+        std::vector<BinaryPlistWriter::Ref> elements;
         for (const QVariant &element : value.toList()) {
-            plist_t node = toNode(element, depth + 1);
-            if (!node)
-                return nullptr;
-            plist_array_append_item(array.get(), node);
+            const auto ref = encode(plist, element, depth + 1);
+            if (!ref)
+                return std::nullopt;
+            elements.push_back(*ref);
         }
-        return array.release();
+        return plist.array(elements);
     }
     case QMetaType::QVariantMap:
     case QMetaType::QVariantHash: {
-        PlistPtr dict(plist_new_dict());
+        std::vector<std::pair<BinaryPlistWriter::Ref, BinaryPlistWriter::Ref>> entries;
         const QVariantMap map = value.toMap();
         for (auto it = map.cbegin(); it != map.cend(); ++it) {
-            plist_t node = toNode(it.value(), depth + 1);
-            if (!node)
-                return nullptr;
-            plist_dict_set_item(dict.get(), it.key().toUtf8().constData(), node);
+            // A key with a NUL is refused by every reader of the file.
+            if (it.key().contains(QChar(0)))
+                return std::nullopt;
+            const auto ref = encode(plist, it.value(), depth + 1);
+            if (!ref)
+                return std::nullopt;
+            entries.emplace_back(plist.string(it.key()), *ref);
         }
-        return dict.release();
+        return plist.dictionary(entries);
     }
     default:
-        return nullptr;
+        return std::nullopt;
     }
 }
 
@@ -374,25 +380,28 @@ private:
 
 std::optional<QVariant> normalized(const QVariant &value)
 {
-    PlistPtr node(toNode(value, 0));
-    if (!node)
+    // Written and read back, so that it is exactly what a reload gives.
+    BinaryPlistWriter plist;
+    const auto ref = encode(plist, value, 0);
+    if (!ref)
         return std::nullopt;
-    return fromNode(node.get(), 0);
+    const QByteArray bytes = plist.finish(plist.array({*ref}));
+    plist_t parsed = nullptr;
+    plist_from_bin(bytes.constData(), uint32_t(bytes.size()), &parsed);
+    PlistPtr root(parsed);
+    if (!root || plist_get_node_type(root.get()) != PLIST_ARRAY ||
+        plist_array_get_size(root.get()) != 1)
+        return std::nullopt;
+    return fromNode(plist_array_get_item(root.get(), 0), 0);
 }
 
 std::optional<QByteArray> binaryData(const QVariantMap &dictionary)
 {
-    PlistPtr root(toNode(dictionary, 0));
+    BinaryPlistWriter plist;
+    const auto root = encode(plist, dictionary, 0);
     if (!root)
         return std::nullopt;
-    char *bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(root.get(), &bytes, &length);
-    if (!bytes)
-        return std::nullopt;
-    QByteArray result(bytes, qsizetype(length));
-    plist_to_bin_free(bytes);
-    return result;
+    return plist.finish(*root);
 }
 
 std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes)

@@ -3,6 +3,7 @@
 #include "jsoninteger.h"
 #include "keyedarchive.h"
 #include "modellog.h"
+#include "wellformedtext.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -182,7 +183,8 @@ void appendJsonString(QByteArray &out, QStringView text)
 {
     static const char hex[] = "0123456789abcdef";
     out.append('"');
-    const QByteArray utf8 = text.toUtf8();
+    const QByteArray utf8 =
+        hasUnpairedSurrogate(text) ? withUnpairedSurrogatesReplaced(text).toUtf8() : text.toUtf8();
     for (const char byte : utf8) {
         const auto c = static_cast<unsigned char>(byte);
         switch (c) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "keyedarchive.h"
 #include "tabdata.h"
 
 #include <QByteArray>
@@ -25,3 +26,7 @@ std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes,
 
 inline constexpr QStringView documentExtension = u"lgrdi";
 inline constexpr QStringView exchangeExtension = u"lgrd";
+
+// The most bytes a tab file may hold in either form: the document reader refuses anything
+// larger, and an exchange file that size already makes a document past it.
+inline constexpr qsizetype maximumTabFileBytes = KeyedUnarchiver::maximumBytes;

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void textWithOptions();
     void unreadableInputSaysWhatAndWhere_data();
     void unreadableInputSaysWhatAndWhere();
+    void oversizeInputIsRefusedUnread();
     void helpAndUsage();
 
 private:
@@ -150,6 +151,36 @@ void TestCli::unreadableInputSaysWhatAndWhere()
     QCOMPARE(run.err.count('\n'), 1);
     QVERIFY2(run.err.contains(path(name).toUtf8()), run.err.constData());
     QVERIFY(!QFile::exists(path(output)));
+}
+
+void TestCli::oversizeInputIsRefusedUnread()
+{
+    // A sparse file one byte past the limit costs no disk, and reading it whole would.
+    for (const QString &name : {u"huge.lgrd"_qs, u"huge.lgrdi"_qs}) {
+        QFile huge(path(name));
+        QVERIFY(huge.open(QIODevice::WriteOnly));
+        QVERIFY(huge.resize(maximumTabFileBytes + 1));
+        huge.close();
+        for (const QString &command : {u"convert"_qs, u"play"_qs}) {
+            QStringList arguments{command, path(name)};
+            if (command == u"convert")
+                arguments.append(path(u"out.lgrdi"_qs));
+            const Run run = cli(arguments);
+            QCOMPARE(run.exitCode, 1);
+            QCOMPARE(run.err.count('\n'), 1);
+            QVERIFY2(run.err.contains("too large"), run.err.constData());
+            QVERIFY(!QFile::exists(path(u"out.lgrdi"_qs)));
+        }
+    }
+
+    // A device without end, under a name the reader takes, is read only up to the limit.
+    if (!QFile::exists(u"/dev/zero"_qs))
+        QSKIP("no /dev/zero");
+    QVERIFY(QFile::link(u"/dev/zero"_qs, path(u"zero.lgrd"_qs)));
+    const Run run = cli({u"convert"_qs, path(u"zero.lgrd"_qs), path(u"out.lgrdi"_qs)});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.err.contains("too large"), run.err.constData());
+    QVERIFY(!QFile::exists(path(u"out.lgrdi"_qs)));
 }
 
 void TestCli::helpAndUsage()

@@ -70,6 +70,8 @@ private Q_SLOTS:
     void documentUnreadable();
     void documentSharesWhatTheArchiveShares();
     void documentFromAnotherWriter();
+    void documentKeepsTextPastANul();
+    void unpairedSurrogateReadsAlikeInBothForms();
 
     void exchangeRoundTrip();
     void exchangeIsCompactAndNamed();
@@ -300,6 +302,49 @@ void TestTabFileFormat::documentFromAnotherWriter()
     QCOMPARE(second.colDatas[0].columnItems[1], ColumnItemType::blank());
     QCOMPARE(second.colDatas[0].columnItems[5], ColumnItemType::blank());
     QVERIFY(second.colDatas[1].isSameColumn(first.colDatas[0]));
+}
+
+void TestTabFileFormat::documentKeepsTextPastANul()
+{
+    TabData tab = richTab();
+    tab.tabRowDatas[0].lyricLines = {u"ly\u0000ric"_qs, u"\u0000"_qs};
+    tab.tabRowDatas[0].colDatas[0].chordName = u"Am\u00007"_qs;
+    tab.introText = u"In\u0000tro"_qs;
+    tab.stringNotes[1] = u"\u0000A"_qs;
+    QString error;
+    const QByteArray bytes = documentData(tab);
+    auto read = tabDataFromDocumentData(bytes, &error);
+    QVERIFY2(read, qPrintable(error));
+    QCOMPARE(read->tabRowDatas[0].lyricLines, tab.tabRowDatas[0].lyricLines);
+    QCOMPARE(read->tabRowDatas[0].colDatas[0].chordName, tab.tabRowDatas[0].colDatas[0].chordName);
+    QCOMPARE(read->introText, tab.introText);
+    QCOMPARE(read->stringNotes, tab.stringNotes);
+    // The tree reader sees the same text as the in-place one.
+    const auto root = KeyedUnarchiver::unarchivedRootObject(bytes, &error);
+    QVERIFY2(root, qPrintable(error));
+    QCOMPARE(root->value(u"introkey").toString(), *tab.introText);
+}
+
+void TestTabFileFormat::unpairedSurrogateReadsAlikeInBothForms()
+{
+    const QByteArray json = "{\"title\":\"T\\ud800x\",\"intro\":\"a\\udc00\","
+                            "\"tabRows\":[{\"lyrics\":\"\\ud800\",\"columns\":[[\"1\"]],"
+                            "\"columnHeaders\":[\"C\\ud800\"]}]}";
+    const auto imported = tabDataFromExchangeData(json);
+    QVERIFY(imported);
+    const QString replaced = QString(QChar::ReplacementCharacter);
+
+    const auto viaExchange = tabDataFromExchangeData(exchangeData(*imported).value());
+    QVERIFY(viaExchange);
+    QString error;
+    const auto viaDocument = tabDataFromDocumentData(documentData(*imported), &error);
+    QVERIFY2(viaDocument, qPrintable(error));
+    for (const TabData *read : {&*viaExchange, &*viaDocument}) {
+        QCOMPARE(read->tabRowDatas[0].lyricLines, QStringList{replaced});
+        QCOMPARE(read->tabRowDatas[0].colDatas[0].chordName, u"C"_qs + replaced);
+        QCOMPARE(read->introText, u"a"_qs + replaced);
+    }
+    QCOMPARE(viaExchange->title, u"T"_qs + replaced + u"x"_qs);
 }
 
 void TestTabFileFormat::exchangeRoundTrip()

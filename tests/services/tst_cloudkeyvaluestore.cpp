@@ -1,5 +1,5 @@
-#include "services/cloudkeyvaluestore.h"
 #include "model/plistvariant.h"
+#include "services/cloudkeyvaluestore.h"
 
 #include "handmadeplist.h"
 #include "testfiles.h"
@@ -22,6 +22,8 @@ QVariantMap sampleValues()
     return {
         {u"text"_qs, u"Grüße, 歌"_qs},
         {u"empty text"_qs, QString()},
+        {u"text past a NUL"_qs, u"ta\u0000g"_qs},
+        {u"labels past a NUL"_qs, QVariantList{u"\u0000"_qs, u"la\u0000b\u00e9l"_qs}},
         {u"Schlüssel ✓"_qs, u"unicode key"_qs},
         {u"data"_qs, QByteArray("\x00\x01\xFFplist", 8)},
         {u"int"_qs, 42},
@@ -130,6 +132,9 @@ private Q_SLOTS:
             // No property-list form: not stored, nothing else disturbed.
             store.setObject(QVariant::fromValue(QTimeZone::utc()), u"zone"_qs);
             QVERIFY(!store.objectForKey(u"zone"_qs).isValid());
+            // A map key holding a NUL would make the whole file unreadable.
+            store.setObject(QVariantMap{{u"a\u0000b"_qs, 1}}, u"nul key"_qs);
+            QVERIFY(!store.objectForKey(u"nul key"_qs).isValid());
             QVERIFY(store.synchronize());
         }
         CloudKeyValueStore reloaded(folder->path());
@@ -137,6 +142,7 @@ private Q_SLOTS:
         QVERIFY(!reloaded.objectForKey(u"gone"_qs).isValid());
         QVERIFY(!reloaded.objectForKey(u"cleared"_qs).isValid());
         QVERIFY(!reloaded.objectForKey(u"zone"_qs).isValid());
+        QVERIFY(!reloaded.objectForKey(u"nul key"_qs).isValid());
     }
 
     void aValuePassingTheByteQuotaIsRefused()

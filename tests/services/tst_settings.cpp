@@ -1,5 +1,5 @@
-#include "services/cloudkeyvaluestore.h"
 #include "model/keyedarchive.h"
+#include "services/cloudkeyvaluestore.h"
 #include "services/saveddata.h"
 
 #include "handmadeplist.h"
@@ -163,6 +163,20 @@ private Q_SLOTS:
         // The local chords were the only copy, so this start pushed them to the cloud.
         QVERIFY(loaded.saveCustomChordsLocally);
         QCOMPARE(namesOf(loaded.loadCloudCustomChords()), QStringList{u"Mine"_qs});
+    }
+
+    void textPastANulSurvivesSaveAndLoad()
+    {
+        const QList<RecentChord> recent{{u"A\u0000m"_qs, false}, {u"\u0000"_qs, true}};
+        {
+            SavedData settings(dataPath(), cloud.get());
+            settings.recentChords = recent;
+            settings.customChordShortcuts = QList<ChordShortcut>{custom(u"Mi\u0000ne"_qs, 3)};
+            settings.save();
+        }
+        const SavedData loaded(dataPath(), cloud.get());
+        QCOMPARE(loaded.recentChords, recent);
+        QCOMPARE(namesOf(*loaded.customChordShortcuts), QStringList{u"Mi\u0000ne"_qs});
     }
 
     void recentChordsMoveToTheFront()
