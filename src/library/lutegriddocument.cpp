@@ -277,20 +277,21 @@ bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
     return saved;
 }
 
-void LutegridDocument::loadFromContents(const QByteArray &contents)
+bool LutegridDocument::loadFromContents(const QByteArray &contents)
 {
     followNameAndPlace();
     QString error;
     std::optional<TabData> loaded = tabDataFromDocumentData(contents, &error);
     if (!loaded) {
         qCWarning(lcLibrary) << "unreadable tab" << path << error;
-        // An open editor edits the tab in place: it keeps what it has, and its next save
-        // writes a readable file over the damaged one.
-        if (changeListener && tabData)
-            return;
+        // Half-written or foreign bytes while the tab is open: the tab in hand (which an
+        // editor may be editing in place) is worth more than nothing; a later save writes a
+        // readable file over the damaged one.
+        if (tabData && !state.testFlag(Closed))
+            return false;
         tabData.reset();
         edits();
-        return;
+        return false;
     }
     if (tabName)
         loaded->title = *tabName;
@@ -300,8 +301,9 @@ void LutegridDocument::loadFromContents(const QByteArray &contents)
     else
         tabData = std::move(loaded);
     edits();
-    if (changeListener && tabData)
+    if (changeListener)
         changeListener->documentReloaded(*tabData);
+    return true;
 }
 
 void LutegridDocument::followNameAndPlace()
@@ -468,15 +470,8 @@ void LutegridDocument::takeOutsideChange(const QByteArray &bytes, const QByteArr
         checkForConflicts();
         return;
     }
-    const auto before = tabData;
-    loadFromContents(bytes);
-    if (!tabData) {
-        // Half-written or foreign bytes: the tab in hand is worth more than nothing.
-        tabData = before;
-        edits();
-        return;
-    }
-    Q_EMIT documentReloaded();
+    if (loadFromContents(bytes))
+        Q_EMIT documentReloaded();
 }
 
 void LutegridDocument::followMove(const QString &newPath)

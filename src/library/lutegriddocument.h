@@ -87,7 +87,8 @@ public:
 
     // The bytes of the model, or nothing without one.
     std::optional<QByteArray> contentsForType() const;
-    void loadFromContents(const QByteArray &contents);
+    // False when the bytes are no tab; an open document then keeps the tab it has.
+    bool loadFromContents(const QByteArray &contents);
 
     // Looks at the file now instead of at the next notice.
     void checkFile();
