@@ -16,6 +16,17 @@ void appendBigEndian(QByteArray &out, quint64 value, int size)
         out.append(char((value >> shift) & 0xFF));
 }
 
+// A real and a date are the same eight big-endian bytes of a double behind their own marker.
+QByteArray encodedDouble(char marker, double value)
+{
+    QByteArray encoded;
+    encoded.append(marker);
+    quint64 bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    appendBigEndian(encoded, bits, 8);
+    return encoded;
+}
+
 int bytesNeeded(quint64 value)
 {
     if (value <= 0xFF)
@@ -121,22 +132,12 @@ BinaryPlistWriter::Ref BinaryPlistWriter::integer(qint64 value)
 
 BinaryPlistWriter::Ref BinaryPlistWriter::real(double value)
 {
-    QByteArray encoded;
-    encoded.append(char(0x23));
-    quint64 bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    appendBigEndian(encoded, bits, 8);
-    return addScalar(encoded);
+    return addScalar(encodedDouble(char(0x23), value));
 }
 
 BinaryPlistWriter::Ref BinaryPlistWriter::date(double seconds)
 {
-    QByteArray encoded;
-    encoded.append(char(0x33));
-    quint64 bits = 0;
-    std::memcpy(&bits, &seconds, sizeof bits);
-    appendBigEndian(encoded, bits, 8);
-    return addScalar(encoded);
+    return addScalar(encodedDouble(char(0x33), seconds));
 }
 
 BinaryPlistWriter::Ref BinaryPlistWriter::boolean(bool value)
