@@ -26,6 +26,8 @@ public:
         int minLyricLines = 0;
         // The user hides chord-name headers: the band they would take goes to the lyrics.
         bool hideColHeaders = false;
+        // Notes read as note names where the tuning allows.
+        bool notesOnTab = false;
     };
 
     TabRowWithMarkupView(const TabRowData &row, const QStringList &stringNotes, int capoFretNum,

@@ -1,7 +1,5 @@
 #include "tabrowsidebysidewithmarkupviewitem.h"
 
-#include "services/saveddata.h"
-
 #include "surfacefonts.h"
 
 TabRowSideBySideWithMarkupViewItem::TabRowSideBySideWithMarkupViewItem(QQuickItem *parent)
@@ -16,7 +14,8 @@ std::optional<TabRowWithMarkupView> TabRowSideBySideWithMarkupViewItem::rowAt(in
     if (!host || modelRow + offset < 0 || modelRow + offset >= host->view()->tabRows.size())
         return std::nullopt;
     TabRowWithMarkupView::Options options;
-    options.hideColHeaders = SavedData::shared().hideColHeaders;
+    options.hideColHeaders = host->view()->settings.hideColHeaders;
+    options.notesOnTab = host->view()->settings.notesOnTab;
     options.isEditMode = editMode;
     options.showLyrics = showLyrics;
     options.showChordNamesInit = showChordNames;

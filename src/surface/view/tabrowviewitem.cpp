@@ -1,6 +1,5 @@
 #include "tabrowviewitem.h"
 
-#include "services/saveddata.h"
 #include "surfacepainter.h"
 #include "surfacepalette.h"
 
@@ -71,6 +70,5 @@ void TabRowViewItem::paint(QPainter *painter)
         paintedColumnCount += int(std::ceil(clip.right() / cw) - std::floor(clip.left() / cw));
     }
     SurfacePainter::paintColumns(*painter, columns, boundingRect(), view->stringNotes,
-                                 SavedData::shared().notesOnTab, SurfacePainter::colors(false),
-                                 clip);
+                                 view->settings.notesOnTab, SurfacePainter::colors(false), clip);
 }

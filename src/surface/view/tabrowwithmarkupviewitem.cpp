@@ -1,6 +1,5 @@
 #include "tabrowwithmarkupviewitem.h"
 
-#include "services/saveddata.h"
 #include "surface/stringspacedview.h"
 #include "surfacefonts.h"
 #include "surfacepainter.h"
@@ -23,7 +22,8 @@ std::optional<TabRowWithMarkupView> TabRowWithMarkupViewItem::rowView() const
         return std::nullopt;
     const TabEditView *view = host->view();
     TabRowWithMarkupView::Options options;
-    options.hideColHeaders = SavedData::shared().hideColHeaders;
+    options.hideColHeaders = view->settings.hideColHeaders;
+    options.notesOnTab = view->settings.notesOnTab;
     options.isEditMode = editMode;
     options.showLyrics = showLyrics;
     options.showChordNamesInit = showChordNames;
@@ -125,7 +125,7 @@ void TabRowWithMarkupViewItem::paintRow(QPainter &painter, const TabRowWithMarku
         }
         SurfacePainter::paintColumns(painter, columns, parts.tabRowView,
                                      row.stringNotes.value_or(QStringList()),
-                                     SavedData::shared().notesOnTab, colors, parts.tabRowView);
+                                     row.options.notesOnTab, colors, parts.tabRowView);
     }
     if (row.options.showNotesView && !parts.notesView.isEmpty() && row.stringNotes) {
         StringSpacedView letters;
