@@ -106,7 +106,6 @@ private Q_SLOTS:
     void noteMenuEntries_data();
     void noteMenuEntries();
     void noteMenuChoiceByHold();
-    void noteMenuChoiceThroughItsHost();
     void noteMenuCancelledWhenCellsMove_data();
     void noteMenuCancelledWhenCellsMove();
     void noteMenuIgnoresARowThatWent();
@@ -482,40 +481,6 @@ void TestTabEditView::noteMenuChoiceByHold()
     f.view.openNoteContextMenu(QPointF(100, 20));
     f.view.openNoteContextMenu(QPointF(801, 100));
     QVERIFY(!f.view.noteContextMenuSource);
-}
-
-void TestTabEditView::noteMenuChoiceThroughItsHost()
-{
-    FakeNoteMenuHost host;
-    TabNoteMenu menu(host);
-    QSignalSpy changed(&menu, &TabNoteMenu::changed);
-    host.place = NoteMenuPlace{NoteContextMenuSource{3, 7, 1, 0},
-                               ColumnItemType::note(12),
-                               standardStringNotes(6),
-                               false,
-                               QPointF(100, 60),
-                               QRectF(0, 0, 400, 300)};
-    menu.openAt(QPointF(100, 100));
-    QVERIFY(menu.menu());
-    QCOMPARE(changed.size(), 1);
-    QCOMPARE(menu.source()->tRowIndex, 3);
-    QCOMPARE(menu.menu()->labels.size(), 16);
-    QCOMPARE(menu.menu()->selectedIndex, 1);
-    QCOMPARE(menu.itemResults()->value(1), ColumnItemType::note(12));
-    // The ring follows the finger in the frame, the host's scroll taken off.
-    using State = ForceLongPressGestureRecognizer::State;
-    const QPointF above = menu.menu()->entryCenter(15);
-    menu.handleForceTouch(State::changed, above + QPointF(0, 40));
-    QCOMPARE(menu.menu()->selectedIndex, 15);
-    menu.handleForceTouch(State::ended, above + QPointF(0, 40));
-    QCOMPARE(host.choices.size(), 1);
-    QCOMPARE(host.choices.first().first.colIndex, 7);
-    QCOMPARE(host.choices.first().second, ColumnItemType::note(13));
-    QVERIFY(!menu.source());
-    QVERIFY(!menu.menu());
-    // A second finish, as from a stale menu, chooses nothing.
-    menu.forceContextMenuFinished(0);
-    QCOMPARE(host.choices.size(), 1);
 }
 
 void TestTabEditView::noteMenuCancelledWhenCellsMove_data()
