@@ -418,7 +418,6 @@ void TestTabEditView::noteMenuEntries_data()
     QTest::addColumn<QString>("first");
     QTest::addColumn<QString>("last");
     QTest::newRow("open string") << ColumnItemType::note(0) << 15 << 0 << u"0"_qs << u"1"_qs;
-    QTest::newRow("fret 12") << ColumnItemType::note(12) << 16 << 1 << u"11"_qs << u"13"_qs;
     QTest::newRow("fret 24") << ColumnItemType::note(24) << 16 << 1 << u"23"_qs << u"25"_qs;
     QTest::newRow("fret 25") << ColumnItemType::note(25) << 15 << 1 << u"24"_qs << u"*"_qs;
     QTest::newRow("hammer") << ColumnItemType(Kind::hammer) << 13 << 0 << u"h"_qs << u"*"_qs;
