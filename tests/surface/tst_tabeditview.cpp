@@ -386,6 +386,10 @@ void TestTabEditView::pagingWindowAndPadding()
     QCOMPARE(shortTab.view.tabRows.size(), 3);
     QVERIFY(!shortTab.undo.canUndo());
     QCOMPARE(shortTab.recorder.positions.last(), QList<int>({0, 3, 3}));
+    // An empty list keeps the column count.
+    TabEditView bare;
+    bare.loadTabRows({});
+    QCOMPARE(bare.numTabColumns, 32);
 }
 
 void TestTabEditView::throttleFirstAndLast()
