@@ -60,9 +60,7 @@ private Q_SLOTS:
 
     void fretPressCommitsAndAdvances_data();
     void fretPressCommitsAndAdvances();
-    void chordOfTwoFingersIsOneStep_data();
-    void chordOfTwoFingersIsOneStep();
-    void openStringLetterCommitsLast();
+    void openStringLetterWaitsForTheFret();
     void aPressSoundsTheNoteItWrote();
     void cancelledPressLeavesNoTrace();
     void toolsAreGuardedDuringPress();
@@ -151,7 +149,6 @@ void TestEditor::touchNamesStringAndFret()
     QFETCH(int, fretNum);
     Board b;
     b.board.setContentOffsetX(offset);
-    QCOMPARE(b.board.contentOffset.x(), offset);
     b.board.touchBegan(1, point);
     QCOMPARE(b.board.fretTouchesInProgress.size(), 1);
     if (stringNum == 0)
@@ -319,61 +316,23 @@ void TestEditor::fretPressCommitsAndAdvances()
     QVERIFY(editor->redoEnabled);
 }
 
-void TestEditor::chordOfTwoFingersIsOneStep_data()
-{
-    QTest::addColumn<bool>("firstLiftsFirst");
-    QTest::newRow("first lifts first") << true;
-    QTest::newRow("second lifts first") << false;
-}
-
-void TestEditor::chordOfTwoFingersIsOneStep()
-{
-    QFETCH(bool, firstLiftsFirst);
-    auto [document, editor, view, undo] = open(u"Chord"_qs);
-    Fretboard *board = editor->fretboard();
-    const double s = board->fretSpacing;
-    const double t = board->stringTouchHeight;
-    board->touchBegan(1, QPointF(s * 1.5, t * 0.5));
-    board->touchBegan(2, QPointF(s * 2.5, t * 1.5));
-    QCOMPARE(board->visibleHighlights().size(), 2);
-    board->touchEnded(firstLiftsFirst ? 1 : 2);
-    QVERIFY(editor->fretRegTouchInProgress);
-    QVERIFY(!undo->canUndo());
-    board->touchEnded(firstLiftsFirst ? 2 : 1);
-    const QList<ColumnItemType> items = view->tabRows[0].colDatas[0].columnItems;
-    QCOMPARE(items[0], note(2));
-    QCOMPARE(items[1], note(3));
-    QCOMPARE(view->editColIndex, 1);
-    undo->undo();
-    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
-    QVERIFY(!undo->canUndo());
-}
-
-void TestEditor::openStringLetterCommitsLast()
+// The letter held while the fret lifts is driven through the window; here the other order.
+void TestEditor::openStringLetterWaitsForTheFret()
 {
     auto [document, editor, view, undo] = open(u"Open"_qs);
-    editor->fretLetterPressed(6);
-    QCOMPARE(editor->openStringMarks(), QVariantList({6}));
-    editor->fretTouched(1, 2);
-    editor->fretTouchesEnded();
-    // The other hand is still on the letter: nothing is committed yet.
-    QVERIFY(view->preEditColumnData);
-    QVERIFY(!undo->canUndo());
-    QCOMPARE(view->editColIndex, 0);
-    editor->fretLetterReleased();
-    QVERIFY(!view->preEditColumnData);
-    QVERIFY(undo->canUndo());
-    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[5], note(0));
-    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[0], note(2));
-    QCOMPARE(view->editColIndex, 1);
-    // And the other order: the fret lifts last and commits.
     editor->fretLetterPressed(5);
+    QCOMPARE(editor->openStringMarks(), QVariantList({5}));
     editor->fretTouched(2, 7);
     editor->fretLetterReleased();
     QVERIFY(view->preEditColumnData);
+    QVERIFY(!undo->canUndo());
     editor->fretTouchesEnded();
     QVERIFY(!view->preEditColumnData);
-    QCOMPARE(view->editColIndex, 2);
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4], note(0));
+    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], note(7));
+    QCOMPARE(view->editColIndex, 1);
+    undo->undo();
+    QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
 }
 
 void TestEditor::aPressSoundsTheNoteItWrote()

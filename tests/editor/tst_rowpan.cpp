@@ -66,17 +66,12 @@ void TestRowPan::scrollIndicatorDragMovesRows()
     QCOMPARE(view->tabRowIndex, 3);
     QVERIFY(!indicator->indicatorDragging());
     QVERIFY(indicator->indicatorShown);
-    // Past the end the scrubber stops at the last position.
-    indicator->indicatorTouchBegan(0);
-    indicator->indicatorTouchMoved(5000);
-    indicator->indicatorTouchEnded();
-    QCOMPARE(view->tabRowIndex, 8);
     // A cancelled drag returns to where it was.
     indicator->indicatorTouchBegan(0);
     indicator->indicatorTouchMoved(-5000);
     indicator->indicatorTouchCancelled();
-    QTRY_COMPARE(view->tabRowIndex, 8);
-    QCOMPARE(indicator->scrubberY(), 8 * single);
+    QTRY_COMPARE(view->tabRowIndex, 3);
+    QCOMPARE(indicator->scrubberY(), 3 * single);
 }
 
 LUTEGRID_TEST_MAIN(TestRowPan)
