@@ -453,6 +453,8 @@ void TestTabFileFormat::exchangeErrors_data()
     QTest::newRow("cell not string")
         << QByteArray(R"({"title":"t","tabRows":[{"columns":[]},{"columns":[[1]]}]})")
         << u"Row 2 of the tab is damaged."_qs;
+    // Not JSON at all: the parser's own words, whatever they are.
+    QTest::newRow("not JSON") << documentData(richTab()) << QString();
 }
 
 void TestTabFileFormat::exchangeErrors()
@@ -461,12 +463,10 @@ void TestTabFileFormat::exchangeErrors()
     QFETCH(QString, message);
     ImportError error;
     QVERIFY(!tabDataFromExchangeData(json, &error));
-    QCOMPARE(error.message, message);
-
-    // Not JSON at all: the parser's own words.
-    ImportError parseError;
-    QVERIFY(!tabDataFromExchangeData(documentData(richTab()), &parseError));
-    QVERIFY(!parseError.message.isEmpty());
+    if (message.isEmpty())
+        QVERIFY(!error.message.isEmpty());
+    else
+        QCOMPARE(error.message, message);
 }
 
 LUTEGRID_TEST_MAIN(TestTabFileFormat)

@@ -305,21 +305,6 @@ private Q_SLOTS:
         QCOMPARE(namesOf(settings.loadCloudCustomChords()), QStringList{u"Local"_qs});
     }
 
-    void theCloudChordsReachAnotherStart()
-    {
-        // What one start stores in the cloud, the next start takes from the file on disk.
-        {
-            SavedData settings(dataPath(), cloud.get());
-            settings.saveCustomChord(custom(u"Synced"_qs));
-        }
-        cloud.reset();
-        cloud = std::make_unique<CloudKeyValueStore>(folder->filePath(u"cloud"_qs));
-        QFile::remove(dataPath());
-        const SavedData settings(dataPath(), cloud.get());
-        QCOMPARE(namesOf(*settings.customChordShortcuts), QStringList{u"Synced"_qs});
-        QVERIFY(!settings.saveCustomChordsLocally);
-    }
-
     void anUnreadableFileStartsOver_data()
     {
         QTest::addColumn<QByteArray>("bytes");
