@@ -25,11 +25,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void touchesPlaceCursorAndEdit();
-    void heldNoteOpensMenu();
-    void mouseWorksToo();
-    void mouseHoldAndRightClickOpenTheMenu();
     void mouseDragScrollsSideways();
-    void typedLyricsReachTheRow();
     void screenshots_data();
     void screenshots();
     void pressRepaintsOnlyItsColumn();
@@ -125,6 +121,9 @@ void TestSurfaceView::touchesPlaceCursorAndEdit()
     tap(scenePoint(8 * 25 + 12, h + item * 3.5));
     QCOMPARE(view->editColIndex, 8);
     QCOMPARE(view->editColItemIndex, 3);
+    // A quick tap opens no menu.
+    QTest::qWait(350);
+    QVERIFY(!view->noteContextMenu);
     // The lyric band is no place for the cursor.
     tap(scenePoint(20 * 25 + 12, 10));
     QCOMPARE(view->editColIndex, 8);
@@ -146,77 +145,6 @@ void TestSurfaceView::touchesPlaceCursorAndEdit()
     tap(chords->mapToScene(QPointF(16 * 25 + 5, 12)).toPoint());
     QCOMPARE(view->editShowingTabRowIndex, 1);
     QCOMPARE(view->editColIndex, 16);
-}
-
-void TestSurfaceView::heldNoteOpensMenu()
-{
-    TabEditView *view = surface->view();
-    // Row 1, column 0 holds the open A string (item 4).
-    const QPoint point = scenePoint(12, view->headerBandHeight() + view->itemHeight() * 4.5);
-    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-    QTest::qWait(450);
-    QVERIFY(view->noteContextMenu);
-    QQuickItem *menuItem = find("noteMenu");
-    QVERIFY(menuItem->isVisible());
-    QCOMPARE(view->noteContextMenu->labels.size(), 15);
-    QImage shot = grab();
-    shot.save(shots + u"/note-menu.png"_qs);
-    // Slide to the "h" entry and lift.
-    const int hammer = int(view->noteContextMenu->labels.indexOf(u"h"_qs));
-    const QPoint target = surface->mapToScene(view->noteContextMenu->entryCenter(hammer)).toPoint();
-    QTest::touchEvent(window.get(), touch).move(0, target, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, target, window.get());
-    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4],
-             ColumnItemType(ColumnItemType::Kind::hammer));
-    QTRY_VERIFY(!menuItem->isVisible());
-
-    // A quick tap opens nothing.
-    tap(point);
-    QTest::qWait(350);
-    QVERIFY(!view->noteContextMenu);
-}
-
-void TestSurfaceView::mouseWorksToo()
-{
-    TabEditView *view = surface->view();
-    QTest::mouseClick(window.get(), Qt::LeftButton, {},
-                      scenePoint(5 * 25 + 3, view->headerBandHeight() + view->itemHeight() * 1.2));
-    QCOMPARE(view->editColIndex, 5);
-    QCOMPARE(view->editColItemIndex, 1);
-}
-
-void TestSurfaceView::mouseHoldAndRightClickOpenTheMenu()
-{
-    TabEditView *view = surface->view();
-    // Row 1, column 0 holds the open A string (item 4).
-    const QPoint point = scenePoint(12, view->headerBandHeight() + view->itemHeight() * 4.5);
-    QTest::mousePress(window.get(), Qt::LeftButton, {}, point);
-    QTRY_VERIFY(surface->noteMenuOpen());
-    QVERIFY(find("noteMenu")->isVisible());
-    const int slash = int(view->noteContextMenu->labels.indexOf(u"/"_qs));
-    const QPoint target = surface->mapToScene(view->noteContextMenu->entryCenter(slash)).toPoint();
-    QTest::mouseMove(window.get(), (point + target) / 2);
-    QTest::mouseMove(window.get(), target);
-    QTest::mouseRelease(window.get(), Qt::LeftButton, {}, target);
-    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4],
-             ColumnItemType(ColumnItemType::Kind::slideUp));
-    QVERIFY(!surface->noteMenuOpen());
-
-    // A right click opens it at once; the next click chooses.
-    QTest::mouseClick(window.get(), Qt::RightButton, {}, point);
-    QVERIFY(surface->noteMenuOpen());
-    const int muted = int(view->noteContextMenu->labels.indexOf(u"x"_qs));
-    const QPoint choice = surface->mapToScene(view->noteContextMenu->entryCenter(muted)).toPoint();
-    QTest::mouseMove(window.get(), choice);
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, choice);
-    QVERIFY(!surface->noteMenuOpen());
-    QCOMPARE(view->tabRows[0].colDatas[0].columnItems[4],
-             ColumnItemType(ColumnItemType::Kind::muted));
-    QCOMPARE(view->editColIndex, 0);
-    // A quick click opens nothing.
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, point);
-    QTest::qWait(350);
-    QVERIFY(!view->noteContextMenu);
 }
 
 void TestSurfaceView::mouseDragScrollsSideways()
@@ -253,38 +181,6 @@ void TestSurfaceView::mouseDragScrollsSideways()
     wheel(QPoint(0, -120), Qt::NoModifier);
     QCOMPARE(view->contentOffset.x(), dragged - 50);
     QCOMPARE(view->contentOffset.y(), 0.0);
-}
-
-void TestSurfaceView::typedLyricsReachTheRow()
-{
-    TabEditView *view = surface->view();
-    QQuickItem *lyrics = find("lyricsField1");
-    QVERIFY(lyrics);
-    QTest::mouseClick(window.get(), Qt::LeftButton, {},
-                      lyrics->mapToScene(QPointF(40, lyrics->height() / 2)).toPoint());
-    QTRY_VERIFY(lyrics->hasActiveFocus());
-    QTest::keyClick(window.get(), Qt::Key_End);
-    for (char key : {' ', 'o', 'h'})
-        QTest::keyClick(window.get(), key);
-    const QString typed = lyrics->property("text").toString();
-    QVERIFY(typed.endsWith(u" oh"_qs));
-    // A second after the last key the row holds it, as one step that undo takes back whole.
-    QTRY_COMPARE_WITH_TIMEOUT(view->tabRows[1].lyricText().value_or(QString()), typed, 5000);
-    QVERIFY(surface->canUndo());
-    surface->undo();
-    QVERIFY(!view->tabRows[1].lyricText().value_or(QString()).endsWith(u" oh"_qs));
-    QVERIFY(!surface->canUndo());
-    // Leaving the field by a click on the rows writes at once.
-    surface->redo();
-    QTest::mouseClick(window.get(), Qt::LeftButton, {},
-                      lyrics->mapToScene(QPointF(40, lyrics->height() / 2)).toPoint());
-    QTRY_VERIFY(lyrics->hasActiveFocus());
-    QTest::keyClick(window.get(), Qt::Key_End);
-    QTest::keyClick(window.get(), '!');
-    QTest::mouseClick(window.get(), Qt::LeftButton, {},
-                      scenePoint(4 * 25 + 3, view->headerBandHeight() + view->itemHeight()));
-    QCOMPARE(view->tabRows[1].lyricText(), std::optional<QString>(typed + u"!"_qs));
-    QVERIFY(!lyrics->hasActiveFocus());
 }
 
 void TestSurfaceView::screenshots_data()
