@@ -404,10 +404,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, bytes);
         writeFile(storePath(), bytes);
-        QElapsedTimer clock;
-        clock.start();
         CloudKeyValueStore store(folder->path());
-        QVERIFY2(clock.elapsed() < 1000, "reading an unreadable file must not take long");
         QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
         QVERIFY(!store.objectForKey(u"k"_qs).isValid());
         QVERIFY(store.synchronize());
