@@ -1,25 +1,29 @@
 #include "model/keyedarchive.h"
+#include "model/plistvariant.h"
 #include "model/tabfileformat.h"
 #include "services/saveddata.h"
 #include "testmain.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include <plist/plist.h>
 
 #include <functional>
 
-// Seeded mutations of good files into the three readers of outside input. Whatever the bytes,
+// Seeded mutations of good files into the readers of outside input. Whatever the bytes,
 // each reader must give an answer (a tab, or "unreadable") promptly and never crash.
 namespace {
 
 constexpr int archiveMutations = 9000;
 constexpr int exchangeMutations = 8000;
 constexpr int settingsMutations = 3000;
+constexpr int plistMutations = 3000;
 constexpr qint64 slowestAllowedMs = 1000;
 
 TabData sampleTab()
@@ -151,6 +155,7 @@ private Q_SLOTS:
     void archiveReader();
     void exchangeReader();
     void settingsReader();
+    void plistReader();
 
 private:
     void run(const char *what, int count, const std::function<QByteArray(QRandomGenerator &)> &make,
@@ -248,6 +253,24 @@ void TestRobustness::settingsReader()
             if (settings.customChordShortcuts && settings.customChordShortcuts->size() > 1)
                 QFAIL("damage made chords out of nothing");
         });
+}
+
+// The key-value store's file, which a sync client may leave in any state.
+void TestRobustness::plistReader()
+{
+    const QByteArray good =
+        PlistVariant::binaryData(
+            {{u"text"_qs, u"Gr\u00fc\u00dfe"_qs},
+             {u"data"_qs, QByteArray("\x00\x01\xFF", 3)},
+             {u"numbers"_qs, QVariantList{qint64(-7), 0.1, true}},
+             {u"date"_qs, QDateTime(QDate(2026, 11, 21), QTime(10, 15), QTimeZone::utc())},
+             {u"map"_qs, QVariantMap{{u"inner"_qs, QVariantList{u"deep"_qs}}}}})
+            .value();
+    QVERIFY(PlistVariant::dictionaryFromData(good));
+    run(
+        "key-value store", plistMutations,
+        [&](QRandomGenerator &random) { return mutateBytes(good, random); },
+        [](const QByteArray &bytes) { PlistVariant::dictionaryFromData(bytes); });
 }
 
 LUTEGRID_TEST_MAIN(TestRobustness)

@@ -2,17 +2,12 @@
 #include "testmain.h"
 #include "undocounter.h"
 
-#include <QDir>
-#include <QSignalSpy>
-
 class TestUndoManager : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void oneTurnIsOneStep();
-    void undoRedoRoundTrip();
     void limitOfFiftyLevels();
-    void newEditClearsRedo();
     void explicitGroupSpansTurns();
     void groupingOffMakesEachRegistrationAStep();
 };
@@ -28,33 +23,27 @@ void TestUndoManager::oneTurnIsOneStep()
     QVERIFY(manager.canUndo());
     QCoreApplication::processEvents();
     model.set(0, 9);
-    QCoreApplication::processEvents();
-
     manager.undo();
     QCOMPARE(model.values, QList<int>({1, 2, 3}));
     manager.undo();
     QCOMPARE(model.values, QList<int>({0, 0, 0}));
     QVERIFY(!manager.canUndo());
-    QVERIFY(manager.canRedo());
-}
 
-void TestUndoManager::undoRedoRoundTrip()
-{
-    LgUndoManager manager;
-    Counter model{&manager, {0, 0}};
-    model.set(0, 5);
-    model.set(1, 6);
-    manager.undo(); // in the same turn: the group is closed first
-    QCOMPARE(model.values, QList<int>({0, 0}));
-    QVERIFY(manager.canRedo());
+    // Redo walks the same steps back.
     manager.redo();
-    QCOMPARE(model.values, QList<int>({5, 6}));
+    QCOMPARE(model.values, QList<int>({1, 2, 3}));
+    manager.redo();
+    QCOMPARE(model.values, QList<int>({9, 2, 3}));
     QVERIFY(!manager.canRedo());
+
+    // A new edit drops what could be redone.
     manager.undo();
-    manager.redo();
+    QVERIFY(manager.canRedo());
+    model.set(1, 5);
+    QVERIFY(!manager.canRedo());
+    QCoreApplication::processEvents();
     manager.undo();
-    QCOMPARE(model.values, QList<int>({0, 0}));
-    QVERIFY(!manager.canUndo());
+    QCOMPARE(model.values, QList<int>({1, 2, 3}));
 }
 
 void TestUndoManager::limitOfFiftyLevels()
@@ -74,21 +63,6 @@ void TestUndoManager::limitOfFiftyLevels()
         manager.redo();
     QCOMPARE(model.values[0], 51);
     QVERIFY(!manager.canRedo());
-}
-
-void TestUndoManager::newEditClearsRedo()
-{
-    LgUndoManager manager;
-    Counter model{&manager, {0}};
-    model.set(0, 1);
-    QCoreApplication::processEvents();
-    manager.undo();
-    QVERIFY(manager.canRedo());
-    model.set(0, 2);
-    QVERIFY(!manager.canRedo());
-    QCoreApplication::processEvents();
-    manager.undo();
-    QCOMPARE(model.values[0], 0);
 }
 
 void TestUndoManager::explicitGroupSpansTurns()
