@@ -22,13 +22,12 @@ inline double hzOfPosition(int position)
 inline std::vector<double> hannWindowed(const float *x, qsizetype n)
 {
     std::vector<double> out(std::size_t(std::max<qsizetype>(n, 0)));
-    for (qsizetype i = 0; i < n; ++i) {
-        const double window = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * double(i) / double(n));
-        out[std::size_t(i)] = double(x[i]) * window;
-    }
+    for (qsizetype i = 0; i < n; ++i)
+        out[std::size_t(i)] = x[i] * (0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * i / n));
     return out;
 }
 
+// Amplitude of the component at hz: a full-scale sine gives 1.
 inline double windowedAmplitudeAt(const std::vector<double> &windowed, int rate, double hz)
 {
     const std::complex<double> turn = std::polar(1.0, -2.0 * std::numbers::pi * hz / rate);
@@ -41,7 +40,6 @@ inline double windowedAmplitudeAt(const std::vector<double> &windowed, int rate,
     return 4.0 * std::abs(sum) / double(windowed.size());
 }
 
-// Amplitude of the component at hz: a full-scale sine gives 1.
 inline double amplitudeAt(const float *x, qsizetype n, int rate, double hz)
 {
     return windowedAmplitudeAt(hannWindowed(x, n), rate, hz);
@@ -59,31 +57,25 @@ inline std::optional<double> centsOffNear(const float *x, qsizetype n, int rate,
     double weighted = 0.0;
     double weights = 0.0;
     for (int k = 1; k <= partials; ++k) {
-        const auto amplitude = [&](double c) {
-            return windowedAmplitudeAt(windowed, rate, k * hz * std::pow(2.0, c / 1200.0));
+        double best = 0.0;
+        double bestCents = 0.0;
+        const auto search = [&](double from, double to, double step) {
+            for (double c = from; c <= to + 0.01; c += step) {
+                const double a =
+                    windowedAmplitudeAt(windowed, rate, k * hz * std::pow(2.0, c / 1200.0));
+                if (a > best) {
+                    best = a;
+                    bestCents = c;
+                }
+            }
         };
         // The strongest point within the range in steps of 2 cents, then to a tenth of a cent.
         // On the edge of the search the real peak is elsewhere: that partial doesn't count.
-        double best = 0.0;
-        double bestCents = 0.0;
-        bool atEdge = true;
-        for (double c = -range; c <= range + 0.01; c += 2.0) {
-            if (const double a = amplitude(c); a > best) {
-                best = a;
-                bestCents = c;
-                atEdge = std::abs(c) >= range - 0.01;
-            }
-        }
-        if (atEdge)
+        search(-range, range, 2.0);
+        if (std::abs(bestCents) >= range - 0.01)
             continue;
-        double peakCents = bestCents;
-        for (double c = bestCents - 2.0; c <= bestCents + 2.0; c += 0.1) {
-            if (const double a = amplitude(c); a > best) {
-                best = a;
-                peakCents = c;
-            }
-        }
-        weighted += best * peakCents;
+        search(bestCents - 2.0, bestCents + 2.0, 0.1);
+        weighted += best * bestCents;
         weights += best;
     }
     if (weights <= 0.0)

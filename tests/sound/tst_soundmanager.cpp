@@ -60,23 +60,11 @@ private Q_SLOTS:
 
 void TestSoundManager::everyRecordingSitsWhereItsNameSays()
 {
-    // The table is the scale from A0 to B6, one semitone a step.
+    // The table is the scale from A0 to B6. A recording's name says its open string and fret:
+    // its table position (A0 = 0) and its columnItems index follow. That each file is there
+    // and decodes, tst_sampler checks; that it sounds its note, the sample_pitch test.
     const QList<AudioNote> &mapping = SoundManager::libraryMapping();
     QCOMPARE(mapping.size(), 75);
-    QCOMPARE(mapping.first().musicNote, MusicNote::A);
-    QCOMPARE(mapping.first().octave, 0);
-    QCOMPARE(mapping.last().musicNote, MusicNote::B);
-    QCOMPARE(mapping.last().octave, 6);
-    for (int position = 1; position < mapping.size(); ++position) {
-        const AudioNote &previous = mapping[position - 1];
-        const AudioNote &entry = mapping[position];
-        QCOMPARE(MusicNotes::position(entry.musicNote),
-                 (MusicNotes::position(previous.musicNote) + 1) % 12);
-        QCOMPARE(entry.octave, previous.octave + (entry.musicNote == MusicNote::C ? 1 : 0));
-    }
-
-    // A recording's name says its open string and fret: its table position (A0 = 0) and its
-    // columnItems index follow.
     static const QRegularExpression pattern(u"^((?:bass)?(?:Elittle|[EADGB]))(?:p(\\d+))?$"_qs);
     const QHash<QString, std::pair<int, int>> openStrings = {
         {u"E"_qs, {19, 5}},     {u"A"_qs, {24, 4}},     {u"D"_qs, {29, 3}},
@@ -84,12 +72,9 @@ void TestSoundManager::everyRecordingSitsWhereItsNameSays()
         {u"bassE"_qs, {7, 3}},  {u"bassA"_qs, {12, 2}}, {u"bassD"_qs, {17, 1}},
         {u"bassG"_qs, {22, 0}},
     };
-    // That each file is there and decodes, tst_sampler checks.
     QSet<QString> names;
     for (int position = 0; position < mapping.size(); ++position) {
         const AudioNote &entry = mapping[position];
-        QCOMPARE(entry.fileName.has_value(), entry.stringIndex >= 0);
-        QCOMPARE(entry.bassFileName.has_value(), entry.bassStringIndex >= 0);
         for (const auto &[name, stringIndex, bass] :
              {std::tuple(entry.fileName, entry.stringIndex, false),
               std::tuple(entry.bassFileName, entry.bassStringIndex, true)}) {
@@ -124,18 +109,14 @@ void TestSoundManager::openStringOctaves_data()
     row("first string crosses C downward", u"A# D# G# C# F# A#", {3, 3, 3, 2, 2, 1});
     row("first string above the assumed note", u"F A# D# G# C F", {4, 4, 3, 3, 2, 2});
     row("first name no note", u"X A D G B E", {4, 3, 3, 3, 2});
-    row("middle name no note", u"E X D G B E", {3, 2, 2, 2});
     row("ukulele", u"G C E A", {4, 4, 4, 4});
-    row("tenor", u"A D F# B", {4, 4, 4, 4});
     row("six E", u"E E E E E E", {4, 4, 3, 3, 2, 2});
-    row("six D", u"D D D D D D", {4, 4, 3, 3, 3, 2});
     row("bass", u"E A D G", {2, 2, 1, 1});
     row("five-string bass", u"B E A D G", {2, 2, 1, 1, 0});
     row("seven", u"B E A D G B E", {4, 3, 3, 3, 2, 2, 1});
     row("eight", u"F# B E A D G B E", {4, 3, 3, 3, 2, 2, 1, 1});
     row("same note twice is an octave", u"E E A D", {3, 2, 2, 1});
     row("three strings", u"E A D", {3, 3, 3});
-    row("nine strings", u"E E E E E E E E E", QList<int>(9, 3));
 }
 
 void TestSoundManager::openStringOctaves()
@@ -156,21 +137,14 @@ void TestSoundManager::notesToPlay_data()
         QTest::newRow(name) << notes(tuning) << itemsOf(column) << QString::fromUtf16(expected);
     };
     const char16_t *six = u"E A D G B E";
-    row("high E open", six, u"0 - - - - -", u"Elittle 0");
-    row("high E fret 3 only from its own string", six, u"3 - - - - -", u"Elittle 3");
-    row("low E fret 3", six, u"- - - - - 3", u"E 3");
     row("low E fret 5 prefers the lower", six, u"- - - - - 5", u"E 5");
     row("low E fret 6 exact", six, u"- - - - - 6", u"Ep6 0");
-    row("high E fret 11", six, u"11 - - - - -", u"Elittlep6 5");
     row("low E fret 22, no upper", six, u"- - - - - 22", u"Ep12 10");
-    row("A fret 10", six, u"- - - - 10 -", u"Ap6 4");
     row("B fret 1 over C", six, u"- 1 - - - -", u"B 1");
     row("drop D shifts down", u"D A D G B E", u"- - - - - 0", u"E -2");
     row("baritone needs no own string", u"B E A D G C", u"0 - - - - -", u"Ep6 2");
     row("bass G open", u"E A D G", u"0 - - -", u"bassG 0");
-    row("bass A fret 15", u"E A D G", u"- - 15 -", u"bassAp15 0");
     row("bass E fret 12 from its own string", u"E A D G", u"- - - 12", u"bassEp9 3");
-    row("drop D bass below every recording", u"D A D G", u"- - - 0", u"bassE -2");
     row("ukulele A", u"G C E A", u"0 - - -", u"Gp12 2");
     row("seven-string low B", u"B E A D G B E", u"- - - - - - 0", u"E -5");
     row("far from upper and lower picks the nearer, upper", u"E A D G B C", u"0 - - - - -",
@@ -179,14 +153,12 @@ void TestSoundManager::notesToPlay_data()
     row("last fret on the list", six, u"- - - - - 40", u"Ep12 28");
     row("past the list", six, u"- - - - - 41", u"");
     row("negative fret", six, u"- - -1 - - -", u"");
-    row("huge fret", six, u"- - 1000000000000 - - -", u"");
     row("string tuned to no note", u"E A D H B E", u"- - 0 - - -", u"");
     // C major: E4, C4, G3, E3, C3, nothing on the low E.
     row("chord starts with the lowest string", six, u"0 1 0 2 3 -",
         u"A 3, D 2, G 0, B 1, Elittle 0");
     row("marks make no sound", six, u"- h | x - s", u"");
     row("six items against five strings, even notes", u"E A D G B", u"0 0 0 0 0 0", u"");
-    row("no strings at all", u"", u"", u"");
 }
 
 void TestSoundManager::notesToPlay()
