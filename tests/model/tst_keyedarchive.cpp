@@ -13,7 +13,6 @@ private Q_SLOTS:
     void roundTripOfEveryValueType();
     void writerSharesStringsAndClasses();
     void anotherReaderReadsOurs();
-    void readsForeignArchive();
     void readsKeyedDirectlyTopLevel();
     void readsNestedArchiveInData();
     void hostileArchivesAreUnreadable_data();
@@ -113,25 +112,7 @@ print('ok')
     QCOMPARE(python.readAllStandardOutput().trimmed(), QByteArray("ok"));
 }
 
-void TestKeyedArchive::readsForeignArchive()
-{
-    QString error;
-    const auto root =
-        KeyedUnarchiver::unarchivedRootObject(testDataFile("platform_tab.lgrdi"), &error);
-    QVERIFY2(root, qPrintable(error));
-    QCOMPARE(root->className(), u"Lutegrid.TabData"_qs);
-    const ArchiveArray &rows = root->value(u"trk").toArray();
-    QCOMPARE(rows.size(), size_t(2));
-    // The same column object stands in both rows.
-    const ArchiveValue first = rows[0].value(u"cdkey").toArray()[0];
-    const ArchiveValue again = rows[1].value(u"cdkey").toArray()[1];
-    QVERIFY(first == again);
-    QCOMPARE(first.value(u"colikey").stringListValue()->at(2), u"h"_qs);
-    QCOMPARE(rows[0].value(u"lmkey").stringListValue(),
-             QStringList({u"first line"_qs, u"second line"_qs}));
-    QCOMPARE(root->value(u"tempokey").toInteger(), -7);
-}
-
+// Tabs from another writer go through the document reader: tst_tabfileformat reads them.
 void TestKeyedArchive::readsKeyedDirectlyTopLevel()
 {
     QString error;

@@ -310,6 +310,9 @@ private Q_SLOTS:
         const QString copyPath = QDir(folder->path()).filePath(copyName);
         const QByteArray copy = plistOf({{u"kept"_qs, u"copy"_qs}, {u"fromCopy"_qs, 7}});
         writeFile(storePath(), plistOf({{u"kept"_qs, u"main"_qs}}));
+        // A file of a similar name that no sync client made is none of the store's business.
+        const QString backup = QDir(folder->path()).filePath(u"lutegrid-keyvalues.plist.bak"_qs);
+        writeFile(backup, plistOf({{u"x"_qs, 1}}));
         if (beforeStart)
             writeFile(copyPath, copy);
 
@@ -325,21 +328,13 @@ private Q_SLOTS:
         QCOMPARE(spy.last().at(1).toStringList(), QStringList{u"fromCopy"_qs});
         QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(u"main"_qs));
         QCOMPARE(store.objectForKey(u"fromCopy"_qs), QVariant(qint64(7)));
+        QVERIFY(QFile::exists(backup));
+        QVERIFY(!store.objectForKey(u"x"_qs).isValid());
 
         const auto onDisk = PlistVariant::dictionaryFromData(readFile(storePath()));
         QVERIFY(onDisk);
         QCOMPARE(onDisk->value(u"fromCopy"_qs), QVariant(qint64(7)));
         QCOMPARE(onDisk->value(u"kept"_qs), QVariant(u"main"_qs));
-    }
-
-    void otherFilesBesideTheStoreAreLeftAlone()
-    {
-        const QString other = QDir(folder->path()).filePath(u"lutegrid-keyvalues.plist.bak"_qs);
-        writeFile(other, plistOf({{u"x"_qs, 1}}));
-        CloudKeyValueStore store(folder->path());
-        QVERIFY(store.synchronize());
-        QVERIFY(QFile::exists(other));
-        QVERIFY(!store.objectForKey(u"x"_qs).isValid());
     }
 
     void unreadableFilesAreSurvived_data()
