@@ -128,8 +128,8 @@ void TestTabFileFormat::documentAbsentAndOddFields()
     // A stored 0 is a tempo, not an absent one.
     QCOMPARE(readRowlessTab({{u"tempokey"_qs, ArchiveValue::fromInteger(0)}})->tempo, 0);
     // The lyric size is limited on reading only; nothing or less counts as absent.
-    for (const auto &[stored, size] : {std::pair<qint64, qint64>{-5, 100}, {10, 25}, {25, 25},
-                                       {120, 120}, {500, 120}}) {
+    for (const auto &[stored, size] :
+         {std::pair<qint64, qint64>{-5, 100}, {10, 25}, {25, 25}, {120, 120}, {500, 120}}) {
         const auto sized = readRowlessTab({{u"lcszkey"_qs, ArchiveValue::fromInteger(stored)}});
         QCOMPARE(sized->lyricSize, size);
     }
@@ -141,16 +141,16 @@ void TestTabFileFormat::documentAbsentAndOddFields()
     QVERIFY(read);
     QCOMPARE(read->stringNotes, QStringList({u"Db"_qs, u"E"_qs, u"F#"_qs, u"G#"_qs, u"e\u0301x"_qs,
                                              u"\U0001F3B8a"_qs}));
-    const auto notStrings = readRowlessTab(
-        {{u"snkey"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(4)})}});
+    const auto notStrings =
+        readRowlessTab({{u"snkey"_qs, ArchiveValue::fromArray({ArchiveValue::fromInteger(4)})}});
     QCOMPARE(notStrings->stringNotes, standardStringNotes(6));
 
     // Playback options that don't read leave the tab without them, never unreadable.
     const QByteArray rest = ",\"playbackColumnsInBeat\":1,\"playbackByMeasure\":false,"
                             "\"playbackBeatsPerMeasure\":4,\"loopPlayback\":false}";
-    for (const QByteArray &json : QList<QByteArray>{"not json", "[]", "{\"playbackSpeed\":80}",
-                                                    "{\"playbackSpeed\":\"80\"" + rest,
-                                                    "{\"playbackSpeed\":80.5" + rest}) {
+    for (const QByteArray &json :
+         QList<QByteArray>{"not json", "[]", "{\"playbackSpeed\":80}",
+                           "{\"playbackSpeed\":\"80\"" + rest, "{\"playbackSpeed\":80.5" + rest}) {
         const auto options = readRowlessTab(
             {{u"plbkoptionskey"_qs, ArchiveValue::fromString(QString::fromLatin1(json))}});
         QVERIFY2(options, json.constData());

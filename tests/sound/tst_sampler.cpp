@@ -56,8 +56,8 @@ QByteArray sineWav(int sampleRate, int channels, double hz, double seconds)
     out.writeRawData("data", 4);
     out << dataBytes;
     for (quint32 i = 0; i < frames * quint32(channels); ++i)
-        out << qint16(std::lround(16000.0 * std::sin(2.0 * std::numbers::pi * hz *
-                                                       (i / channels) / sampleRate)));
+        out << qint16(std::lround(
+            16000.0 * std::sin(2.0 * std::numbers::pi * hz * (i / channels) / sampleRate)));
     return wav;
 }
 
