@@ -42,6 +42,7 @@ void TestUndoManager::oneTurnIsOneStep()
     model.set(1, 5);
     QVERIFY(!manager.canRedo());
     QCoreApplication::processEvents();
+    QVERIFY(!manager.canRedo());
     manager.undo();
     QCOMPARE(model.values, QList<int>({1, 2, 3}));
 }
