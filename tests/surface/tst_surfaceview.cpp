@@ -35,10 +35,6 @@ private:
     QPoint scenePoint(double contentX, double contentY) const;
     QQuickItem *find(const char *name) const;
     void tap(QPoint point);
-    void tapMiddle(QQuickItem *item)
-    {
-        tap(item->mapToScene(item->boundingRect().center()).toPoint());
-    }
     QImage grab();
 
     std::unique_ptr<QQuickView> window;
@@ -133,12 +129,14 @@ void TestSurfaceView::touchesPlaceCursorAndEdit()
     QCOMPARE(view->editColIndex, 8);
 
     const TabColumnData before = view->tabRows[0].colDatas[8];
-    QVERIFY(find("fret7") && find("demoUndo"));
-    tapMiddle(find("fret7"));
+    QQuickItem *fret = find("fret7");
+    QVERIFY(fret);
+    tap(fret->mapToScene(QPointF(fret->width() / 2, fret->height() / 2)).toPoint());
     QCOMPARE(view->tabRows[0].colDatas[8].columnItems[3], ColumnItemType::note(7));
     QCOMPARE(view->editColIndex, 9); // advanced by one
     QVERIFY(surface->canUndo());
-    tapMiddle(find("demoUndo"));
+    QQuickItem *undo = find("demoUndo");
+    tap(undo->mapToScene(QPointF(undo->width() / 2, undo->height() / 2)).toPoint());
     QCOMPARE(view->tabRows[0].colDatas[8], before);
 
     // A tap on a chord name selects its column only.
