@@ -1,6 +1,7 @@
 #include "convert.h"
 #include "tabinput.h"
 
+#include "export/asciitabreader.h"
 #include "export/documentmanager.h"
 #include "model/tabfileformat.h"
 
@@ -38,8 +39,8 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
 {
     const Form inputForm = formOf(inputPath);
     const Form outputForm = formOf(outputPath);
-    if (inputForm != Form::Document && inputForm != Form::Exchange)
-        return inputPath + u": not a tab file (.lgrdi or .lgrd)";
+    if (inputForm == Form::Unknown)
+        return inputPath + u": not a tab file (.lgrdi, .lgrd or .txt)";
     if (outputForm == Form::Unknown)
         return outputPath + u": unknown output type (use .lgrdi, .lgrd or .txt)";
 
@@ -55,6 +56,13 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         if (!tab)
             return inputPath + u": unreadable tab document (" + error + u")";
         tab->title = titleFromFileName(inputPath);
+    } else if (inputForm == Form::Text) {
+        AsciiTabResult text = AsciiTabReader::read(QString::fromUtf8(*bytes));
+        if (!text.tab)
+            return inputPath + u": " + text.message;
+        tab = std::move(text.tab);
+        if (!text.foundTitle)
+            tab->title = QFileInfo(inputPath).completeBaseName();
     } else {
         ImportError error;
         tab = tabDataFromExchangeData(*bytes, &error);
