@@ -93,6 +93,19 @@ int smallestGap(const QList<int> &positions)
     return gap;
 }
 
+// Labels two wide, bodies of whole three-character cells, every item ending a cell: the lines
+// our own export writes, where a wider shared step would still be one cell a column.
+bool isOwnLayout(const QList<AsciiTabLine> &lines, const QList<Token> &tokens)
+{
+    const qsizetype length = lines.first().body.size();
+    for (const AsciiTabLine &line : lines) {
+        if (line.bodyOffset != 3 || line.body.size() != length || length % 3 != 0)
+            return false;
+    }
+    return std::all_of(tokens.cbegin(), tokens.cend(),
+                       [](const Token &token) { return token.end % 3 == 2; });
+}
+
 // Chord names written with no space between them ("Am7G") break where a name fits a column.
 QList<std::pair<int, QString>> splitGlued(int position, const QString &word, int step)
 {
@@ -229,18 +242,17 @@ QList<TabColumnData> AsciiTabBlock::columns(const QList<AsciiTabLine> &lines,
         starts.append(cluster.start);
         ends.append(cluster.end);
     }
-    // A wide shared step is several columns of three (or two) characters, the common cells.
-    const auto cell = [](int shared) {
-        if (shared > 3 && shared % 3 == 0)
-            return 3;
-        if (shared > 2 && shared % 2 == 0)
-            return 2;
-        return shared;
-    };
+    // A step of several three-character cells is that many columns: dashes are kept as time.
+    const auto cell = [](int shared) { return shared > 3 && shared % 3 == 0 ? 3 : shared; };
     const int endStep = cell(stepOf(ends));
     const int startStep = cell(stepOf(starts));
-    const bool byStart = startStep > endStep && endStep != 3;
+    bool byStart = startStep > endStep;
     int step = std::max(endStep, startStep);
+    // Our own text export: three characters a column, items at the right of their cell.
+    if (isOwnLayout(lines, tokens)) {
+        byStart = false;
+        step = 3;
+    }
     // Uneven spacing shares no step: its narrowest gap is one column.
     if (step < 2)
         step = smallestGap(ends);
