@@ -1,6 +1,7 @@
 #include "asciitabreader.h"
 
 #include "asciitabblock.h"
+#include "importedrows.h"
 #include "library/tabedits.h"
 #include "music/musicnote.h"
 
@@ -128,27 +129,6 @@ void readHeader(const QStringList &lines, int end, TabData &tab, AsciiTabResult 
         tab.introText = intro.join(u'\n');
 }
 
-// Rows no wider than the editor takes: a long block breaks, at a bar where one is near.
-QList<QList<TabColumnData>> fitRows(const QList<TabColumnData> &columns)
-{
-    constexpr int widest = TabEdits::maxNumTabColumns;
-    QList<QList<TabColumnData>> rows;
-    qsizetype at = 0;
-    while (columns.size() - at > widest) {
-        qsizetype cut = at + widest;
-        for (qsizetype k = at + widest; k > at + widest / 2; --k) {
-            if (columns[k - 1].hasBar()) {
-                cut = k;
-                break;
-            }
-        }
-        rows.append(columns.mid(at, cut - at));
-        at = cut;
-    }
-    rows.append(columns.mid(at));
-    return rows;
-}
-
 } // namespace
 
 QString AsciiTabReader::noTabMessage()
@@ -215,14 +195,11 @@ AsciiTabResult AsciiTabReader::read(const QString &text)
             if (chords)
                 --textTo;
         }
-        QList<TabColumnData> columns = AsciiTabBlock::columns(block.lines, chords);
-        for (TabColumnData &column : columns) {
-            if (column.columnItems.size() != stringCount)
-                column.setStringCount(stringCount);
-        }
+        const QList<TabColumnData> columns = AsciiTabBlock::columns(block.lines, chords);
         const QStringList lyrics = lyricLinesOf(lines, textFrom, textTo, indent);
         bool firstPiece = true;
-        for (const QList<TabColumnData> &piece : fitRows(columns)) {
+        const auto pieces = ImportedRows::fit(columns, TabEdits::maxNumTabColumns);
+        for (const QList<TabColumnData> &piece : pieces) {
             rowColumns.append(piece);
             rowLyrics.append(firstPiece ? lyrics : QStringList());
             firstPiece = false;
@@ -230,18 +207,7 @@ AsciiTabResult AsciiTabReader::read(const QString &text)
         textFrom = block.end();
     }
 
-    // Every row of a tab is as wide as the widest.
-    qsizetype width = TabEdits::minNumTabColumns;
-    for (const QList<TabColumnData> &columns : rowColumns)
-        width = std::max(width, columns.size());
-    for (qsizetype r = 0; r < rowColumns.size(); ++r) {
-        QList<TabColumnData> &columns = rowColumns[r];
-        while (columns.size() < width)
-            columns.append(TabColumnData(stringCount));
-        TabRowData row(columns, rowLyrics[r]);
-        row.stringCount = stringCount;
-        tab.tabRowDatas.append(row);
-    }
+    tab.tabRowDatas = ImportedRows::evened(rowColumns, rowLyrics, stringCount);
     result.tab = std::move(tab);
     return result;
 }
