@@ -18,18 +18,18 @@ bool isBarColumn(const TabColumnData &column)
     return !column.columnItems.isEmpty() && column.columnItems.first().isBar();
 }
 
-void writePitch(QXmlStreamWriter &xml, const char *element, int midi, const QString &prefix)
+void writePitch(QXmlStreamWriter &xml, int midi)
 {
     // The schema's octaves run 0 to 9.
     while (midi < 12)
         midi += 12;
     while (midi > 119)
         midi -= 12;
-    xml.writeStartElement(element);
-    xml.writeTextElement(prefix + u"step", QString::fromLatin1(steps[midi % 12]));
+    xml.writeStartElement(u"pitch"_qs);
+    xml.writeTextElement(u"step"_qs, QString::fromLatin1(steps[midi % 12]));
     if (alters[midi % 12])
-        xml.writeTextElement(prefix + u"alter", QString::number(alters[midi % 12]));
-    xml.writeTextElement(prefix + u"octave", QString::number(midi / 12 - 1));
+        xml.writeTextElement(u"alter"_qs, QString::number(alters[midi % 12]));
+    xml.writeTextElement(u"octave"_qs, QString::number(midi / 12 - 1));
     xml.writeEndElement();
 }
 
@@ -229,7 +229,7 @@ private:
             const auto open = pitches.value(i);
             const qint64 sounding = qint64(open.value_or(60)) + std::max<qint64>(tab.capoFret, 0)
                                     + std::min<qint64>(item.fret(), 127);
-            writePitch(xml, "pitch", int(std::min<qint64>(sounding, 127)), QString());
+            writePitch(xml, int(std::min<qint64>(sounding, 127)));
             xml.writeTextElement(u"duration"_qs, QString::number(slot.duration));
             xml.writeTextElement(u"voice"_qs, u"1"_qs);
             xml.writeStartElement(u"notations"_qs);

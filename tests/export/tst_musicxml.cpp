@@ -1,3 +1,4 @@
+#include "export/documentmanager.h"
 #include "export/musicxml.h"
 #include "export/mxlarchive.h"
 
@@ -221,6 +222,25 @@ private Q_SLOTS:
         QVERIFY(row.colDatas[1].isAllBlank());
         QVERIFY(row.colDatas[2].hasBar());
         QVERIFY(row.colDatas[4].hasBar());
+    }
+
+    // The export folder takes them as it takes the other forms.
+    void exportFilesByType()
+    {
+        QRandomGenerator random(77);
+        const TabExportConfiguration configuration{randomTab(random)};
+        for (const ExportType type : {ExportType::MUSICXML, ExportType::MXL, ExportType::MIDI}) {
+            const auto path = DocumentManager::exportFile(type, configuration, u"Song"_qs);
+            QVERIFY(path);
+            QVERIFY(path->endsWith(u"Song."_qs + DocumentManager::fileExtension(type)));
+            QFile file(*path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QByteArray bytes = file.readAll();
+            if (type == ExportType::MIDI)
+                QVERIFY(bytes.startsWith("MThd"));
+            else
+                QVERIFY(MusicXml::read(bytes).tab);
+        }
     }
 
     void badInputGivesAMessage_data()
