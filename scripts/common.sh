@@ -12,6 +12,7 @@ LUTEGRID_PACKAGES=(
     libplist-dev libsoundtouch-dev libsndfile1-dev libpulse-dev libzip-dev
     pulseaudio pulseaudio-utils
     unzip libqt6svg6
+    libsmf-dev libxml2-utils python3-mido
 )
 
 as_root() {

@@ -1,7 +1,10 @@
 #include "convert.h"
 #include "tabinput.h"
 
+#include "export/asciitabreader.h"
 #include "export/documentmanager.h"
+#include "export/midiwriter.h"
+#include "export/musicxml.h"
 #include "model/tabfileformat.h"
 
 #include <QFileInfo>
@@ -9,7 +12,7 @@
 
 namespace {
 
-enum class Form { Document, Exchange, Text, Unknown };
+enum class Form { Document, Exchange, Text, MusicXml, CompressedMusicXml, Midi, Unknown };
 
 Form formOf(const QString &path)
 {
@@ -20,6 +23,12 @@ Form formOf(const QString &path)
         return Form::Exchange;
     if (suffix == u"txt")
         return Form::Text;
+    if (suffix == MusicXml::fileExtension(false))
+        return Form::MusicXml;
+    if (suffix == MusicXml::fileExtension(true))
+        return Form::CompressedMusicXml;
+    if (suffix == MidiWriter::fileExtension())
+        return Form::Midi;
     return Form::Unknown;
 }
 
@@ -38,10 +47,11 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
 {
     const Form inputForm = formOf(inputPath);
     const Form outputForm = formOf(outputPath);
-    if (inputForm != Form::Document && inputForm != Form::Exchange)
-        return inputPath + u": not a tab file (.lgrdi or .lgrd)";
+    if (inputForm == Form::Unknown || inputForm == Form::Midi)
+        return inputPath + u": not a tab file (.lgrdi, .lgrd, .txt, .musicxml or .mxl)";
     if (outputForm == Form::Unknown)
-        return outputPath + u": unknown output type (use .lgrdi, .lgrd or .txt)";
+        return outputPath
+               + u": unknown output type (use .lgrdi, .lgrd, .txt, .musicxml, .mxl or .mid)";
 
     QString readError;
     const std::optional<QByteArray> bytes = readTabInput(inputPath, &readError);
@@ -55,6 +65,20 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         if (!tab)
             return inputPath + u": unreadable tab document (" + error + u")";
         tab->title = titleFromFileName(inputPath);
+    } else if (inputForm == Form::Text) {
+        AsciiTabResult text = AsciiTabReader::read(QString::fromUtf8(*bytes));
+        if (!text.tab)
+            return inputPath + u": " + text.message;
+        tab = std::move(text.tab);
+        if (!text.foundTitle)
+            tab->title = QFileInfo(inputPath).completeBaseName();
+    } else if (inputForm == Form::MusicXml || inputForm == Form::CompressedMusicXml) {
+        MusicXml::ReadResult score = MusicXml::read(*bytes);
+        if (!score.tab)
+            return inputPath + u": " + score.message;
+        tab = std::move(score.tab);
+        if (tab->title.isEmpty())
+            tab->title = QFileInfo(inputPath).completeBaseName();
     } else {
         ImportError error;
         tab = tabDataFromExchangeData(*bytes, &error);
@@ -81,6 +105,21 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         configuration.showColumnHeaders = options.showColumnHeaders;
         configuration.showTabContent = options.showTabContent;
         output = DocumentManager::asciiBytes(DocumentManager::tabText(configuration));
+        break;
+    }
+    case Form::MusicXml:
+    case Form::CompressedMusicXml: {
+        const auto score = MusicXml::write(*tab, outputForm == Form::CompressedMusicXml);
+        if (!score)
+            return outputPath + u": the tab could not be packed as MusicXML";
+        output = *score;
+        break;
+    }
+    case Form::Midi: {
+        const auto midi = MidiWriter::write(*tab);
+        if (!midi)
+            return outputPath + u": the tab could not be written as MIDI";
+        output = *midi;
         break;
     }
     case Form::Unknown:

@@ -9,7 +9,8 @@ struct ConvertOptions {
     bool showTabContent = true;
 };
 
-// Converts between ".lgrdi", ".lgrd" and ".txt" by extension. Gives an empty string on
-// success, else one line that names the file and what is wrong.
+// Converts between ".lgrdi", ".lgrd", ".txt", ".musicxml" and ".mxl", and to ".mid", by
+// extension. Gives an empty string on success, else one line that names the file and what is
+// wrong.
 QString convertTabFile(const QString &inputPath, const QString &outputPath,
                        const ConvertOptions &options);

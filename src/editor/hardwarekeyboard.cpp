@@ -163,6 +163,11 @@ bool HardwareKeyboard::shortcut(const KeyPress &press)
         Q_EMIT backRequested();
         return true;
     }
+    if (ctrl && press.key == Qt::Key_V) {
+        if (!editor.pressInProgress())
+            Q_EMIT pasteRequested();
+        return true;
+    }
     if (ctrl && press.key == Qt::Key_N) {
         Q_EMIT newTabRequested();
         return true;
@@ -197,6 +202,8 @@ QStringList HardwareKeyboard::shortcutList()
         u"Undo"_qs,
         u"Ctrl+Shift+Z, Ctrl+Y"_qs,
         u"Redo"_qs,
+        u"Ctrl+V"_qs,
+        u"Paste a plain-text tab at the cursor"_qs,
         u"Ctrl+N"_qs,
         u"New tab"_qs,
         u"Ctrl+W, Esc"_qs,

@@ -61,6 +61,8 @@ Q_SIGNALS:
     void fullScreenRequested();
     void helpRequested();
     void newTabRequested();
+    // Ctrl+V: the screen reads the clipboard and pastes a plain-text tab at the cursor.
+    void pasteRequested();
 
 private:
     bool blocked() const;

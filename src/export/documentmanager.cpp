@@ -1,6 +1,8 @@
 #include "documentmanager.h"
 
 #include "exportlog.h"
+#include "midiwriter.h"
+#include "musicxml.h"
 #include "model/tabfileformat.h"
 #include "music/notefromfretshelper.h"
 #include "services/apppaths.h"
@@ -100,6 +102,11 @@ QString DocumentManager::fileExtension(ExportType type)
         return u"pdf"_qs;
     case ExportType::TXT:
         return u"txt"_qs;
+    case ExportType::MUSICXML:
+    case ExportType::MXL:
+        return MusicXml::fileExtension(type == ExportType::MXL);
+    case ExportType::MIDI:
+        return MidiWriter::fileExtension();
     }
     return {};
 }
@@ -181,6 +188,11 @@ std::optional<QByteArray> DocumentManager::exportData(ExportType type,
         return exchangeData(configuration.tabData);
     case ExportType::TXT:
         return asciiBytes(tabText(configuration));
+    case ExportType::MUSICXML:
+    case ExportType::MXL:
+        return MusicXml::write(configuration.tabData, type == ExportType::MXL);
+    case ExportType::MIDI:
+        return MidiWriter::write(configuration.tabData);
     case ExportType::RTF:
     case ExportType::PDF:
         break;

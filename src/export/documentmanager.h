@@ -7,7 +7,8 @@
 
 #include <optional>
 
-enum class ExportType { LGRD, RTF, PDF, TXT };
+// MUSICXML is the plain score, MXL the compressed one.
+enum class ExportType { LGRD, RTF, PDF, TXT, MUSICXML, MXL, MIDI };
 
 // The display flags and tab that an export uses.
 struct TabExportConfiguration {
@@ -24,7 +25,7 @@ struct TabExportConfiguration {
 class DocumentManager
 {
 public:
-    // "lgrd", "rtf", "pdf", "txt".
+    // "lgrd", "rtf", "pdf", "txt", "musicxml", "mxl", "mid".
     static QString fileExtension(ExportType type);
     // The tab as plain text, three characters a column.
     static QString tabText(const TabExportConfiguration &configuration);

@@ -12,6 +12,7 @@
 #include "surfacepalette.h"
 #include "tabeditsurface.h"
 
+#include <QClipboard>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -115,6 +116,7 @@ private Q_SLOTS:
     void previewFollowsADeletedRow();
     void keyboardInTheWindow();
     void keyboardHelpAndNewTab();
+    void pasteATextTab();
 
 private:
     void openWindow(QSize size = QSize(390, 844));
@@ -1169,4 +1171,36 @@ void TestApp::keyboardHelpAndNewTab()
     QTest::keyClick(window.get(), Qt::Key_Question, Qt::ShiftModifier);
     QVERIFY(item(u"keyboardHelp"_qs));
     saveShot(u"keyboard-help-desktop"_qs);
+}
+
+// Ctrl+V with a forum tab on the clipboard writes it at the cursor as one step; text with no
+// tab says so and changes nothing.
+void TestApp::pasteATextTab()
+{
+    QVERIFY(openEditor());
+    auto *screen = findItem<EditorScreenItem>(window->contentItem());
+    QTRY_VERIFY(screen->hasActiveFocus());
+    const QList<TabRowData> before = view->tab().tabRowDatas;
+    const int column = view->editColIndex;
+    QGuiApplication::clipboard()->setText(u"  Am     G\n"
+                                          "e|--0----3--|\nB|--1----0--|\nG|--2----0--|\n"
+                                          "D|--2----0--|\nA|--0----2--|\nE|-------3--|\n"_qs);
+    QTest::keyClick(window.get(), Qt::Key_V, Qt::ControlModifier);
+    const QList<TabColumnData> &columns = view->tab().tabRowDatas[0].colDatas;
+    QCOMPARE(columns[column].chordName, u"Am"_qs);
+    QCOMPARE(columns[column].columnItems[1], ColumnItemType::note(1));
+    QCOMPARE(columns[column + 1].chordName, u"G"_qs);
+    QCOMPARE(columns[column + 1].columnItems[5], ColumnItemType::note(3));
+    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-ascii"_qs);
+    QDir().mkpath(shots);
+    saveShot(u"pasted-tab"_qs);
+    QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(view->tab().tabRowDatas, before);
+
+    QGuiApplication::clipboard()->setText(u"just some words"_qs);
+    QTest::keyClick(window.get(), Qt::Key_V, Qt::ControlModifier);
+    QTRY_VERIFY(item(u"messageLabel"_qs));
+    QVERIFY(item(u"messageLabel"_qs)->property("text").toString().startsWith(u"No tab found"_qs));
+    saveShot(u"paste-no-tab"_qs);
+    QCOMPARE(view->tab().tabRowDatas, before);
 }

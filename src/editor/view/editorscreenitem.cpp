@@ -1,11 +1,15 @@
 #include "editorscreenitem.h"
 
+#include "editor/tabpaste.h"
+#include "export/asciitabreader.h"
+#include "services/dialogpresenter.h"
 #include "shell/appmanager.h"
 
 #include "dialoghost.h"
 #include "fretboarditem.h"
 #include "tabeditsurface.h"
 
+#include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QQuickWindow>
@@ -50,6 +54,8 @@ void EditorScreenItem::makeController()
     editor->existingTabCount = AppManager::shared().existingTabPaths.size();
     if (width() > 0 && height() > 0)
         editor->applyViewSize(width(), height());
+    connect(editor->keyboard(), &HardwareKeyboard::pasteRequested, this,
+            &EditorScreenItem::pasteFromClipboard);
     Q_EMIT controllerChanged();
 }
 
@@ -91,6 +97,21 @@ void EditorScreenItem::keyPressEvent(QKeyEvent *event)
     HardwareKeyboard *keys = editor->keyboard();
     keys->textBeingTyped = textBeingTyped();
     event->setAccepted(keys->pressBegan(keyPress(*event)));
+}
+
+// A plain-text tab on the clipboard goes in at the cursor; other text says why it can't.
+void EditorScreenItem::pasteFromClipboard()
+{
+    TabEditView *view = editor ? editor->tabEditView() : nullptr;
+    if (!view || !view->tabEdits())
+        return;
+    const AsciiTabResult read = AsciiTabReader::read(QGuiApplication::clipboard()->text());
+    std::optional<QString> message = read.tab ? std::nullopt : std::optional(read.message);
+    if (read.tab)
+        message = TabPaste::pasteRows(*view->tabEdits(), view->cursorTabRow(),
+                                      view->editColIndex, read.tab->tabRowDatas);
+    if (message && editor->dialogPresenter())
+        editor->dialogPresenter()->presentMessage(*message);
 }
 
 void EditorScreenItem::keyReleaseEvent(QKeyEvent *event)

@@ -53,6 +53,7 @@ private:
     bool textBeingTyped() const;
     // With no text field holding the keys, they come back to the editor.
     void keepKeyFocus();
+    void pasteFromClipboard();
 
     QPointer<LutegridDocument> lgDocument;
     // Children of this screen, or the window's host: they outlive the controller.
