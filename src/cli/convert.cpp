@@ -4,12 +4,16 @@
 #include "export/documentmanager.h"
 #include "model/tabfileformat.h"
 
+#ifdef LUTEGRID_CLI_PDF
+#include "tabpdf.h"
+#endif
+
 #include <QFileInfo>
 #include <QSaveFile>
 
 namespace {
 
-enum class Form { Document, Exchange, Text, Unknown };
+enum class Form { Document, Exchange, Text, Pdf, Unknown };
 
 Form formOf(const QString &path)
 {
@@ -20,6 +24,8 @@ Form formOf(const QString &path)
         return Form::Exchange;
     if (suffix == u"txt")
         return Form::Text;
+    if (suffix == u"pdf")
+        return Form::Pdf;
     return Form::Unknown;
 }
 
@@ -29,6 +35,18 @@ QString titleFromFileName(const QString &path)
     const QString name = QFileInfo(path).fileName();
     const qsizetype cut = name.indexOf(u".lgrd");
     return cut >= 0 ? name.left(cut) : name;
+}
+
+TabExportConfiguration configurationOf(const TabData &tab, const ConvertOptions &options)
+{
+    TabExportConfiguration configuration{tab};
+    configuration.notesOnTab = options.notesOnTab;
+    configuration.showLyrics = options.showLyrics;
+    configuration.showColumnHeaders = options.showColumnHeaders;
+    configuration.showTabContent = options.showTabContent;
+    configuration.lyricsBelow = options.lyricsBelow;
+    configuration.twoColumns = options.twoColumns;
+    return configuration;
 }
 
 } // namespace
@@ -41,7 +59,7 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
     if (inputForm != Form::Document && inputForm != Form::Exchange)
         return inputPath + u": not a tab file (.lgrdi or .lgrd)";
     if (outputForm == Form::Unknown)
-        return outputPath + u": unknown output type (use .lgrdi, .lgrd or .txt)";
+        return outputPath + u": unknown output type (use .lgrdi, .lgrd, .txt or .pdf)";
 
     QString readError;
     const std::optional<QByteArray> bytes = readTabInput(inputPath, &readError);
@@ -74,14 +92,19 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         output = *json;
         break;
     }
-    case Form::Text: {
-        TabExportConfiguration configuration{*tab};
-        configuration.notesOnTab = options.notesOnTab;
-        configuration.showLyrics = options.showLyrics;
-        configuration.showColumnHeaders = options.showColumnHeaders;
-        configuration.showTabContent = options.showTabContent;
-        output = DocumentManager::asciiBytes(DocumentManager::tabText(configuration));
+    case Form::Text:
+        output = DocumentManager::asciiBytes(DocumentManager::tabText(configurationOf(*tab, options)));
         break;
+    case Form::Pdf: {
+#ifdef LUTEGRID_CLI_PDF
+        const auto pdf = TabPdf::pdfData(configurationOf(*tab, options));
+        if (!pdf)
+            return outputPath + u": the PDF could not be made";
+        output = *pdf;
+        break;
+#else
+        return outputPath + u": this build has no PDF output (it was built without Qt GUI)";
+#endif
     }
     case Form::Unknown:
         break;

@@ -7,9 +7,12 @@ struct ConvertOptions {
     bool showLyrics = true;
     bool showColumnHeaders = true;
     bool showTabContent = true;
+    bool lyricsBelow = false;
+    bool twoColumns = false;
 };
 
-// Converts between ".lgrdi", ".lgrd" and ".txt" by extension. Gives an empty string on
+// Converts between ".lgrdi", ".lgrd", ".txt" and ".pdf" (the last two output only) by extension.
+// PDF needs a QGuiApplication. Gives an empty string on
 // success, else one line that names the file and what is wrong.
 QString convertTabFile(const QString &inputPath, const QString &outputPath,
                        const ConvertOptions &options);
