@@ -93,7 +93,8 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         break;
     }
     case Form::Text:
-        output = DocumentManager::asciiBytes(DocumentManager::tabText(configurationOf(*tab, options)));
+        output =
+            DocumentManager::asciiBytes(DocumentManager::tabText(configurationOf(*tab, options)));
         break;
     case Form::Pdf: {
 #ifdef LUTEGRID_CLI_PDF

@@ -51,8 +51,7 @@ void ExportDialogViewController::exportTab()
     if (overwriteNames.isEmpty()) {
         currentState = Done;
         const auto flag = [](bool on) { return on ? u"1"_qs : u"0"_qs; };
-        Analytics::logEvent(u"Export "_qs + flag(lgrdOn) + u' ' + flag(txtOn) + u' '
-                            + flag(pdfOn));
+        Analytics::logEvent(u"Export "_qs + flag(lgrdOn) + u' ' + flag(txtOn) + u' ' + flag(pdfOn));
     } else {
         QStringList lines;
         for (const QString &clash : std::as_const(overwriteNames))

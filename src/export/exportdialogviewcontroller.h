@@ -34,8 +34,8 @@ public:
         ExportType, const TabExportConfiguration &, const QString &path)>;
 
     // Without an exporter only what DocumentManager writes alone (lgrd, txt) can succeed.
-    explicit ExportDialogViewController(TabExportConfiguration exportConfig,
-                                        Exporter exporter = {}, QObject *parent = nullptr);
+    explicit ExportDialogViewController(TabExportConfiguration exportConfig, Exporter exporter = {},
+                                        QObject *parent = nullptr);
 
     const TabExportConfiguration exportConfig;
     bool lgrdOn = false;

@@ -58,8 +58,8 @@ TabViewPrintRenderer::PrintRow TabViewPrintRenderer::printRow(int index, double 
     // The halves share their lyric line count and their chord band, so they stay level.
     const auto &rows = tabExportConfig.tabData.tabRowDatas;
     const bool pair = index + 1 < rowCount();
-    const int lyricLines = int(std::max(rows[index].lyricLines.size(),
-                                        pair ? rows[index + 1].lyricLines.size() : 0));
+    const int lyricLines =
+        int(std::max(rows[index].lyricLines.size(), pair ? rows[index + 1].lyricLines.size() : 0));
     const bool noChordNames = !rowHasChordNames(index) && !rowHasChordNames(index + 1);
     const QList<QRectF> halves = TabRowSideBySideWithMarkupView::childFrames(width, {});
     QList<double> heights;
@@ -90,8 +90,8 @@ void TabViewPrintRenderer::paginate()
             titleHeight = measurer.titleHeight(tabExportConfig.tabData.title);
             y = titleHeight + titleContentGap;
             if (hasIntro()) {
-                introHeight = measurer.introHeight(*tabExportConfig.tabData.introText,
-                                                   printableRect.width());
+                introHeight =
+                    measurer.introHeight(*tabExportConfig.tabData.introText, printableRect.width());
                 y += introHeight;
             }
         }
@@ -134,8 +134,8 @@ TabViewPrintRenderer::PageLayout TabViewPrintRenderer::pageLayout(int page)
         y += titleContentGap;
     }
     const int first = pageStartTabRowIndices[page];
-    const int end = page + 1 < pageStartTabRowIndices.size() ? pageStartTabRowIndices[page + 1]
-                                                             : rowCount();
+    const int end =
+        page + 1 < pageStartTabRowIndices.size() ? pageStartTabRowIndices[page + 1] : rowCount();
     for (int i = first; i < end; i += rowsPerStep()) {
         PlacedRow placed{printRow(i), {}};
         placed.frame = QRectF(r.left(), y, contentWidth, placed.row.height);

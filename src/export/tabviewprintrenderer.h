@@ -31,8 +31,7 @@ public:
     static constexpr double contentWidth = 516 - 8;
     static constexpr QRectF footerRect{612 / 2.0 - 75, 792 - 40, 150, 16};
 
-    TabViewPrintRenderer(TabExportConfiguration tabExportConfig,
-                         const PrintTextMeasurer &measurer);
+    TabViewPrintRenderer(TabExportConfiguration tabExportConfig, const PrintTextMeasurer &measurer);
 
     const TabExportConfiguration tabExportConfig;
     double titleHeight = 36;

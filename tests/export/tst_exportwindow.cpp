@@ -33,8 +33,8 @@ TabExportConfiguration songConfig()
     row.colDatas[0].chordName = u"Am"_qs;
     row.colDatas[2].setColumnItem(0, ColumnItemType::note(7));
     row.lyricLines = {u"hello road"_qs};
-    return TabExportConfiguration{TabData(u"Song"_qs, {row}, standardStringNotes(6), 0,
-                                          std::nullopt)};
+    return TabExportConfiguration{
+        TabData(u"Song"_qs, {row}, standardStringNotes(6), 0, std::nullopt)};
 }
 
 QString exportsFolder()
@@ -127,8 +127,8 @@ class TestExportWindow : public QObject {
 
     void shoot(const QString &name)
     {
-        const QString dir = QDir(QCoreApplication::applicationDirPath())
-                                .filePath(u"../../../shots-export"_qs);
+        const QString dir =
+            QDir(QCoreApplication::applicationDirPath()).filePath(u"../../../shots-export"_qs);
         QDir().mkpath(dir);
         QTest::qWait(250);
         QVERIFY(window->grabWindow().save(QDir(dir).filePath(name + u".png"_qs)));
@@ -169,7 +169,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("message");
-        QTest::newRow("51 characters") << QString(51, u'x') << u"Name too long. 51/50 characters."_qs;
+        QTest::newRow("51 characters")
+            << QString(51, u'x') << u"Name too long. 51/50 characters."_qs;
         QTest::newRow("blanks") << u"   "_qs << u"Name cannot be empty"_qs;
         QTest::newRow("lgrd in any case") << u"my.LGRD.tab"_qs << u"Cannot contain '.lgrd'"_qs;
         QTest::newRow("slash") << u"a/b"_qs << u"Cannot contain '/'"_qs;
@@ -288,8 +289,8 @@ private Q_SLOTS:
         click(u"copyFilesButt"_qs);
         const QMimeData *clip = QGuiApplication::clipboard()->mimeData();
         QVERIFY(clip);
-        QCOMPARE(clip->urls(), (QList<QUrl>{QUrl::fromLocalFile(files[0]),
-                                            QUrl::fromLocalFile(files[1])}));
+        QCOMPARE(clip->urls(),
+                 (QList<QUrl>{QUrl::fromLocalFile(files[0]), QUrl::fromLocalFile(files[1])}));
         QVERIFY(text(u"shareMessage"_qs).startsWith(u"Copied 2 files"_qs));
         click(u"open Song.pdf"_qs);
         QCOMPARE(opened.last(), QUrl::fromLocalFile(files[1]));

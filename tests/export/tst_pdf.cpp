@@ -60,8 +60,8 @@ Run run(const QString &program, const QStringList &arguments)
 
 QString pageText(const QString &pdf, int page)
 {
-    return run(u"pdftotext"_qs, {u"-f"_qs, QString::number(page), u"-l"_qs,
-                                 QString::number(page), pdf, u"-"_qs})
+    return run(u"pdftotext"_qs,
+               {u"-f"_qs, QString::number(page), u"-l"_qs, QString::number(page), pdf, u"-"_qs})
         .out;
 }
 
@@ -82,8 +82,8 @@ bool inOrder(const QString &text, const QStringList &needles)
 
 QString shotsDir()
 {
-    const QString dir = QDir(QCoreApplication::applicationDirPath())
-                            .filePath(u"../../../shots-export"_qs);
+    const QString dir =
+        QDir(QCoreApplication::applicationDirPath()).filePath(u"../../../shots-export"_qs);
     QDir().mkpath(dir);
     return QDir(dir).absolutePath();
 }
@@ -121,7 +121,8 @@ private Q_SLOTS:
         QVERIFY2(info.contains(QRegularExpression(u"Pages:\\s+3\\n"_qs)), qPrintable(info));
         // Vector text with the fonts inside the file.
         const QString fonts = run(u"pdffonts"_qs, {pdf}).out;
-        QVERIFY(!fonts.contains(QRegularExpression(u" no\\s+(yes|no)\\s+(yes|no)\\s+\\d+\\s+\\d+\\n"_qs)));
+        QVERIFY(!fonts.contains(
+            QRegularExpression(u" no\\s+(yes|no)\\s+(yes|no)\\s+\\d+\\s+\\d+\\n"_qs)));
 
         // Three rows a page, as the pagination test works out.
         const QString first = pageText(pdf, 1);
@@ -130,11 +131,11 @@ private Q_SLOTS:
                                 u"verse 2 words"_qs, u"12"_qs, u"Lutegrid"_qs}));
         QVERIFY(!first.contains(u"verse 3"_qs));
         const QString second = pageText(pdf, 2);
-        QVERIFY(inOrder(second, {u"verse 3 words"_qs, u"13"_qs, u"verse 5 words"_qs,
-                                 u"Lutegrid"_qs}));
+        QVERIFY(
+            inOrder(second, {u"verse 3 words"_qs, u"13"_qs, u"verse 5 words"_qs, u"Lutegrid"_qs}));
         QVERIFY(!second.contains(u"Moonlit"_qs));
-        QVERIFY(inOrder(pageText(pdf, 3), {u"verse 6 words"_qs, u"verse 8 words"_qs, u"18"_qs,
-                                           u"Lutegrid"_qs}));
+        QVERIFY(inOrder(pageText(pdf, 3),
+                        {u"verse 6 words"_qs, u"verse 8 words"_qs, u"18"_qs, u"Lutegrid"_qs}));
 
         QVERIFY(run(u"pdftoppm"_qs, {u"-png"_qs, u"-r"_qs, u"60"_qs, pdf,
                                      QDir(shotsDir()).filePath(u"pdf-single"_qs)})
@@ -169,9 +170,9 @@ private Q_SLOTS:
 
     void aTabWithoutRowsHasNoPages()
     {
-        const QString pdf = write(TabExportConfiguration{TabData(u"Empty"_qs, {}, standardSix,
-                                                                 0, std::nullopt)},
-                                  u"empty.pdf"_qs);
+        const QString pdf =
+            write(TabExportConfiguration{TabData(u"Empty"_qs, {}, standardSix, 0, std::nullopt)},
+                  u"empty.pdf"_qs);
         QVERIFY(!pdf.isEmpty());
         // poppler calls a page tree of none invalid, so the file itself is checked: one empty
         // page tree, nothing drawn.

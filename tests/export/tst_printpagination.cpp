@@ -11,8 +11,16 @@ class FixedMeasurer : public PrintTextMeasurer {
 public:
     double intro = 0.0;
     mutable int calls = 0;
-    double titleHeight(const QString &) const override { ++calls; return 36.0; }
-    double introHeight(const QString &, double) const override { ++calls; return intro; }
+    double titleHeight(const QString &) const override
+    {
+        ++calls;
+        return 36.0;
+    }
+    double introHeight(const QString &, double) const override
+    {
+        ++calls;
+        return intro;
+    }
 };
 
 // Thirty columns, a chord name over the first unless `chords` is false.
@@ -22,8 +30,8 @@ TabRowData row(int lyricLines = 1, bool chords = true)
     for (int c = 0; c < 30; ++c) {
         QList<ColumnItemType> items(6, ColumnItemType::blank());
         items[c % 6] = ColumnItemType::note(c % 13);
-        columns.append(TabColumnData(items, c == 0 && chords ? std::optional(u"Am"_qs)
-                                                             : std::nullopt));
+        columns.append(
+            TabColumnData(items, c == 0 && chords ? std::optional(u"Am"_qs) : std::nullopt));
     }
     QStringList lyrics;
     for (int i = 0; i < lyricLines; ++i)
@@ -67,31 +75,26 @@ private Q_SLOTS:
         QTest::newRow("120 rows: 3 a page") << configuration(120) << 0.0 << every(3, 3, 120);
         QTest::newRow("9 rows, no lyrics: 4 a page")
             << configuration(9, false) << 0.0 << QList<int>{0, 4, 8};
-        QTest::newRow("120 rows, no lyrics") << configuration(120, false) << 0.0
-                                             << every(4, 4, 120);
+        QTest::newRow("120 rows, no lyrics")
+            << configuration(120, false) << 0.0 << every(4, 4, 120);
         // An intro of 200 starts the rows at 250: only two fit on the first page.
-        QTest::newRow("9 rows after an intro")
-            << [] {
-                   auto c = configuration(9);
-                   c.tabData.introText = u"Slowly"_qs;
-                   return c;
-               }()
-            << 200.0 << QList<int>{0, 2, 5, 8};
-        QTest::newRow("1 row, two columns") << configuration(1, true, true) << 0.0
-                                            << QList<int>{0};
-        QTest::newRow("9 rows, two columns") << configuration(9, true, true) << 0.0
-                                             << QList<int>{0};
+        QTest::newRow("9 rows after an intro") << [] {
+            auto c = configuration(9);
+            c.tabData.introText = u"Slowly"_qs;
+            return c;
+        }() << 200.0 << QList<int>{0, 2, 5, 8};
+        QTest::newRow("1 row, two columns") << configuration(1, true, true) << 0.0 << QList<int>{0};
+        QTest::newRow("9 rows, two columns")
+            << configuration(9, true, true) << 0.0 << QList<int>{0};
         // Seven pairs a page: 50 + 6 × 92.66 + 84.94 = 690.9 fits, an eighth would not.
-        QTest::newRow("120 rows, two columns") << configuration(120, true, true) << 0.0
-                                               << every(14, 14, 120);
+        QTest::newRow("120 rows, two columns")
+            << configuration(120, true, true) << 0.0 << every(14, 14, 120);
         // Without the tab lines a row is 0.08904 × 508 = 45.23: 10 on the first page, then 11.
-        QTest::newRow("120 rows, lyrics and chords only")
-            << [] {
-                   auto c = configuration(120);
-                   c.showTabContent = false;
-                   return c;
-               }()
-            << 0.0 << every(11, 10, 120);
+        QTest::newRow("120 rows, lyrics and chords only") << [] {
+            auto c = configuration(120);
+            c.showTabContent = false;
+            return c;
+        }() << 0.0 << every(11, 10, 120);
         QTest::newRow("no rows") << configuration(0) << 0.0 << QList<int>{};
     }
 

@@ -84,8 +84,8 @@ QByteArray emptyPdf()
     pdf += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
     for (qsizetype offset : offsets)
         pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    pdf += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1)
-           + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
+    pdf += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1) +
+           " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
     return pdf;
 }
 
@@ -120,8 +120,8 @@ void drawPage(QPainter &painter, TabViewPrintRenderer &renderer, int page)
         if (placed.row.height > room && room > 0)
             painter.scale(room / placed.row.height, room / placed.row.height);
         for (int i = 0; i < placed.row.views.size(); ++i)
-            TabRowWithMarkupViewItem::paintRow(painter, placed.row.views[i],
-                                               placed.row.frames[i], true, -1);
+            TabRowWithMarkupViewItem::paintRow(painter, placed.row.views[i], placed.row.frames[i],
+                                               true, -1);
         painter.restore();
     }
     painter.setPen(Qt::black);
@@ -167,8 +167,7 @@ bool writePdf(const TabExportConfiguration &configuration, const QString &path)
     if (!bytes)
         return false;
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size()
-        || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() || !file.commit()) {
         qCWarning(lcExport) << "cannot write" << path << file.errorString();
         return false;
     }

@@ -21,8 +21,7 @@ QQuickItem *openExportDialog(QQuickItem *host, const TabExportConfiguration &exp
     QQmlComponent component(engine, QUrl(u"qrc:/Lutegrid/Export/ExportDialog.qml"_qs));
     auto *controller = new ExportDialogViewController(exportConfig, &TabPdf::exportToPath);
     QObject *object = component.createWithInitialProperties(
-        {{u"controller"_qs, QVariant::fromValue<QObject *>(controller)}},
-        qmlContext(host));
+        {{u"controller"_qs, QVariant::fromValue<QObject *>(controller)}}, qmlContext(host));
     auto *dialog = qobject_cast<QQuickItem *>(object);
     if (!dialog) {
         qCWarning(lcExport).noquote() << component.errorString();
@@ -40,8 +39,8 @@ QQuickItem *openExportDialog(QQuickItem *host, const TabExportConfiguration &exp
 
 ExportDialogViewController *controllerOf(QQuickItem *dialog)
 {
-    return dialog ? dialog->findChild<ExportDialogViewController *>(
-                        QString(), Qt::FindDirectChildrenOnly)
+    return dialog ? dialog->findChild<ExportDialogViewController *>(QString(),
+                                                                    Qt::FindDirectChildrenOnly)
                   : nullptr;
 }
 

@@ -55,8 +55,8 @@ QString ExportSharing::showInFolder(const QStringList &paths) const
     const QString folder = QFileInfo(paths.first()).absolutePath();
     if (urlOpener && urlOpener(QUrl::fromLocalFile(folder)))
         return u"Opened the Exports folder."_qs;
-    return u"No file manager could be opened. The files are in "_qs
-           + QDir::toNativeSeparators(folder);
+    return u"No file manager could be opened. The files are in "_qs +
+           QDir::toNativeSeparators(folder);
 }
 
 QString ExportSharing::copyFiles(const QStringList &paths) const
@@ -78,8 +78,8 @@ QString ExportSharing::copyFiles(const QStringList &paths) const
         return u"The clipboard is not available."_qs;
     clipboard->setMimeData(mime);
     return paths.size() == 1 ? u"Copied 1 file. Paste it into a folder or a message."_qs
-                             : u"Copied "_qs + QString::number(paths.size())
-                                   + u" files. Paste them into a folder or a message."_qs;
+                             : u"Copied "_qs + QString::number(paths.size()) +
+                                   u" files. Paste them into a folder or a message."_qs;
 }
 
 QString ExportSharing::openFile(const QString &path) const
@@ -97,11 +97,11 @@ QString ExportSharing::openHelp() const
     const QString folder = QDir(AppPaths::temporaryDirectory()).filePath(u"Guide"_qs);
     const QString page = QDir(folder).filePath(u"index.html"_qs);
     QFile::remove(page);
-    if (!AppPaths::ensureDirectory(folder)
-        || !QFile::copy(u":/Lutegrid/Export/guide/index.html"_qs, page))
+    if (!AppPaths::ensureDirectory(folder) ||
+        !QFile::copy(u":/Lutegrid/Export/guide/index.html"_qs, page))
         return u"The guide could not be opened."_qs;
-    QFile::setPermissions(page, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
-                                    | QFile::ReadOther);
+    QFile::setPermissions(page, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
+                                    QFile::ReadOther);
     QUrl url = QUrl::fromLocalFile(page);
     url.setFragment(u"exportSection"_qs);
     if (urlOpener && urlOpener(url))
