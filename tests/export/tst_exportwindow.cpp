@@ -261,9 +261,14 @@ private Q_SLOTS:
         for (const QString &name : {u"Song.pdf"_qs, u"Song.txt"_qs, u"Song.lgrd"_qs})
             writeFile(exported(name), "old");
         open();
-        for (const QString &name : {u"pdfSwitch"_qs, u"txtSwitch"_qs, u"lgrdSwitch"_qs})
-            click(name);
-        click(u"exportButt"_qs);
+        // By keyboard alone: Tab from the name through the three switches to Export.
+        for (int i = 0; i < 3; ++i) {
+            QTest::keyClick(window, Qt::Key_Tab);
+            QTest::keyClick(window, Qt::Key_Space);
+        }
+        QTest::keyClick(window, Qt::Key_Tab);
+        QVERIFY(item(u"exportButt"_qs)->hasActiveFocus());
+        QTest::keyClick(window, Qt::Key_Return);
         QCOMPARE(text(u"overwriteFileList"_qs), u"• Song.lgrd\n\n• Song.txt\n\n• Song.pdf"_qs);
         QVERIFY(controller()->exportedFileUrls.isEmpty());
         // Escape answers "keep" in the question, then closes the dialog.

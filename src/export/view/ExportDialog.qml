@@ -127,7 +127,11 @@ FocusScope {
                         selectByMouse: true
                         placeholderText: "Name"
                         placeholderTextColor: Theme.secondaryLabel
-                        onTextEdited: dialog.controller.fileName = text
+                        // Typing again clears a message as well as coming back to the field.
+                        onTextEdited: {
+                            dialog.controller.fileName = text
+                            dialog.controller.editingBegan()
+                        }
                         onActiveFocusChanged: if (activeFocus) dialog.controller.editingBegan()
                         onAccepted: dialog.controller.exportTab()
                         KeyNavigation.tab: lgrdSwitch

@@ -8,8 +8,8 @@ AbstractButton {
     property string detail
     checkable: true
     implicitHeight: Theme.touchTarget + 4
+    // Space flips it from the keyboard, as a tap does.
     focusPolicy: Qt.StrongFocus
-    Keys.onSpacePressed: toggle()
     background: Rectangle {
         radius: 10
         color: row.down ? Theme.pressed : "transparent"
