@@ -1,10 +1,12 @@
 #include "export/tabviewprintrenderer.h"
+#include "surfacepalette.h"
 #include "tabpdf.h"
 
 #include "testfiles.h"
 
 #include <QDir>
 #include <QGuiApplication>
+#include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -166,6 +168,31 @@ private Q_SLOTS:
         const QString text = pageText(write(bare, u"bare.pdf"_qs), 1);
         QVERIFY(text.contains(u"Moonlit Road"_qs) && text.contains(u"12"_qs));
         QVERIFY(!text.contains(u"verse"_qs) && !text.contains(u"G7"_qs));
+    }
+
+    // A dark screen must not print light text: every pixel of the page is a grey.
+    void darkModePrintsBlackOnWhite()
+    {
+        SurfacePalette::instance()->setDark(true);
+        const QString pdf = write(song(2), u"dark.pdf"_qs);
+        SurfacePalette::instance()->setDark(false);
+        const QString png = dir.filePath(u"dark"_qs);
+        QCOMPARE(run(u"pdftoppm"_qs, {u"-png"_qs, u"-r"_qs, u"40"_qs, u"-singlefile"_qs, pdf, png})
+                     .exitCode,
+                 0);
+        const QImage page(png + u".png"_qs);
+        QVERIFY(!page.isNull());
+        QCOMPARE(page.pixel(2, 2), qRgb(255, 255, 255));
+        int dark = 0;
+        for (int y = 0; y < page.height(); ++y) {
+            for (int x = 0; x < page.width(); ++x) {
+                const QRgb p = page.pixel(x, y);
+                QVERIFY2(qRed(p) == qGreen(p) && qGreen(p) == qBlue(p),
+                         qPrintable(u"colour at %1,%2"_qs.arg(x).arg(y)));
+                dark += qRed(p) < 100;
+            }
+        }
+        QVERIFY(dark > 500);
     }
 
     void aTabWithoutRowsHasNoPages()
