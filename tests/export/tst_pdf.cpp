@@ -41,8 +41,9 @@ TabExportConfiguration song(int rows)
     QList<TabRowData> rowDatas;
     for (int r = 0; r < rows; ++r)
         rowDatas.append(row(r));
-    TabExportConfiguration config{TabData(u"Moonlit Road"_qs, rowDatas, standardSix, 0,
-                                          u"Play it slowly and let the open strings ring."_qs)};
+    TabExportConfiguration config{TabData(
+        u"Moonlit Road"_qs, rowDatas, standardSix, 0,
+        u"Play it slowly and let the open strings ring. Chords: https://example.com/moonlit."_qs)};
     return config;
 }
 
@@ -125,6 +126,9 @@ private Q_SLOTS:
         const QString fonts = run(u"pdffonts"_qs, {pdf}).out;
         QVERIFY(!fonts.contains(
             QRegularExpression(u" no\\s+(yes|no)\\s+(yes|no)\\s+\\d+\\s+\\d+\\n"_qs)));
+
+        // The address in the intro is a link a reader can follow, without the full stop.
+        QVERIFY(readFile(pdf).contains("(https://example.com/moonlit)"));
 
         // Three rows a page, as the pagination test works out.
         const QString first = pageText(pdf, 1);

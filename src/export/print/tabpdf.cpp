@@ -5,12 +5,17 @@
 #include "surfacefonts.h"
 #include "tabrowwithmarkupviewitem.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QFontMetricsF>
 #include <QPageLayout>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QRegularExpression>
 #include <QSaveFile>
+#include <QTextDocument>
+
+#include <memory>
 
 namespace {
 
@@ -40,6 +45,40 @@ QFont footerFont()
     return font;
 }
 
+// The intro as laid out on the page, with web and mail addresses as links: the PDF engine
+// turns a laid-out anchor into a link a reader can follow.
+std::unique_ptr<QTextDocument> introDocument(const QString &intro, double width,
+                                             QPaintDevice *device)
+{
+    static const QRegularExpression address(
+        u"(https?://[^\\s<>\"]+[^\\s<>\".,;:!?)]|www\\.[^\\s<>\"]+[^\\s<>\".,;:!?)]"
+        u"|[\\w.+-]+@[\\w-]+(\\.[\\w-]+)+)"_qs);
+    QString html;
+    qsizetype at = 0;
+    for (auto it = address.globalMatch(intro); it.hasNext();) {
+        const QRegularExpressionMatch match = it.next();
+        html += intro.mid(at, match.capturedStart() - at).toHtmlEscaped();
+        const QString text = match.captured();
+        const QString href = text.contains(u'@') && !text.contains(u"://"_qs)
+                                 ? u"mailto:"_qs + text
+                                 : (text.startsWith(u"www."_qs) ? u"https://"_qs + text : text);
+        html += u"<a style=\"color:#000000\" href=\""_qs + href.toHtmlEscaped() + u"\">"_qs +
+                text.toHtmlEscaped() + u"</a>"_qs;
+        at = match.capturedEnd();
+    }
+    html += intro.mid(at).toHtmlEscaped();
+    html.replace(u'\n', u"<br>"_qs);
+
+    auto document = std::make_unique<QTextDocument>();
+    document->documentLayout()->setPaintDevice(device);
+    document->setDefaultFont(introFont());
+    document->setDocumentMargin(0);
+    document->setDefaultStyleSheet(u"body { color: #000000; }"_qs);
+    document->setHtml(u"<body>"_qs + html + u"</body>"_qs);
+    document->setTextWidth(width);
+    return document;
+}
+
 // Real metrics; the title is measured on one line, as pagination wants it.
 class FontMeasurer : public PrintTextMeasurer {
 public:
@@ -50,9 +89,7 @@ public:
     }
     double introHeight(const QString &intro, double width) const override
     {
-        return QFontMetricsF(introFont(), device)
-            .boundingRect(QRectF(0, 0, width, 1000), Qt::TextWordWrap, intro)
-            .height();
+        return introDocument(intro, width, device)->size().height();
     }
 
 private:
@@ -107,9 +144,15 @@ void drawPage(QPainter &painter, TabViewPrintRenderer &renderer, int page)
                          Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, tab.title);
     }
     if (layout.introRect && tab.introText) {
-        painter.setFont(introFont());
-        painter.drawText(*layout.introRect, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap,
-                         *tab.introText);
+        const auto intro =
+            introDocument(*tab.introText, layout.introRect->width(), painter.device());
+        painter.save();
+        painter.translate(layout.introRect->topLeft());
+        QAbstractTextDocumentLayout::PaintContext context;
+        context.palette.setColor(QPalette::Text, Qt::black);
+        context.clip = QRectF(QPointF(0, 0), layout.introRect->size());
+        intro->documentLayout()->draw(&painter, context);
+        painter.restore();
     }
     const double bottom = TabViewPrintRenderer::printableRect.bottom();
     for (const TabViewPrintRenderer::PlacedRow &placed : layout.rows) {
