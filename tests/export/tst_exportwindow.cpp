@@ -89,6 +89,8 @@ class TestExportWindow : public QObject {
 
     void click(const QString &name)
     {
+        // A view that just appeared lays itself out at the next polish; a grab runs it now.
+        window->grabWindow();
         QQuickItem *target = item(name);
         QVERIFY(target && target->isVisible());
         QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(target));
@@ -96,6 +98,7 @@ class TestExportWindow : public QObject {
 
     void tap(const QString &name)
     {
+        window->grabWindow();
         QQuickItem *target = item(name);
         QVERIFY(target && target->isVisible());
         QTest::touchEvent(window, touch).press(0, centreOf(target), window);
@@ -271,9 +274,18 @@ private Q_SLOTS:
         QTest::keyClick(window, Qt::Key_Return);
         QCOMPARE(text(u"overwriteFileList"_qs), u"• Song.lgrd\n\n• Song.txt\n\n• Song.pdf"_qs);
         QVERIFY(controller()->exportedFileUrls.isEmpty());
-        // Escape answers "keep" in the question, then closes the dialog.
+        // Escape answers "keep" in the question and the name field has the keys again;
+        // Return answers "replace", and Return again closes the done view.
         QTest::keyClick(window, Qt::Key_Escape);
         QVERIFY(item(u"exportPanel"_qs)->isVisible());
+        QTRY_VERIFY(item(u"fileNameField"_qs)->hasActiveFocus());
+        QTest::keyClick(window, Qt::Key_Return);
+        QVERIFY(item(u"confirmView"_qs)->isVisible());
+        QTest::keyClick(window, Qt::Key_Return);
+        QVERIFY(item(u"successView"_qs)->isVisible());
+        QVERIFY(readFile(exported(u"Song.txt"_qs)).startsWith("Song"));
+        QTest::keyClick(window, Qt::Key_Return);
+        QTRY_VERIFY(!dialog);
     }
 
     void sharingAndHelp()

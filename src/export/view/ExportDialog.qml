@@ -20,11 +20,31 @@ FocusScope {
         nameField.selectAll()
     }
 
+    // The question and the done view have no field: keys come to the dialog itself there.
+    onState_Changed: {
+        if (state_ === ExportDialogViewController.Input)
+            nameField.forceActiveFocus()
+        else
+            keyCatcher.forceActiveFocus()
+    }
+    Item { id: keyCatcher }
+
     Keys.onEscapePressed: {
         if (state_ === ExportDialogViewController.Asking)
             controller.cancelOverwrite()
         else
             controller.finishExporting()
+    }
+    // Return answers the default: export, replace, done. The field passes Return on to here.
+    Keys.onReturnPressed: answerDefault()
+    Keys.onEnterPressed: answerDefault()
+    function answerDefault() {
+        if (state_ === ExportDialogViewController.Asking)
+            controller.confirmOverwrite()
+        else if (state_ === ExportDialogViewController.Done)
+            controller.finishExporting()
+        else
+            controller.exportTab()
     }
 
     Rectangle {
@@ -133,7 +153,6 @@ FocusScope {
                             dialog.controller.editingBegan()
                         }
                         onActiveFocusChanged: if (activeFocus) dialog.controller.editingBegan()
-                        onAccepted: dialog.controller.exportTab()
                         KeyNavigation.tab: lgrdSwitch
                         background: Rectangle {
                             radius: 10
@@ -206,7 +225,6 @@ FocusScope {
                             focusPolicy: Qt.StrongFocus
                             enabled: dialog.controller.exportEnabled
                             onClicked: dialog.controller.exportTab()
-                            Keys.onReturnPressed: dialog.controller.exportTab()
                             KeyNavigation.tab: nameField
                         }
                     }
