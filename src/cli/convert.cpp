@@ -7,12 +7,16 @@
 #include "export/musicxml.h"
 #include "model/tabfileformat.h"
 
+#ifdef LUTEGRID_CLI_PDF
+#include "tabpdf.h"
+#endif
+
 #include <QFileInfo>
 #include <QSaveFile>
 
 namespace {
 
-enum class Form { Document, Exchange, Text, MusicXml, CompressedMusicXml, Midi, Unknown };
+enum class Form { Document, Exchange, Text, MusicXml, CompressedMusicXml, Midi, Pdf, Unknown };
 
 Form formOf(const QString &path)
 {
@@ -29,6 +33,8 @@ Form formOf(const QString &path)
         return Form::CompressedMusicXml;
     if (suffix == MidiWriter::fileExtension())
         return Form::Midi;
+    if (suffix == u"pdf")
+        return Form::Pdf;
     return Form::Unknown;
 }
 
@@ -40,6 +46,18 @@ QString titleFromFileName(const QString &path)
     return cut >= 0 ? name.left(cut) : name;
 }
 
+TabExportConfiguration configurationOf(const TabData &tab, const ConvertOptions &options)
+{
+    TabExportConfiguration configuration{tab};
+    configuration.notesOnTab = options.notesOnTab;
+    configuration.showLyrics = options.showLyrics;
+    configuration.showColumnHeaders = options.showColumnHeaders;
+    configuration.showTabContent = options.showTabContent;
+    configuration.lyricsBelow = options.lyricsBelow;
+    configuration.twoColumns = options.twoColumns;
+    return configuration;
+}
+
 } // namespace
 
 QString convertTabFile(const QString &inputPath, const QString &outputPath,
@@ -47,11 +65,11 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
 {
     const Form inputForm = formOf(inputPath);
     const Form outputForm = formOf(outputPath);
-    if (inputForm == Form::Unknown || inputForm == Form::Midi)
+    if (inputForm == Form::Unknown || inputForm == Form::Midi || inputForm == Form::Pdf)
         return inputPath + u": not a tab file (.lgrdi, .lgrd, .txt, .musicxml or .mxl)";
     if (outputForm == Form::Unknown)
         return outputPath
-               + u": unknown output type (use .lgrdi, .lgrd, .txt, .musicxml, .mxl or .mid)";
+               + u": unknown output type (use .lgrdi, .lgrd, .txt, .musicxml, .mxl, .mid or .pdf)";
 
     QString readError;
     const std::optional<QByteArray> bytes = readTabInput(inputPath, &readError);
@@ -98,14 +116,20 @@ QString convertTabFile(const QString &inputPath, const QString &outputPath,
         output = *json;
         break;
     }
-    case Form::Text: {
-        TabExportConfiguration configuration{*tab};
-        configuration.notesOnTab = options.notesOnTab;
-        configuration.showLyrics = options.showLyrics;
-        configuration.showColumnHeaders = options.showColumnHeaders;
-        configuration.showTabContent = options.showTabContent;
-        output = DocumentManager::asciiBytes(DocumentManager::tabText(configuration));
+    case Form::Text:
+        output =
+            DocumentManager::asciiBytes(DocumentManager::tabText(configurationOf(*tab, options)));
         break;
+    case Form::Pdf: {
+#ifdef LUTEGRID_CLI_PDF
+        const auto pdf = TabPdf::pdfData(configurationOf(*tab, options));
+        if (!pdf)
+            return outputPath + u": the PDF could not be made";
+        output = *pdf;
+        break;
+#else
+        return outputPath + u": this build has no PDF output (it was built without Qt GUI)";
+#endif
     }
     case Form::MusicXml:
     case Form::CompressedMusicXml: {

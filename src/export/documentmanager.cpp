@@ -226,6 +226,30 @@ std::optional<QString> DocumentManager::exportFile(ExportType type,
     return path;
 }
 
+std::optional<QString> DocumentManager::exportToPath(ExportType type,
+                                                     const TabExportConfiguration &configuration,
+                                                     const QString &path)
+{
+    const auto bytes = exportData(type, configuration);
+    if (!bytes)
+        return std::nullopt;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size()
+        || !file.commit()) {
+        qCWarning(lcExport) << "cannot write export" << path << file.errorString();
+        return std::nullopt;
+    }
+    return path;
+}
+
+QString DocumentManager::exportUrl(const QString &fileName)
+{
+    const QString folder = QDir(AppPaths::documentDirectory()).filePath(u"Exports"_qs);
+    if (!AppPaths::ensureDirectory(folder))
+        qCWarning(lcExport).noquote() << u"error creating exports dir "_qs + folder;
+    return QDir(folder).filePath(fileName);
+}
+
 std::optional<QString> DocumentManager::validateTabName(const QString &name)
 {
     if (name.isEmpty())

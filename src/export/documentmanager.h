@@ -39,6 +39,15 @@ public:
     static std::optional<QString> exportFile(ExportType type,
                                              const TabExportConfiguration &configuration,
                                              const QString &fileName = QString());
+    // Writes an export to `path` whole or not at all; gives the path, or nothing. Types that
+    // need a painter (PDF) give nothing here: src/export/print writes those.
+    static std::optional<QString> exportToPath(ExportType type,
+                                               const TabExportConfiguration &configuration,
+                                               const QString &path);
+    // Where the export dialog puts `fileName`: the "Exports" folder of the documents directory,
+    // made if missing, so the user finds the files again (the temporary area is for handing
+    // files over).
+    static QString exportUrl(const QString &fileName);
     // The check every name a tab can get passes (export, import, rename, duplicate): the first
     // rule it breaks as a message, or nothing. The caller trims blanks first.
     static std::optional<QString> validateTabName(const QString &name);

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 namespace {
@@ -61,6 +62,7 @@ private Q_SLOTS:
     void exchangeRoundTripsThroughDocument();
     void documentFromAnotherWriterTakesItsFileName();
     void textWithOptions();
+    void pdfWithOptionsWithoutADisplay();
     void unreadableInputSaysWhatAndWhere_data();
     void unreadableInputSaysWhatAndWhere();
     void oversizeInputIsRefusedUnread();
@@ -122,6 +124,38 @@ void TestCli::textWithOptions()
         cli({u"convert"_qs, path(u"Song.lgrd"_qs), path(u"bare.txt"_qs), u"--no-tab"_qs}).exitCode,
         0);
     QVERIFY(!readFile(path(u"bare.txt"_qs)).contains("|"));
+}
+
+void TestCli::pdfWithOptionsWithoutADisplay()
+{
+#ifndef LUTEGRID_CLI_PDF
+    QSKIP("this build has no PDF output");
+#endif
+    if (QStandardPaths::findExecutable(u"pdftotext"_qs).isEmpty())
+        QSKIP("poppler-utils is missing (scripts/common.sh installs it)");
+    writeFile(path(u"Song.lgrd"_qs), exchangeData(songTab()).value());
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+        environment.remove(QString::fromLatin1(name));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(LUTEGRID_CLI),
+                  {u"convert"_qs, path(u"Song.lgrd"_qs), path(u"Song.pdf"_qs),
+                   u"--two-columns"_qs, u"--lyrics-below"_qs, u"--no-headers"_qs});
+    QVERIFY(process.waitForFinished(60000));
+    QVERIFY2(process.exitCode() == 0, process.readAllStandardError().constData());
+    QVERIFY(readFile(path(u"Song.pdf"_qs)).startsWith("%PDF-"));
+
+    QProcess text;
+    text.start(u"pdftotext"_qs, {u"-layout"_qs, path(u"Song.pdf"_qs), u"-"_qs});
+    QVERIFY(text.waitForFinished(30000));
+    const QString page = QString::fromUtf8(text.readAllStandardOutput());
+    // Title, then the intro, then the tab with its lyric under it.
+    const qsizetype title = page.indexOf(u"Song"_qs);
+    const qsizetype intro = page.indexOf(u"Gently"_qs);
+    const qsizetype lyric = page.indexOf(u"Caf\u00e9 au lait"_qs);
+    QVERIFY2(title >= 0 && intro > title && lyric > intro, qPrintable(page));
+    QVERIFY(page.contains(u"CAPO"_qs) && page.contains(u"Lutegrid"_qs));
 }
 
 void TestCli::unreadableInputSaysWhatAndWhere_data()
