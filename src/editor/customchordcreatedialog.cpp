@@ -65,6 +65,14 @@ void CustomChordCreateDialog::createButtonTapped(const QString &name)
     dismiss();
 }
 
+void CustomChordCreateDialog::nameEdited()
+{
+    if (errorLabel.isEmpty())
+        return;
+    errorLabel.clear();
+    Q_EMIT changed();
+}
+
 void CustomChordCreateDialog::dismiss()
 {
     if (!isShown)

@@ -40,6 +40,8 @@ public:
     void open(const QList<ColumnItemType> &items);
     // The create button; the dialog closes only when the chord was made.
     Q_INVOKABLE void createButtonTapped(const QString &name);
+    // The name changed: an old complaint about it goes.
+    Q_INVOKABLE void nameEdited();
     // A tap outside the dialog or its cancel: nothing changes.
     Q_INVOKABLE void dismiss();
 

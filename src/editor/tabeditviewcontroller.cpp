@@ -202,6 +202,9 @@ void TabEditViewController::applyViewSize(double w, double h)
     }
     freeVerticalDetermined = true;
     lyricDropdown->closeLyricDropdown();
+    // Without a fretboard there is nothing for the chord bar to cover.
+    if (shortLayout)
+        chordShortcutMode->leave();
     chordShortcutMode->setCoverSize(w, fretboardHeight);
     tabRowPositionChanged(surface->tabRowIndex, surface->showingCount(),
                           int(surface->tabRows.size()));

@@ -195,6 +195,8 @@ void TestChordsApp::openEditor(QSize size)
 void TestChordsApp::chordModeByTouchMouseAndKeys()
 {
     openEditor();
+    if (QTest::currentTestFailed())
+        return;
     QVERIFY(!item(u"chordCoverView"_qs));
     tapItem(u"chordShortcutButt"_qs);
     QVERIFY(item(u"chordCoverView"_qs));
@@ -250,6 +252,8 @@ void TestChordsApp::chordModeByTouchMouseAndKeys()
 void TestChordsApp::customChordMadeAndDeletedInTheWindow()
 {
     openEditor();
+    if (QTest::currentTestFailed())
+        return;
     tapItem(u"chordShortcutButt"_qs);
     QVERIFY(!item(u"csCustomButt"_qs)->isEnabled());
     c->tabEditView()->putColumnAtCursor(std::nullopt,
@@ -263,6 +267,7 @@ void TestChordsApp::customChordMadeAndDeletedInTheWindow()
     clickItem(u"customChordCreate"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(), u"Name cannot be empty"_qs);
     typeText(u"Five"_qs);
+    QVERIFY(!item(u"errorLabel"_qs));
     saveShot(u"custom-chord-dialog"_qs);
     clickItem(u"customChordCreate"_qs);
     QTRY_VERIFY(!item(u"customChordDialog"_qs));
@@ -272,6 +277,8 @@ void TestChordsApp::customChordMadeAndDeletedInTheWindow()
     clickItem(u"csSearchBar"_qs);
     typeText(u"five"_qs);
     QTRY_VERIFY(item(u"resultChord0"_qs));
+    QTRY_COMPARE(item(u"resultChord0"_qs)->property("chord").toMap().value(u"name"_qs).toString(),
+                 u"Five"_qs);
     QQuickItem *result = item(u"resultChord0"_qs);
     QVERIFY(findNamed(result, u"customLine"_qs));
     const QPoint at = centerOf(result);
@@ -290,6 +297,8 @@ void TestChordsApp::customChordMadeAndDeletedInTheWindow()
 void TestChordsApp::columnHeaderDialog()
 {
     openEditor(QSize(1280, 800));
+    if (QTest::currentTestFailed())
+        return;
     QQuickItem *names = item(u"chordNames0"_qs);
     QVERIFY(names);
     const QPointF inColumn(view->tabLeftInset() + 2.5 * TabEditView::tabColumnWidth -
@@ -317,6 +326,8 @@ void TestChordsApp::columnHeaderDialog()
 void TestChordsApp::lyricLinesFromTheDropdown()
 {
     openEditor();
+    if (QTest::currentTestFailed())
+        return;
     tapItem(u"lyricLineButt0"_qs);
     QTRY_VERIFY(item(u"lyricLineDropdown"_qs));
     QVERIFY(item(u"lyricLineEntry0"_qs));
@@ -359,6 +370,8 @@ void TestChordsApp::screenshots()
     saved.saveCustomChord(custom(u"Mine"_qs, 3));
     saved.recentChords = QList<RecentChord>{{u"Am"_qs, false}, {u"Mine"_qs, true}};
     openEditor(size);
+    if (QTest::currentTestFailed())
+        return;
     // A row with two lyric lines and chord names.
     view->setLyricLine(0, 0, u"Hello darkness my old friend"_qs);
     view->insertLyricLine(0, 1, u"second verse"_qs);

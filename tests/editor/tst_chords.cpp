@@ -170,6 +170,14 @@ private Q_SLOTS:
         QVERIFY(s.view->tabRows[0].colDatas[0].isAllBlank());
         QVERIFY(!s.view->tabRows[0].colDatas[0].chordName);
         QVERIFY(!mode.customEnabled());
+        // The chord sounds as it goes in, when sounds are on.
+        QList<QList<ColumnItemType>> played;
+        mode.playChord = [&played](const QList<ColumnItemType> &items) { played.append(items); };
+        mode.insertFromBar(am);
+        QVERIFY(played.isEmpty());
+        SavedData::shared().playSounds = true;
+        mode.insertFromBar(am);
+        QCOMPARE(played, QList<QList<ColumnItemType>>{s.view->tabRows[0].colDatas[1].columnItems});
         // Leaving the mode takes the bar away.
         s.editor->toggleChordShortcutMode();
         QVERIFY(!mode.active());

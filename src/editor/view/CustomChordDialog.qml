@@ -90,6 +90,7 @@ EditorDialogFrame {
                         color: Theme.background
                         border.color: nameField.activeFocus ? Theme.accent : Theme.separator
                     }
+                    onTextEdited: dialog.logic.nameEdited()
                     Keys.onReturnPressed: dialog.logic.createButtonTapped(text)
                     Keys.onEnterPressed: dialog.logic.createButtonTapped(text)
                     Keys.onEscapePressed: dialog.logic.dismiss()

@@ -10,7 +10,7 @@ Item {
     required property var dropdown
     // The top of the shown row's lyric band, in this item's parent's coordinates.
     property real rowTop: 0
-    property real left: 32
+    property real boxX: 32
     readonly property bool open: dropdown !== null && dropdown.activeLyricRowIndex >= 0
     readonly property real entryHeight: 38
     anchors.fill: parent
@@ -24,7 +24,7 @@ Item {
 
     Rectangle {
         id: box
-        x: view.left
+        x: view.boxX
         y: view.rowTop + 39.9
         width: 255
         height: (view.dropdown ? view.dropdown.entries.length : 0) * view.entryHeight
@@ -38,9 +38,10 @@ Item {
             Rectangle { x: parent.width - 1.2; width: 1.2; height: parent.height; color: box.border.color }
             Rectangle { width: parent.width; height: 1.2; color: box.border.color }
         }
+        // A line is chosen as the finger comes down, as on the rows.
         MouseArea {
             anchors.fill: parent
-            onClicked: (mouse) => view.dropdown.lyricDropdownTouched(mouse.y)
+            onPressed: (mouse) => view.dropdown.lyricDropdownTouched(mouse.y)
         }
         Repeater {
             model: view.dropdown ? view.dropdown.entries : []

@@ -176,6 +176,13 @@ EditorScreenItem {
         canGoBack: true
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
+        // Chord shortcut mode, on and off.
+        trailing: IconButton {
+            objectName: "chordShortcutButt"; iconName: "chord"; tint: Theme.accent
+            visible: screen.c !== null && !screen.c.shortLayout
+            emphasized: screen.c !== null && screen.c.chordMode.active
+            onClicked: screen.c.toggleChordShortcutMode()
+        }
     }
 
     // The toolbar.
@@ -230,12 +237,6 @@ EditorScreenItem {
                 objectName: "putBarButt"; iconName: "bar"
                 Layout.preferredWidth: toolbar.widths.bar ?? 44
                 onClicked: screen.c.putBarButtPress()
-            }
-            IconButton {
-                objectName: "chordShortcutButt"; iconName: "chord"
-                Layout.preferredWidth: toolbar.widths.bar ?? 44
-                emphasized: screen.c !== null && screen.c.chordMode.active
-                onClicked: screen.c.toggleChordShortcutMode()
             }
             Item { Layout.fillWidth: true; Layout.minimumWidth: 0 }
             Item {
@@ -369,7 +370,7 @@ EditorScreenItem {
     // Chords and lyrics: the lines of a row, the user's chord and the column header dialogs.
     LyricLineDropdownView {
         dropdown: screen.c ? screen.c.lyricDropdown : null
-        left: (screen.c ? screen.c.tabLettersWidth : 28) + 4
+        boxX: (screen.c ? screen.c.tabLettersWidth : 28) + 4
         rowTop: rowsRegion.y + panContent.y - area.contentY
                 + (open ? (area.lyricRects[dropdown.activeLyricRowIndex] ?? Qt.rect(0, 0, 0, 0)).y : 0)
         z: 40
