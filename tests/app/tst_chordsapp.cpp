@@ -80,6 +80,7 @@ private Q_SLOTS:
     void customChordMadeAndDeletedInTheWindow();
     void columnHeaderDialog();
     void lyricLinesFromTheDropdown();
+    void lyricsTypedJustBeforeLeavingAreKept();
     void screenshots_data();
     void screenshots();
 
@@ -348,6 +349,29 @@ void TestChordsApp::lyricLinesFromTheDropdown()
     QVERIFY(item(u"lyricLineDropdown"_qs));
     tap(QPoint(300, 20));
     QTRY_VERIFY(!item(u"lyricLineDropdown"_qs));
+}
+
+void TestChordsApp::lyricsTypedJustBeforeLeavingAreKept()
+{
+    openEditor();
+    if (QTest::currentTestFailed())
+        return;
+    QQuickItem *field = item(u"lyricsField0"_qs);
+    QVERIFY(field);
+    QTest::mouseClick(window.get(), Qt::LeftButton, {},
+                      field->mapToScene(QPointF(60, field->height() / 2)).toPoint());
+    QTRY_VERIFY(field->hasActiveFocus());
+    typeText(u"gone so soon"_qs);
+    // Back at once, well within the second the field waits before writing.
+    tapItem(u"backButton"_qs);
+    QTRY_COMPARE(scene->topKind(), MainScene::TabsList);
+    QQuickItem *stack = item(u"stack"_qs);
+    QTRY_VERIFY(!stack->property("busy").toBool());
+    QFile file(QDir(storageFolder()).filePath(u"Untitled 1.lgrdi"_qs));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const auto saved = tabDataFromDocumentData(file.readAll());
+    QVERIFY(saved && !saved->tabRowDatas.isEmpty());
+    QCOMPARE(saved->tabRowDatas[0].lyricText(), std::optional<QString>(u"gone so soon"_qs));
 }
 
 void TestChordsApp::screenshots_data()
