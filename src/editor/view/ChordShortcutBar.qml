@@ -12,6 +12,11 @@ Rectangle {
     readonly property var mode: controller ? controller.chordMode : null
     visible: mode !== null && mode.active
     color: Theme.toolbar
+    // While the search field has the on-screen keyboard, the cover rises above it.
+    transform: Translate {
+        y: search.activeFocus && Qt.inputMethod.visible
+           ? -Math.max(0, cover.Window.height - Qt.inputMethod.keyboardRectangle.y) : 0
+    }
     // Presses on the cover never reach the fretboard under it.
     MouseArea { anchors.fill: parent; onPressed: search.focus = false }
 
