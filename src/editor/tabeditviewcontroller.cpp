@@ -36,6 +36,7 @@ TabEditViewController::TabEditViewController(LutegridDocument *document, TabEdit
     indicator = std::make_unique<TabScrollIndicator>(surface);
     pan = std::make_unique<TabRowPan>(surface, indicator.get());
     keys = std::make_unique<HardwareKeyboard>(*this);
+    setUpChordsAndLyrics();
     pan->startArea = [this] {
         // Magic edit drags selections over the rows instead; the strip of the next row's
         // preview below the rows takes a pan as well.
@@ -200,6 +201,11 @@ void TabEditViewController::applyViewSize(double w, double h)
         }
     }
     freeVerticalDetermined = true;
+    lyricDropdown->closeLyricDropdown();
+    // Without a fretboard there is nothing for the chord bar to cover.
+    if (shortLayout)
+        chordShortcutMode->leave();
+    chordShortcutMode->setCoverSize(w, fretboardHeight);
     tabRowPositionChanged(surface->tabRowIndex, surface->showingCount(),
                           int(surface->tabRows.size()));
     Q_EMIT layoutChanged();
@@ -244,6 +250,7 @@ void TabEditViewController::refreshFretHighlights()
             openStrings.append(position);
     }
     Q_EMIT highlightsChanged();
+    chordShortcutMode->refreshCustomEnabled();
 }
 
 void TabEditViewController::showEditMoveButts()
@@ -401,6 +408,7 @@ void TabEditViewController::editRightPress()
 void TabEditViewController::undoStateChanged()
 {
     updateUndoButtons();
+    lyricDropdown->reopenLyricDropdown();
     checkUnseenTools();
 }
 
@@ -428,6 +436,7 @@ void TabEditViewController::checkUnseenTools()
 void TabEditViewController::editHighlightMoved(bool atFirstColumn, bool atLastColumn)
 {
     refreshFretHighlights();
+    lyricDropdown->closeLyricDropdown();
     editLeftEnabled = !atFirstColumn;
     editRightEnabled = !atLastColumn;
     Q_EMIT toolsChanged();
@@ -450,6 +459,8 @@ void TabEditViewController::tabRowCountChanged()
 
 void TabEditViewController::tabRowPositionChanged(int tabRowIndex, int showingCount, int totalCount)
 {
+    if (lyricDropdown->openedAtTabRowIndex != tabRowIndex)
+        lyricDropdown->closeLyricDropdown();
     int preview = -1;
     if (!surface->freeVerticalScroll && fretboardHeight != 0.0 &&
         tabRowIndex + showingCount < totalCount)
@@ -559,6 +570,8 @@ void TabEditViewController::finishEditing()
     if (finishedEditing)
         return;
     finishedEditing = true;
+    // Lyrics typed within the last second go with the rows.
+    surface->commitLyricsField();
     if (lgDocument) {
         lgDocument->changeListener = nullptr;
         // The editor's tab is the document's own: only a document that lost it meanwhile
@@ -615,6 +628,9 @@ void TabEditViewController::documentReloaded(const TabData &newData)
         surface->lyricsSizePercentage = int(newData.lyricSize);
         surface->replaceTabRows();
         board->setNumStrings(newData.stringCount());
+        // Another tuning has other chords.
+        if (chordShortcutMode->inChordShortcutMode)
+            chordShortcutMode->rebuildChordBar();
     } else {
         applyStringLayout();
     }
@@ -624,7 +640,10 @@ void TabEditViewController::documentReloaded(const TabData &newData)
 
 void TabEditViewController::applyStringLayout()
 {
-    // A new string count: rows, letters and the fretboard's bands are built for it anew.
+    // A new string count: rows, letters and the fretboard's bands are built for it anew, and
+    // chord shortcut mode ends.
+    chordShortcutMode->leave();
+    lyricDropdown->closeLyricDropdown();
     const int row = surface->tabRowIndex;
     surface->stringNotes = tabData().stringNotes;
     surface->showingTabRows.clear();

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "editor/chordshortcutmode.h"
+#include "editor/customchordcreatedialog.h"
 #include "editor/hardwarekeyboard.h"
+#include "editor/lyriclinedropdown.h"
+#include "editor/selectchordnamedialog.h"
 #include "editor/tabrowpan.h"
 #include "editor/tabscrollindicator.h"
 #include "library/conflictresolver.h"
@@ -74,6 +78,10 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
     Q_PROPERTY(QObject *keyboard READ keyboardObject CONSTANT)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
+    Q_PROPERTY(QObject *chordMode READ chordModeObject CONSTANT)
+    Q_PROPERTY(QObject *customChordDialog READ customChordDialogObject CONSTANT)
+    Q_PROPERTY(QObject *chordNameDialog READ chordNameDialogObject CONSTANT)
+    Q_PROPERTY(QObject *lyricDropdown READ lyricDropdownObject CONSTANT)
 
 public:
     // The surface and the fretboard are the screen's; without them the controller makes its own,
@@ -134,7 +142,19 @@ public:
     QObject *scrollIndicatorObject() const { return indicator.get(); }
     HardwareKeyboard *keyboard() const { return keys.get(); }
     QObject *keyboardObject() const { return keys.get(); }
-    void setDialogPresenter(DialogPresenter *presenter) { dialogs = presenter; }
+    ChordShortcutMode *chordShortcuts() const { return chordShortcutMode.get(); }
+    QObject *chordModeObject() const { return chordShortcutMode.get(); }
+    CustomChordCreateDialog *customChordCreator() const { return customChordDialog.get(); }
+    QObject *customChordDialogObject() const { return customChordDialog.get(); }
+    SelectChordNameDialog *chordNamePicker() const { return chordNameDialog.get(); }
+    QObject *chordNameDialogObject() const { return chordNameDialog.get(); }
+    LyricLineDropdown *lyricLines() const { return lyricDropdown.get(); }
+    QObject *lyricDropdownObject() const { return lyricDropdown.get(); }
+    void setDialogPresenter(DialogPresenter *presenter)
+    {
+        dialogs = presenter;
+        chordShortcutMode->dialogs = presenter;
+    }
     DialogPresenter *dialogPresenter() const { return dialogs; }
     // For tests that play no sound; absent: the shared one.
     void setSoundManager(SoundManager *manager) { soundManager = manager; }
@@ -168,6 +188,9 @@ public:
     Q_INVOKABLE void putBarButtPress();
     Q_INVOKABLE void editLeftPress();
     Q_INVOKABLE void editRightPress();
+    // Chord shortcut mode and the user's chords.
+    Q_INVOKABLE void toggleChordShortcutMode();
+    Q_INVOKABLE void createCustomShortcut();
     void updateUndoButtons();
     void showEditMoveButts();
     void hideEditMoveButts();
@@ -196,7 +219,7 @@ public:
     void tabRowCountChanged() override;
     void tabRowPositionChanged(int tabRowIndex, int showingCount, int totalCount) override;
     void columnItemChanged() override;
-    void lyricsFieldEdited() override {}
+    void lyricsFieldEdited() override;
     // FretResponder.
     void fretTouched(int stringNum, int fretNum) override;
     void fretTouchesEnded() override;
@@ -241,6 +264,11 @@ private:
     std::unique_ptr<TabScrollIndicator> indicator;
     std::unique_ptr<TabRowPan> pan;
     std::unique_ptr<HardwareKeyboard> keys;
+    std::unique_ptr<ChordShortcutMode> chordShortcutMode;
+    std::unique_ptr<CustomChordCreateDialog> customChordDialog;
+    std::unique_ptr<SelectChordNameDialog> chordNameDialog;
+    std::unique_ptr<LyricLineDropdown> lyricDropdown;
+    void setUpChordsAndLyrics();
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
     QList<FretPosition> openStrings;

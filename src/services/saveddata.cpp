@@ -195,13 +195,34 @@ bool SavedData::addRecentChord(const ChordShortcut &chord)
 void SavedData::saveCustomChord(const ChordShortcut &chord)
 {
     QList<ChordShortcut> list = customChordShortcuts.value_or(QList<ChordShortcut>());
-    const auto result = moveToFront(list, chord, customChordLimit);
-    if (!result.changed)
-        list.first() = chord;
+    ChordShortcut stored = chord;
+    stored.isCustom = true;
+    const auto result = moveToFront(list, stored, customChordLimit);
+    // The newest chord saved again with the same shape: nothing to write.
+    if (!result.changed && list.first().colItems == stored.colItems)
+        return;
+    // The new object stands first, so an edit of a chord of the same name takes its items.
+    list.first() = stored;
     bool recentChanged = false;
-    if (result.dropped && recentChords) {
-        const RecentChord gone{result.dropped->name, result.dropped->isCustom};
-        recentChanged = recentChords->removeAll(gone) > 0;
+    if (recentChords) {
+        // A recent chord of that name now leads to the user's chord.
+        for (RecentChord &recent : *recentChords) {
+            if (recent.name == stored.name && !recent.isCustom) {
+                recent.isCustom = true;
+                recentChanged = true;
+            }
+        }
+        // Two entries of one name may now be equal: the newer stays.
+        QList<RecentChord> unique;
+        for (const RecentChord &recent : std::as_const(*recentChords)) {
+            if (!unique.contains(recent))
+                unique.append(recent);
+        }
+        *recentChords = unique;
+        if (result.dropped) {
+            const RecentChord gone{result.dropped->name, result.dropped->isCustom};
+            recentChanged = recentChords->removeAll(gone) > 0 || recentChanged;
+        }
     }
     customChordShortcuts = list;
     storeCustomChords(recentChanged);

@@ -85,6 +85,8 @@ public:
     // Writes the whole file atomically. Failures are not reported.
     void save();
     bool addRecentChord(const ChordShortcut &chord);
+    // The chord goes first among the user's, replacing one of its name; a recent chord of that
+    // name now leads to it. Nothing is written when the newest chord is saved unchanged.
     void saveCustomChord(const ChordShortcut &chord);
     void deleteCustomChord(const ChordShortcut &chord);
     QList<ChordShortcut> loadCloudCustomChords() const;

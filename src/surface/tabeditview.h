@@ -215,6 +215,8 @@ Q_SIGNALS:
     void columnsNeedRender(int shownRow, const QList<int> &columns);
     void chordNamesNeedRender(int shownRow);
     void menuChanged();
+    // A tap on a column's header asks the editor for its chord-name dialog.
+    void chordNameDialogRequested(int row, int column);
     // The tab's data changed (an edit, an undo, a load), for views that show rows of their own.
     void tabDataChanged(const TabChange &change);
 

@@ -125,8 +125,9 @@ void TabEditView::selectColumnOfChordDisplay(ChordNamesDisplay *display, int col
 
 void TabEditView::openChordNameDialog(ChordNamesDisplay *display, int column)
 {
-    // The chord-name dialog belongs to the editor screen; until it exists a tap selects.
+    // The tap selects the column; the dialog itself belongs to the editor screen.
     selectColumnOfChordDisplay(display, column);
+    Q_EMIT chordNameDialogRequested(cursorTabRow(), editColIndex);
 }
 
 void TabEditView::chordNameTapped(ChordNamesDisplay *display, int column)

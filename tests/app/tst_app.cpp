@@ -890,6 +890,11 @@ void TestApp::mouseOnTheRows()
     click(chords->mapToScene(QPointF(5 * 25 + 12, chords->height() / 2)).toPoint());
     QCOMPARE(view->editShowingTabRowIndex, 0);
     QCOMPARE(view->editColIndex, 5);
+    // It opens the dialog for the column's name too; a click outside leaves the name as it was.
+    QTRY_VERIFY(item(u"chordNameDialog"_qs));
+    click(QPoint(5, 5));
+    QTRY_VERIFY(!item(u"chordNameDialog"_qs));
+    QVERIFY(!view->tabRows[0].colDatas[5].chordName);
 
     // A pen taps like a finger.
     penClick(rowPoint(1, 9.5, 0.5));

@@ -25,6 +25,13 @@ struct Dialogs : DialogPresenter {
     {
         conflicts.append(rows);
     }
+    QStringList confirms;
+    std::function<void()> confirmed;
+    void presentConfirm(const QString &text, const QString &, std::function<void()> yes) override
+    {
+        confirms.append(text);
+        confirmed = std::move(yes);
+    }
     void dismissDialog() override { presenting = false; }
 };
 

@@ -65,6 +65,12 @@ EditorScreenItem {
                 itemSpacing: area.tabRowVertSpacing
                 capoNum: screen.c ? screen.c.capoFret : 0
             }
+            LyricLineButtons {
+                x: 0
+                width: screen.c ? screen.c.tabLettersWidth : 28
+                area: area
+                dropdown: screen.c ? screen.c.lyricDropdown : null
+            }
             TabEditArea {
                 id: area
                 objectName: "surface"
@@ -170,6 +176,13 @@ EditorScreenItem {
         canGoBack: true
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
+        // Chord shortcut mode, on and off.
+        trailing: IconButton {
+            objectName: "chordShortcutButt"; iconName: "chord"; tint: Theme.accent
+            visible: screen.c !== null && !screen.c.shortLayout
+            emphasized: screen.c !== null && screen.c.chordMode.active
+            onClicked: screen.c.toggleChordShortcutMode()
+        }
     }
 
     // The toolbar.
@@ -348,7 +361,22 @@ EditorScreenItem {
             height: board.stringAreaHeight
             numItems: area.stringNotes.length
         }
+        ChordShortcutBar {
+            anchors.fill: parent
+            controller: screen.c
+        }
     }
+
+    // Chords and lyrics: the lines of a row, the user's chord and the column header dialogs.
+    LyricLineDropdownView {
+        dropdown: screen.c ? screen.c.lyricDropdown : null
+        boxX: (screen.c ? screen.c.tabLettersWidth : 28) + 4
+        rowTop: rowsRegion.y + panContent.y - area.contentY
+                + (open ? (area.lyricRects[dropdown.activeLyricRowIndex] ?? Qt.rect(0, 0, 0, 0)).y : 0)
+        z: 40
+    }
+    CustomChordDialog { logic: screen.c ? screen.c.customChordDialog : null; z: 60 }
+    ChordNameDialog { logic: screen.c ? screen.c.chordNameDialog : null; z: 60 }
 
     // The keyboard shortcuts, over everything; any tap or key closes it.
     Rectangle {

@@ -10,9 +10,13 @@
 #include "tabeditsurface.h"
 
 #include <QClipboard>
+#include <QFont>
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QQuickWindow>
+
+#include <cmath>
 
 EditorScreenItem::EditorScreenItem(QQuickItem *parent) : QQuickItem(parent)
 {
@@ -51,6 +55,13 @@ void EditorScreenItem::makeController()
     editor = std::make_unique<TabEditViewController>(lgDocument, surfaceItem->view(),
                                                      fretboardItem->board());
     editor->setDialogPresenter(dialogHost);
+    // Chord buttons are as wide as their names in the font the buttons use.
+    editor->chordShortcuts()->measureName = [](const QString &name) {
+        QFont font;
+        font.setPixelSize(24);
+        const QFontMetricsF metrics(font);
+        return QSizeF(std::ceil(metrics.horizontalAdvance(name)), std::ceil(metrics.height()));
+    };
     editor->existingTabCount = AppManager::shared().existingTabPaths.size();
     if (width() > 0 && height() > 0)
         editor->applyViewSize(width(), height());

@@ -64,6 +64,11 @@ public:
     bool isPresenting() const override { return current != Kind::None; }
     void presentMessage(const QString &text) override { showMessage(text); }
     void presentConflict(const QStringList &rows, std::function<void(int)> choose) override;
+    void presentConfirm(const QString &text, const QString &confirm,
+                        std::function<void()> confirmed) override
+    {
+        showConfirm(text, confirm, QString(), [confirmed](const QString &) { confirmed(); });
+    }
     void dismissDialog() override;
 
 Q_SIGNALS:
