@@ -233,7 +233,9 @@ ImportReading readImportFile(const QString &path)
     ImportError error;
     auto tab = tabDataFromExchangeData(bytes, &error);
     if (!tab)
-        return failed(error.message.isEmpty() ? u"Not a proper .lgrd file."_qs : error.message);
+        return failed(error.message.isEmpty()
+                          ? u"Not a proper .lgrd file."_qs
+                          : u"The file holds no readable tab: "_qs + error.message + u'.');
     return ImportReading{std::move(tab), QString()};
 }
 

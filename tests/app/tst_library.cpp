@@ -153,6 +153,10 @@ void TestLibraryWindow::settle()
 
 void TestLibraryWindow::tap(const QString &name)
 {
+    // Dialogs fade in: wait until it shows.
+    QTRY_VERIFY2(item(name), qPrintable(name));
+    // Past the next layout pass, which may move it.
+    QTest::qWait(60);
     QQuickItem *target = item(name);
     QVERIFY2(target, qPrintable(name));
     const QPoint point =
@@ -464,7 +468,7 @@ void TestLibraryWindow::menuSyncFolderAndAppearance()
     tap(u"iCloudSwitch"_qs);
     QVERIFY(menu->switchOn());
     tap(u"appearance2"_qs);
-    QVERIFY(SurfacePalette::instance()->dark());
+    QVERIFY(SurfacePalette::instance()->isDark());
     QCOMPARE(SavedData::shared().appearanceSetting, 2);
     tap(u"menuDoneButt"_qs);
     QVERIFY(!item(u"menuDialogView"_qs));

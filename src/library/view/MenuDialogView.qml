@@ -91,13 +91,14 @@ SheetLayer {
         Row {
             objectName: "appearanceControl"
             width: body.inner
+            spacing: 4
             Repeater {
                 model: ["System", "Light", "Dark"]
                 AbstractButton {
                     required property string modelData
                     required property int index
                     objectName: "appearance" + index
-                    width: body.inner / 3
+                    width: (body.inner - 8) / 3
                     height: 40
                     focusPolicy: Qt.StrongFocus
                     Keys.onReturnPressed: clicked()

@@ -113,6 +113,7 @@ SheetLayer {
         visible: sheet.info.addTagShown
         width: sheet.panel.width
         height: Math.max(body.height, addColumn.height)
+        radius: Theme.radius
         color: Theme.raised
         MouseArea { anchors.fill: parent }
         Column {
@@ -182,6 +183,7 @@ SheetLayer {
         visible: sheet.info.removeTagShown
         width: sheet.panel.width
         height: body.height
+        radius: Theme.radius
         color: Theme.raised
         MouseArea { anchors.fill: parent }
         Column {
