@@ -245,6 +245,24 @@ void TestLibraryWindow::deleteAndRestoreInTheWindow()
     QCOMPARE(list->rowNames(), (QStringList{u"Song 2"_qs, u"Song 10"_qs}));
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Deleted/Blackbird.lgrdi"_qs)));
 
+    // A finger swiping a row to the left uncovers its Delete button.
+    QQuickItem *second = item(u"tabRow1"_qs);
+    const QPointF centre(second->width() / 2, second->height() / 2);
+    QPoint at = second->mapToScene(centre + QPointF(120, 0)).toPoint();
+    QTest::touchEvent(window.get(), touch).press(0, at, window.get());
+    for (int step = 0; step < 12; ++step) {
+        at.rx() -= 20;
+        QTest::touchEvent(window.get(), touch).move(0, at, window.get());
+        QTest::qWait(10);
+    }
+    QTest::touchEvent(window.get(), touch).release(0, at, window.get());
+    saveShot(u"swipe-delete"_qs);
+    tap(u"swipeDeleteButt"_qs);
+    QCOMPARE(scene->dialogs()->messageString.left(40),
+             u"Are you sure you want to delete \"Song 10\""_qs.left(40));
+    scene->dialogs()->tapOutside();
+    QCOMPARE(list->rowNames().size(), 2);
+
     // The Deleted list: a touch asks to restore.
     scene->goBack();
     settle();

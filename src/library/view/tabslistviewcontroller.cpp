@@ -107,8 +107,9 @@ void TabsListViewController::runSearch()
         return;
     }
     QList<TabUrlInfo> found;
+    const QString wanted = search.toLower();
     for (qsizetype i = 0; i < existingTabUrls.size(); ++i) {
-        if (existingTabUrls[i].plainName().contains(search, Qt::CaseInsensitive)) {
+        if (existingNames[i].contains(wanted)) {
             found.append(existingTabUrls[i]);
             filteredRows.append(existingRows[i]);
         }
@@ -131,6 +132,7 @@ void TabsListViewController::refreshList(const std::optional<QList<TabUrlInfo>> 
     restoreTabUrlInfo.reset();
     existingTabUrls.clear();
     existingRows.clear();
+    existingNames.clear();
     if (!tabs) {
         Q_EMIT changed();
         showMessage(u"There was an error loading cloud data. If this persists, please email "_qs +
@@ -147,9 +149,13 @@ void TabsListViewController::refreshList(const std::optional<QList<TabUrlInfo>> 
     if (sortAlphabeticalOn)
         sortAlphabetically(existingTabUrls);
     existingRows.clear();
+    existingNames.clear();
     existingRows.reserve(existingTabUrls.size());
-    for (const TabUrlInfo &info : std::as_const(existingTabUrls))
+    existingNames.reserve(existingTabUrls.size());
+    for (const TabUrlInfo &info : std::as_const(existingTabUrls)) {
         existingRows.append(rowFor(info));
+        existingNames.append(info.plainName().toLower());
+    }
     runSearch();
     Q_EMIT changed();
     QTimer::singleShot(0, &AppManager::shared(), [] { AppManager::shared().requestReviewIfDue(); });

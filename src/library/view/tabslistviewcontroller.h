@@ -127,5 +127,7 @@ private:
     QTimer pendingMessageTimer;
     QString search;
     QVariantList existingRows;
+    // The plain names in lower case, as the search compares them.
+    QStringList existingNames;
     QVariantList filteredRows;
 };
