@@ -407,6 +407,12 @@ void TestLibraryWindow::importDialog()
 {
     openWindow();
     TabsListViewController *list = scene->topList();
+    // The empty main list explains where tabs may have gone.
+    QCOMPARE(list->emptyText(), u"No tabs found..."_qs);
+    tap(u"helpButt"_qs);
+    QVERIFY(scene->dialogs()->messageString.contains(u"DO NOT delete"_qs));
+    QVERIFY(scene->dialogs()->messageString.contains(TabsListViewController::supportAddress));
+    scene->dialogs()->acknowledgeMessage();
     const QDir home(qEnvironmentVariable("LUTEGRID_HOME"));
     const QString good = home.filePath(u"Riff.lgrd"_qs);
     {

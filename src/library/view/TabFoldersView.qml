@@ -40,7 +40,7 @@ Rectangle {
         clip: true
         model: page.folders.rows
         // Pull to refresh.
-        onDragEnded: if (contentY < -80) page.folders.refresh()
+        onDragEnded: if (contentY < -80) page.folders.refreshTriggered()
         delegate: ListRow {
             required property int index
             required property string modelData

@@ -24,6 +24,12 @@ QStringList TabFoldersViewController::rows() const
     return QStringList{u"All Tabs"_qs, u"Unlabeled"_qs, u"Deleted"_qs} + labels;
 }
 
+void TabFoldersViewController::refreshTriggered()
+{
+    AppManager::shared().refreshTabs();
+    refresh();
+}
+
 void TabFoldersViewController::refresh()
 {
     labels = AppManager::shared().allTagNames();

@@ -31,6 +31,8 @@ public:
     int fixedRowCount() const { return 3; }
     // Reads the labels again.
     Q_INVOKABLE void refresh();
+    // Pull to refresh: the storage folder is listed anew, then the labels read.
+    Q_INVOKABLE void refreshTriggered();
     Q_INVOKABLE void openRow(int row);
     // The window's dialogs and the window, for the Menu's messages and appearance.
     void setScene(DialogHost *dialogs, SceneWindow *window);
