@@ -4,6 +4,7 @@
 #include "shell/appmanager.h"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -20,6 +21,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setApplicationName(u"Lutegrid"_qs);
 
     iCloudManager::shared().findCloudContainer();
+    // The sync folder may come or go while the app runs (a drive, a sync client's folder).
+    iCloudManager::shared().startWatchingAvailability();
     AppManager &manager = AppManager::shared();
     QObject::connect(&app, &QGuiApplication::applicationStateChanged, &app,
                      [&manager](Qt::ApplicationState state) {
@@ -32,6 +35,14 @@ int main(int argc, char *argv[])
     std::unique_ptr<QQuickWindow> window(scene.loadWindow(engine));
     if (!window)
         return 1;
+    // A file handed to the program on its command line is offered for import.
+    for (const QString &argument : app.arguments().mid(1)) {
+        if (argument.startsWith(u'-') || !QFileInfo::exists(argument))
+            continue;
+        if (TabsListViewController *list = scene.topList())
+            list->startImport(QFileInfo(argument).absoluteFilePath());
+        break;
+    }
     // For the start-up benchmark: the time to the first frame that shows the list, then out.
     if (qEnvironmentVariableIsSet("LUTEGRID_FIRST_FRAME_EXIT")) {
         QObject::connect(window.get(), &QQuickWindow::frameSwapped, &app, [&] {

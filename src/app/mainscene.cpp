@@ -18,6 +18,7 @@
 
 MainScene::MainScene(QObject *parent) : QObject(parent)
 {
+    tabFolders.setScene(&dialogHost, this);
     connect(&tabFolders, &TabFoldersViewController::listRequested, this,
             [this](const QString &tag, bool unlabeled, bool deleted) {
                 pushList(tag, unlabeled, deleted, true);

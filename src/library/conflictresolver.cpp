@@ -4,8 +4,28 @@
 #include "services/analytics.h"
 #include "library/lutegriddocument.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+
+namespace {
+
+// A free path for a copy of `fileURL` taken at `date` in `folder`: the tab's name, a blank and
+// the date, then a counter while the name is taken.
+QString copyPath(const QString &folder, const QString &fileURL, const QDateTime &date)
+{
+    const QString fileName = QFileInfo(fileURL).fileName();
+    const qsizetype cut = fileName.indexOf(u".lgrd");
+    const QString stem = QDir(folder).filePath((cut < 0 ? fileName : fileName.left(cut)) + u' ' +
+                                               ConflictResolver::fileNameDateText(date));
+    QString target = stem + u".lgrdi"_qs;
+    for (int counter = 2; QFileInfo::exists(target); ++counter)
+        target = stem + u' ' + QString::number(counter) + u".lgrdi"_qs;
+    return target;
+}
+
+} // namespace
 
 ConflictResolver::ConflictResolver(QList<FileVersion> fileVersions, LutegridDocument *document)
     : fileVersions(std::move(fileVersions)), gDocument(document)
@@ -56,10 +76,33 @@ void ConflictResolver::resolveAll()
         gDocument->checkFile();
 }
 
+QString ConflictResolver::deletedFolder() const
+{
+    const QString folder =
+        QDir(QFileInfo(gDocument->fileURL()).absolutePath()).filePath(u"Deleted"_qs);
+    QDir().mkpath(folder);
+    return folder;
+}
+
+bool ConflictResolver::keepVersionInDeleted(const FileVersion &version)
+{
+    const QDateTime date = version.modificationDate.value_or(QDateTime::currentDateTime());
+    const QString target = copyPath(deletedFolder(), gDocument->fileURL(), date);
+    QString error;
+    if (version.replaceItemAtUrl(target, &error))
+        return true;
+    qCWarning(lcLibrary) << "cannot keep discarded version as" << target << error;
+    return false;
+}
+
 void ConflictResolver::keepCurrent()
 {
     if (!gDocument)
         return;
+    // What the sync client kept of the other machines' edits is not thrown away: each
+    // version waits in Deleted, to be restored as a tab of its own.
+    for (const FileVersion &version : std::as_const(fileVersions))
+        keepVersionInDeleted(version);
     if (!FileVersion::removeOtherVersionsOfItemAtUrl(gDocument->fileURL()))
         Analytics::logEvent(u"Conflict res_current f"_qs);
     resolveAll();
@@ -71,6 +114,16 @@ void ConflictResolver::takeVersion(int index)
     if (!gDocument || index < 0 || index >= fileVersions.size())
         return;
     const QString fileURL = gDocument->fileURL();
+    // The content that the chosen version replaces, and the versions not chosen, wait in
+    // Deleted.
+    const QString current = copyPath(deletedFolder(), fileURL,
+                                     QFileInfo(fileURL).lastModified());
+    if (!QFile::copy(fileURL, current))
+        qCWarning(lcLibrary) << "cannot keep the replaced content as" << current;
+    for (int i = 0; i < fileVersions.size(); ++i) {
+        if (i != index)
+            keepVersionInDeleted(fileVersions[i]);
+    }
     QString error;
     if (!fileVersions[index].replaceItemAtUrl(fileURL, &error)) {
         qCWarning(lcLibrary) << "cannot replace by version" << fileURL << error;

@@ -11,6 +11,8 @@ class LutegridDocument;
 
 // What the conflict dialog does with the user's choice: row 0 keeps the current file, rows 1
 // to n take one version, and the last row keeps everything, each version as a tab of its own.
+// Whatever a choice discards goes into the Deleted folder as a tab of its own, so that no
+// machine's edits are lost wherever the folder syncs.
 class ConflictResolver {
 public:
     ConflictResolver(QList<FileVersion> fileVersions, LutegridDocument *document);
@@ -33,4 +35,7 @@ public:
 
 private:
     void resolveAll();
+    // "Deleted" beside the document's file, made if missing.
+    QString deletedFolder() const;
+    bool keepVersionInDeleted(const FileVersion &version);
 };

@@ -90,3 +90,19 @@ void iCloudManager::setCloudContainer(const std::optional<QString> &url)
     iCloudContainerUrl = folder;
     Q_EMIT containerSettled();
 }
+
+void iCloudManager::startWatchingAvailability(int intervalMs)
+{
+    if (!availabilityTimer.isActive())
+        connect(&availabilityTimer, &QTimer::timeout, this, &iCloudManager::checkAvailability,
+                Qt::UniqueConnection);
+    availabilityTimer.start(intervalMs);
+}
+
+bool iCloudManager::checkAvailability()
+{
+    if (ubiquityIdentityToken() == currentiCloudToken)
+        return false;
+    iCloudAccountAvailabilityChanged();
+    return true;
+}

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <atomic>
 #include <optional>
@@ -33,6 +34,12 @@ public:
     // a network or sync mount can take long to answer; otherwise at once.
     void findCloudContainer();
 
+    // Looks every `intervalMs` whether the synced folder has come or gone (a disk unmounted, a
+    // sync client's folder removed or made), and follows it as an account change.
+    void startWatchingAvailability(int intervalMs = 2000);
+    // One look; true if the folder's availability had changed.
+    bool checkAvailability();
+
 public Q_SLOTS:
     // For whoever changes the synced folder setting, or notices it come or go.
     void iCloudAccountAvailabilityChanged();
@@ -46,5 +53,6 @@ private:
     void placeKeyValueStore();
 
     SavedData &settings;
+    QTimer availabilityTimer;
     quint64 searchGeneration = 0;
 };

@@ -102,12 +102,26 @@ void TestConflicts::keepCurrent()
     QVERIFY(document->unresolvedConflictVersions().isEmpty());
     QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{u"Song.lgrdi"_qs});
     QVERIFY(!document->documentState().testFlag(LutegridDocument::InConflict));
+
+    // Nothing the other machines wrote is lost: each version waits in Deleted as a tab.
+    const QString deleted = QDir(folder).filePath(u"Deleted"_qs);
+    QStringList expected{u"Song "_qs + ConflictResolver::fileNameDateText(first) + u".lgrdi"_qs,
+                         u"Song "_qs + ConflictResolver::fileNameDateText(second) + u".lgrdi"_qs};
+    expected.sort();
+    QCOMPARE(listedTabs(deleted), expected);
+    QCOMPARE(tabDataFromDocumentData(fileBytes(QDir(deleted).filePath(expected[0])))
+                 ->tabRowDatas[0].colDatas[0].columnItems[0],
+             ColumnItemType::note(3));
+    QCOMPARE(tabDataFromDocumentData(fileBytes(QDir(deleted).filePath(expected[1])))
+                 ->tabRowDatas[0].colDatas[0].columnItems[0],
+             ColumnItemType::note(2));
 }
 
 void TestConflicts::takeVersion()
 {
     const QList<FileVersion> versions = document->unresolvedConflictVersions();
     const QByteArray chosen = fileBytes(versions[1].url);
+    const QByteArray replaced = fileBytes(path);
     QSignalSpy reloaded(document.get(), &LutegridDocument::documentReloaded);
     ConflictResolver resolver(versions, document.get());
     resolver.confirmSelection(2);
@@ -117,6 +131,21 @@ void TestConflicts::takeVersion()
     QCOMPARE(document->tabData->title, u"Song"_qs);
     QVERIFY(document->unresolvedConflictVersions().isEmpty());
     QVERIFY(!document->documentState().testFlag(LutegridDocument::InConflict));
+
+    // The replaced content and the version not taken wait in Deleted.
+    const QString deleted = QDir(folder).filePath(u"Deleted"_qs);
+    const QStringList kept = listedTabs(deleted);
+    QCOMPARE(kept.size(), 2);
+    const QString notTaken =
+        u"Song "_qs + ConflictResolver::fileNameDateText(first) + u".lgrdi"_qs;
+    QVERIFY(kept.contains(notTaken));
+    QCOMPARE(tabDataFromDocumentData(fileBytes(QDir(deleted).filePath(notTaken)))
+                 ->tabRowDatas[0].colDatas[0].columnItems[0],
+             ColumnItemType::note(3));
+    bool foundReplaced = false;
+    for (const QString &name : kept)
+        foundReplaced |= fileBytes(QDir(deleted).filePath(name)) == replaced;
+    QVERIFY(foundReplaced);
 }
 
 void TestConflicts::keepAll()

@@ -3,17 +3,32 @@ import QtQuick.Controls.Basic
 import Lutegrid.Shell
 import Lutegrid.Library
 
-// The folder screen behind the list.
+// The folder screen behind the list; its gear opens the Menu.
 Rectangle {
     id: page
     required property TabFoldersViewController folders
     color: Theme.background
+    property MenuDialogViewController menu: null
+    property ExportAllDialogViewController backup: null
+    property bool choosingFolder: false
+
+    function openMenu() { page.menu = page.folders.makeMenu() }
 
     NavBar {
         id: nav
         width: parent.width
         title: page.folders.title
         z: 1
+        IconButton {
+            objectName: "menuButt"
+            parent: nav
+            anchors.left: parent.left
+            anchors.leftMargin: 6
+            anchors.verticalCenter: parent.verticalCenter
+            iconName: "gear"
+            tint: Theme.accent
+            onClicked: page.openMenu()
+        }
     }
     ListView {
         objectName: "folderList"
@@ -24,6 +39,8 @@ Rectangle {
         anchors.horizontalCenter: parent.horizontalCenter
         clip: true
         model: page.folders.rows
+        // Pull to refresh.
+        onDragEnded: if (contentY < -80) page.folders.refreshTriggered()
         delegate: ListRow {
             required property int index
             required property string modelData
@@ -34,5 +51,48 @@ Rectangle {
             iconTint: index === 2 ? Theme.destructive : Theme.accent
             onClicked: page.folders.openRow(index)
         }
+    }
+
+    Loader {
+        anchors.fill: parent
+        z: 10
+        active: page.menu !== null
+        sourceComponent: MenuDialogView {
+            menu: page.menu
+            onBackupRequested: {
+                page.menu.close()
+                page.backup = page.folders.makeBackup()
+            }
+            onChooseFolderRequested: page.choosingFolder = true
+        }
+    }
+    Connections {
+        target: page.menu
+        function onFinished() { page.menu = null }
+    }
+    Loader {
+        anchors.fill: parent
+        z: 11
+        active: page.choosingFolder
+        sourceComponent: FileChooserView {
+            title: "Choose the sync folder"
+            choosingFolder: true
+            startFolder: page.menu && page.menu.syncFolder.length ? page.menu.syncFolder : ""
+            onCancelled: page.choosingFolder = false
+            onChosen: (path) => {
+                page.choosingFolder = false
+                if (page.menu) page.menu.chooseSyncFolder(path)
+            }
+        }
+    }
+    Loader {
+        anchors.fill: parent
+        z: 10
+        active: page.backup !== null
+        sourceComponent: ExportAllDialogView { backup: page.backup }
+    }
+    Connections {
+        target: page.backup
+        function onFinished() { page.backup = null }
     }
 }

@@ -1,11 +1,19 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
 // The folder screen one step behind the list: three fixed rows, then one per folder label.
 // Each row opens its list.
+class DialogHost;
+class ExportAllDialogViewController;
+class MenuDialogViewController;
+class SceneWindow;
+Q_MOC_INCLUDE("exportalldialogviewcontroller.h")
+Q_MOC_INCLUDE("menudialogviewcontroller.h")
+
 class TabFoldersViewController : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -23,7 +31,14 @@ public:
     int fixedRowCount() const { return 3; }
     // Reads the labels again.
     Q_INVOKABLE void refresh();
+    // Pull to refresh: the storage folder is listed anew, then the labels read.
+    Q_INVOKABLE void refreshTriggered();
     Q_INVOKABLE void openRow(int row);
+    // The window's dialogs and the window, for the Menu's messages and appearance.
+    void setScene(DialogHost *dialogs, SceneWindow *window);
+    // The gear's Menu dialog, and the back-up dialog that it offers.
+    Q_INVOKABLE MenuDialogViewController *makeMenu();
+    Q_INVOKABLE ExportAllDialogViewController *makeBackup();
 
 Q_SIGNALS:
     void changed();
@@ -32,4 +47,6 @@ Q_SIGNALS:
 
 private:
     QStringList labels;
+    QPointer<DialogHost> dialogs;
+    SceneWindow *window = nullptr;
 };
