@@ -5,7 +5,9 @@
 #include "shell/appmanager.h"
 #include "surfacepalette.h"
 
+#include "exportalldialogviewcontroller.h"
 #include "iconprovider.h"
+#include "tabpdf.h"
 
 #include <QDebug>
 #include <QGuiApplication>
@@ -19,6 +21,12 @@
 MainScene::MainScene(QObject *parent) : QObject(parent)
 {
     tabFolders.setScene(&dialogHost, this);
+    // The back-up prints each tab as view mode shows it by default.
+    ExportAllDialogViewController::pdfMaker() = [](const TabData &tab, const QString &path) {
+        TabExportConfiguration configuration;
+        configuration.tabData = tab;
+        return TabPdf::writePdf(configuration, path);
+    };
     connect(&tabFolders, &TabFoldersViewController::listRequested, this,
             [this](const QString &tag, bool unlabeled, bool deleted) {
                 pushList(tag, unlabeled, deleted, true);
