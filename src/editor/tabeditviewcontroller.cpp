@@ -36,6 +36,12 @@ TabEditViewController::TabEditViewController(LutegridDocument *document, TabEdit
     indicator = std::make_unique<TabScrollIndicator>(surface);
     pan = std::make_unique<TabRowPan>(surface, indicator.get());
     keys = std::make_unique<HardwareKeyboard>(*this);
+    magic = std::make_unique<MagicEdit>(*surface);
+    magic->bandBottom = [this] {
+        // Above the fretboard, and never far below the rows.
+        const double fretTop = viewHeight - fretboardHeight - navHeight;
+        return std::min(fretTop - 5.0, surface->frameSize.height() + 20.0);
+    };
     pan->startArea = [this] {
         // Magic edit drags selections over the rows instead; the strip of the next row's
         // preview below the rows takes a pan as well.
@@ -131,6 +137,7 @@ void TabEditViewController::applyViewSize(double w, double h)
     if (prevViewSize == size)
         return;
     prevViewSize = size;
+    viewHeight = h;
     const int strings = tabData().stringCount();
 
     if (initialFretboardHeight < 0) {
@@ -158,8 +165,14 @@ void TabEditViewController::applyViewSize(double w, double h)
         tabEditViewWidth = std::max(w - tabLettersWidthValue - indicatorWidth, 0.0);
         surface->setFreeVerticalScroll(false, 0, true);
         setVisibleRows(1, std::min(h - 120.0, base));
+        // Without a fretboard the rows are edited as blocks.
+        if (!inMagicEditMode)
+            toggleMagicEditMode();
     } else {
         shortLayout = false;
+        // Any new size of the normal layout leaves magic edit.
+        if (inMagicEditMode)
+            toggleMagicEditMode();
         compactToolbar = w < 340.0;
         editMoveButtsCompacted = w < 475.0;
         editMoveButtsCanShow = w < 475.0 && !(w < 340.0);
@@ -280,7 +293,10 @@ bool TabEditViewController::runGuardedTool(const std::function<void()> &tool)
 void TabEditViewController::tabClear()
 {
     runGuardedTool([this] {
-        surface->clearCursorColumn();
+        if (inMagicEditMode)
+            magic->clearSelection();
+        else
+            surface->clearCursorColumn();
         refreshFretHighlights();
         showEditMoveButts();
     });
@@ -459,6 +475,7 @@ void TabEditViewController::tabRowPositionChanged(int tabRowIndex, int showingCo
         Q_EMIT layoutChanged();
     }
     indicator->rowPositionChanged();
+    magic->rowsMoved();
     refreshFretHighlights();
 }
 
@@ -523,11 +540,13 @@ void TabEditViewController::fretTouchesCancelled()
     Q_EMIT toolsChanged();
 }
 
-void TabEditViewController::stringTouched(Strip view, int stringNumber, int)
+void TabEditViewController::stringTouched(Strip view, int stringNumber, int shownRow)
 {
-    // The letters beside the tab select only in magic edit, which this screen doesn't offer.
-    if (view == Strip::TabLetters)
+    // The letters beside the tab select a whole string, and only in magic edit.
+    if (view == Strip::TabLetters) {
+        magic->stringLetterTapped(stringNumber, shownRow);
         return;
+    }
     const bool wasPressing = pressInProgress();
     fretZeroTouchInProgress = true;
     pressString(stringNumber, 0);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/hardwarekeyboard.h"
+#include "editor/magicedit.h"
 #include "editor/tabrowpan.h"
 #include "editor/tabscrollindicator.h"
 #include "library/conflictresolver.h"
@@ -73,6 +74,8 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(QObject *rowPan READ rowPanObject CONSTANT)
     Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
     Q_PROPERTY(QObject *keyboard READ keyboardObject CONSTANT)
+    Q_PROPERTY(QObject *magic READ magicObject CONSTANT)
+    Q_PROPERTY(bool moreToolsViewShowing MEMBER moreToolsViewShowing NOTIFY toolsChanged)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
 
 public:
@@ -125,6 +128,9 @@ public:
     bool editLeftEnabled = false;
     bool editRightEnabled = true;
     bool moreToolsUnseenDotShown = false;
+    bool moreToolsViewShowing = false;
+    // The height of the screen as last laid out, for the limit of a selection band.
+    double viewHeight = 0.0;
 
     TabEditView *tabEditView() const { return surface; }
     Fretboard *fretboard() const { return board; }
@@ -133,6 +139,8 @@ public:
     QObject *rowPanObject() const { return pan.get(); }
     QObject *scrollIndicatorObject() const { return indicator.get(); }
     HardwareKeyboard *keyboard() const { return keys.get(); }
+    MagicEdit *magicEdit() const { return magic.get(); }
+    QObject *magicObject() const { return magic.get(); }
     QObject *keyboardObject() const { return keys.get(); }
     void setDialogPresenter(DialogPresenter *presenter) { dialogs = presenter; }
     DialogPresenter *dialogPresenter() const { return dialogs; }
@@ -168,6 +176,11 @@ public:
     Q_INVOKABLE void putBarButtPress();
     Q_INVOKABLE void editLeftPress();
     Q_INVOKABLE void editRightPress();
+    // The tool modes (tabeditviewtools.cpp): at most one of them is on.
+    Q_INVOKABLE void toggleMagicEditMode();
+    Q_INVOKABLE void toggleMoreToolsView();
+    // A tap on the string letters beside the tab, y in the surface's frame.
+    Q_INVOKABLE void tabLetterTapped(double y);
     void updateUndoButtons();
     void showEditMoveButts();
     void hideEditMoveButts();
@@ -241,6 +254,7 @@ private:
     std::unique_ptr<TabScrollIndicator> indicator;
     std::unique_ptr<TabRowPan> pan;
     std::unique_ptr<HardwareKeyboard> keys;
+    std::unique_ptr<MagicEdit> magic;
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
     QList<FretPosition> openStrings;
