@@ -13,6 +13,8 @@ Item {
     required property TabEditSurface area
     readonly property var magic: controller ? controller.magic : null
     readonly property bool active: magic !== null && magic.active
+    readonly property rect band: magic ? magic.bandRect : Qt.rect(0, 0, 0, 0)
+    readonly property rect dragged: magic ? magic.dragRect : Qt.rect(0, 0, 0, 0)
     visible: active
 
     MagicTouchArea {
@@ -37,10 +39,10 @@ Item {
     Rectangle {
         objectName: "magicSelectionBand"
         visible: layer.active && layer.magic.bandShown
-        x: layer.area.x + layer.magic.bandRect.x
-        y: layer.area.y + layer.magic.bandRect.y
-        width: Math.max(10, layer.magic.bandRect.width)
-        height: Math.max(10, layer.magic.bandRect.height)
+        x: layer.area.x + layer.band.x
+        y: layer.area.y + layer.band.y
+        width: Math.max(10, layer.band.width)
+        height: Math.max(10, layer.band.height)
         color: SurfacePalette.colorEditColHighlightBg
         border.color: SurfacePalette.colorEditColHighlightBorder
         border.width: 3
@@ -50,10 +52,10 @@ Item {
         objectName: "magicEditDragView"
         surface: layer.area
         visible: layer.active && layer.magic.dragShown
-        x: layer.area.x + layer.magic.dragRect.x
-        y: layer.area.y + layer.magic.dragRect.y
-        width: layer.magic ? layer.magic.dragRect.width : 0
-        height: layer.magic ? layer.magic.dragRect.height + 6 : 0
+        x: layer.area.x + layer.dragged.x
+        y: layer.area.y + layer.dragged.y
+        width: layer.dragged.width
+        height: layer.dragged.height + 6
         z: 5
     }
 
@@ -88,7 +90,7 @@ Item {
                     TabRowView {
                         surface: layer.area
                         shownRow: table.index
-                        x: -layer.area.contentX + (table.rowRect.x - table.rowRect.x)
+                        x: -layer.area.contentX
                         y: -strip.index * table.itemHeight
                         width: table.rowRect.width
                         height: table.rowRect.height

@@ -88,7 +88,7 @@ Rectangle {
             text: "MAGIC EDIT MODE"
             x: panel.shortLayout ? tools.baseX : panel.l
             y: panel.shortLayout ? panel.height - 35 : (panel.tall ? 60 : 52)
-            width: 200; height: panel.shortLayout ? 30 : 40
+            width: panel.shortLayout ? 150 : 200; height: panel.shortLayout ? 30 : 40
             fontSizeMode: Text.Fit
             minimumPixelSize: 10
             font.pixelSize: 22

@@ -16,13 +16,14 @@ Rectangle {
     component Group: Rectangle {
         default property alias buttons: groupRow.data
         property string title: ""
-        width: groupRow.width + 16
+        width: Math.max(groupRow.width, groupTitle.implicitWidth) + 16
         height: 74
         radius: 10
         color: "transparent"
         border.width: 2
         border.color: Theme.accent
         Text {
+            id: groupTitle
             x: 8; y: 4
             text: parent.title
             font.pixelSize: 12
