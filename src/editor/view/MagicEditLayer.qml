@@ -8,7 +8,7 @@ import Lutegrid.Editor
 // mode a table of strings with a handle each over every shown row. Frames come from the
 // editor in the surface's coordinates.
 Item {
-    id: layer
+    id: magicLayer
     required property var controller
     required property TabEditSurface area
     readonly property var magic: controller ? controller.magic : null
@@ -20,29 +20,29 @@ Item {
     MagicTouchArea {
         objectName: "magicTouchArea"
         anchors.fill: parent
-        enabled: layer.active && !layer.magic.rowReorderOn
-        controller: layer.controller
-        surface: layer.area
+        enabled: magicLayer.active && !magicLayer.magic.rowReorderOn
+        controller: magicLayer.controller
+        surface: magicLayer.area
     }
 
     SelectionBlockView {
         objectName: "selectionCover"
         cover: true
-        surface: layer.area
-        visible: layer.active && layer.area.selectionCoverShown
-        x: layer.area.x + layer.area.selectionCoverRect.x - layer.area.contentX
-        y: layer.area.y + layer.area.selectionCoverRect.y - layer.area.contentY
-        width: layer.area.selectionCoverRect.width
-        height: layer.area.selectionCoverRect.height
+        surface: magicLayer.area
+        visible: magicLayer.active && magicLayer.area.selectionCoverShown
+        x: magicLayer.area.x + magicLayer.area.selectionCoverRect.x - magicLayer.area.contentX
+        y: magicLayer.area.y + magicLayer.area.selectionCoverRect.y - magicLayer.area.contentY
+        width: magicLayer.area.selectionCoverRect.width
+        height: magicLayer.area.selectionCoverRect.height
     }
 
     Rectangle {
         objectName: "magicSelectionBand"
-        visible: layer.active && layer.magic.bandShown
-        x: layer.area.x + layer.band.x
-        y: layer.area.y + layer.band.y
-        width: Math.max(10, layer.band.width)
-        height: Math.max(10, layer.band.height)
+        visible: magicLayer.active && magicLayer.magic.bandShown
+        x: magicLayer.area.x + magicLayer.band.x
+        y: magicLayer.area.y + magicLayer.band.y
+        width: Math.max(10, magicLayer.band.width)
+        height: Math.max(10, magicLayer.band.height)
         color: SurfacePalette.colorEditColHighlightBg
         border.color: SurfacePalette.colorEditColHighlightBorder
         border.width: 3
@@ -50,47 +50,47 @@ Item {
 
     SelectionBlockView {
         objectName: "magicEditDragView"
-        surface: layer.area
-        visible: layer.active && layer.magic.dragShown
-        x: layer.area.x + layer.dragged.x
-        y: layer.area.y + layer.dragged.y
-        width: layer.dragged.width
-        height: layer.dragged.height + 6
+        surface: magicLayer.area
+        visible: magicLayer.active && magicLayer.magic.dragShown
+        x: magicLayer.area.x + magicLayer.dragged.x
+        y: magicLayer.area.y + magicLayer.dragged.y
+        width: magicLayer.dragged.width
+        height: magicLayer.dragged.height + 6
         z: 5
     }
 
     // Row reorder: each shown row's strings as strips that a handle drags to a new place.
     Repeater {
-        model: layer.active && layer.magic.rowReorderOn ? layer.area.shownRowCount : 0
+        model: magicLayer.active && magicLayer.magic.rowReorderOn ? magicLayer.area.shownRowCount : 0
         delegate: Item {
             id: table
             objectName: "reorderTable" + index
             required property int index
-            readonly property rect rowRect: layer.area.rowRects[index] ?? Qt.rect(0, 0, 0, 0)
-            readonly property real itemHeight: layer.area.itemHeight
-            x: layer.area.x + rowRect.x - layer.area.contentX
-            y: layer.area.y + rowRect.y - layer.area.contentY
-            width: Math.min(rowRect.width, layer.area.width) + (layer.area.freeScroll ? 0 : 20)
+            readonly property rect rowRect: magicLayer.area.rowRects[index] ?? Qt.rect(0, 0, 0, 0)
+            readonly property real itemHeight: magicLayer.area.itemHeight
+            x: magicLayer.area.x + rowRect.x - magicLayer.area.contentX
+            y: magicLayer.area.y + rowRect.y - magicLayer.area.contentY
+            width: Math.min(rowRect.width, magicLayer.area.width) + (magicLayer.area.freeScroll ? 0 : 20)
             height: rowRect.height
             Repeater {
-                model: layer.area.stringNotes.length
+                model: magicLayer.area.stringNotes.length
                 delegate: Rectangle {
                     id: strip
                     objectName: "reorderStrip" + table.index + "_" + index
                     required property int index
                     property real dragY: 0
                     y: index * table.itemHeight + dragY
-                    z: handle.active ? 2 : 1
+                    z: strip.dragY !== 0 ? 2 : 1
                     width: table.width
                     height: table.itemHeight
                     color: Theme.raised
-                    border.color: handle.active ? Theme.accent : Theme.separator
-                    border.width: handle.active ? 2 : 1
+                    border.color: strip.dragY !== 0 ? Theme.accent : Theme.separator
+                    border.width: strip.dragY !== 0 ? 2 : 1
                     clip: true
                     TabRowView {
-                        surface: layer.area
+                        surface: magicLayer.area
                         shownRow: table.index
-                        x: -layer.area.contentX
+                        x: -magicLayer.area.contentX
                         y: -strip.index * table.itemHeight
                         width: table.rowRect.width
                         height: table.rowRect.height
@@ -103,19 +103,28 @@ Item {
                         sourceSize: Qt.size(40, 40)
                         source: "image://icon/draghandle/" + Theme.secondaryLabel
                     }
-                    DragHandler {
-                        id: handle
-                        target: null
-                        xAxis.enabled: false
-                        onTranslationChanged: strip.dragY = translation.y
-                        onActiveChanged: {
-                            if (active)
-                                return
-                            const to = Math.max(0, Math.min(layer.area.stringNotes.length - 1,
+                    // Followed in the table's coordinates: the strip itself moves under the finger.
+                    MouseArea {
+                        anchors.fill: parent
+                        preventStealing: true
+                        property real startY: 0
+                        property bool held: false
+                        onPressed: (mouse) => {
+                            startY = mapToItem(table, mouse.x, mouse.y).y
+                            held = true
+                        }
+                        onPositionChanged: (mouse) => {
+                            if (held)
+                                strip.dragY = mapToItem(table, mouse.x, mouse.y).y - startY
+                        }
+                        onReleased: {
+                            held = false
+                            const to = Math.max(0, Math.min(magicLayer.area.stringNotes.length - 1,
                                 Math.round((strip.index * table.itemHeight + strip.dragY) / table.itemHeight)))
                             strip.dragY = 0
-                            layer.magic.rowMoved(strip.index, to, table.index)
+                            magicLayer.magic.rowMoved(strip.index, to, table.index)
                         }
+                        onCanceled: { held = false; strip.dragY = 0 }
                     }
                 }
             }
