@@ -62,9 +62,9 @@ bool MagicEdit::touchBegan(int id, double x, double y)
     }
     // A touch outside the rows, or on a lyric field, starts nothing.
     const QPointF content = toContent(point);
-    const QPointF clamped = surface.clampToRowBand(content.x(), content.y(), true,
-                                                   toContent(limited(point)).x(),
-                                                   toContent(limited(point)).y());
+    const QPointF clamped =
+        surface.clampToRowBand(content.x(), content.y(), true, toContent(limited(point)).x(),
+                               toContent(limited(point)).y());
     if (std::abs(clamped.x() - content.x()) >= 0.01 || std::abs(clamped.y() - content.y()) >= 0.01)
         return false;
     surface.clearMagicSelection();
@@ -113,8 +113,7 @@ void MagicEdit::touchEnded(int id, double x, double y, bool copy)
         const QRectF band = magicSelectionBox.value_or(QRectF());
         magicEditSelectionTouch.reset();
         magicSelectionBox.reset();
-        semitoneButtsVisible =
-            surface.selectRect(band.x(), band.y(), band.width(), band.height());
+        semitoneButtsVisible = surface.selectRect(band.x(), band.y(), band.width(), band.height());
         Q_EMIT changed();
         Q_EMIT framesChanged();
     } else if (magicEditDragTouch == id && magicEditDragView) {

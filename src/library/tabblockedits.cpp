@@ -16,8 +16,8 @@ QList<ColumnItemType> TabEdits::readBlockItems(const SelectionBox &box) const
     items.reserve(box.selectedCellCount());
     for (int c = box.colIndexStart; c <= box.colIndexEnd; ++c) {
         for (int i = box.itemIndexStart; i <= box.itemIndexEnd; ++i) {
-            const bool inside = c >= 0 && c < columns.size() && i >= 0 &&
-                                i < columns[c].columnItems.size();
+            const bool inside =
+                c >= 0 && c < columns.size() && i >= 0 && i < columns[c].columnItems.size();
             items.append(inside ? columns[c].columnItems[i] : ColumnItemType::blank());
         }
     }

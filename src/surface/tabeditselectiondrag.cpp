@@ -14,8 +14,8 @@ std::optional<QRectF> TabEditView::makeSelectionDragView(QPointF point) const
     const int shown = shownIndexOfRow(box.tabRowIndex);
     if (shown < 0)
         return std::nullopt;
-    const QRectF cells = box.cellFrame(tabColumnWidth, itemHeight(), 0,
-                                       headerBandHeight() + tabRowPitch() * shown);
+    const QRectF cells =
+        box.cellFrame(tabColumnWidth, itemHeight(), 0, headerBandHeight() + tabRowPitch() * shown);
     const QPointF content(point.x() + contentOffset.x() - tabLeftInset(),
                           point.y() + contentOffset.y());
     // A drag starts only from inside the box.
@@ -73,8 +73,8 @@ QPointF TabEditView::dragSelectionMoved(double x, double y, double width, double
     const QRectF dragged(tx, contentY, width, height);
     int row = -1;
     for (int r = 0; r < showingCount() && row < 0; ++r) {
-        const QRectF band = showingTabRows[r].tabRowFrame.adjusted(-8000.0 - inset, -ih / 2,
-                                                                   8000.0, ih / 2);
+        const QRectF band =
+            showingTabRows[r].tabRowFrame.adjusted(-8000.0 - inset, -ih / 2, 8000.0, ih / 2);
         if (band.contains(dragged))
             row = r;
     }
@@ -97,8 +97,7 @@ QPointF TabEditView::dragSelectionMoved(double x, double y, double width, double
         } else if (contentOffset.x() < contentSize.width() - frameSize.width()) {
             startDragScroll(DragScrollDirection::right);
         }
-        if (magicSelectionBox && magicSelectionBox->hasCells() &&
-            magicSelectionBox->hasHeaders()) {
+        if (magicSelectionBox && magicSelectionBox->hasCells() && magicSelectionBox->hasHeaders()) {
             const SelectionBox &box = *magicSelectionBox;
             // The names shown are read from the row under the drag, as they stand there.
             ChordNamesDisplay &display = showingTabRows[row].chordNamesDisplay;
@@ -152,14 +151,14 @@ void TabEditView::dropSelection(bool copy, double x, double y, double width, dou
     }
     // The tolerances are the only grace: a drop elsewhere leaves the tab and the selection.
     const double localY = y - top;
-    if (row >= showingCount() || localY < -5.0 || localY + height > rowHeight + 5.0 ||
-        y < -8.0 || y + height > frameSize.height() + 8.0 || itemHeight() <= 0) {
+    if (row >= showingCount() || localY < -5.0 || localY + height > rowHeight + 5.0 || y < -8.0 ||
+        y + height > frameSize.height() + 8.0 || itemHeight() <= 0) {
         showSelection(source);
         return;
     }
     // The 2.0 absorbs rounding: the dragged view was snapped to the cells.
-    const int column = int(std::trunc((contentOffset.x() + x - tabLeftInset() + 2.0) /
-                                      tabColumnWidth));
+    const int column =
+        int(std::trunc((contentOffset.x() + x - tabLeftInset() + 2.0) / tabColumnWidth));
     const int item = int(std::trunc((localY + 2.0) / itemHeight()));
     SelectionBox destination(column, source.columnCount(), item, source.itemCount(),
                              tabRowIndex + row);

@@ -275,12 +275,14 @@ private:
         QTest::qWait(350);
         tapItem(u"tabRow0"_qs);
         return QTest::qWaitFor([this] {
-            auto *screen = findItem<EditorScreenItem>(window->contentItem());
-            c = screen ? screen->controller() : nullptr;
-            return c != nullptr;
-        }) && QTest::qWaitFor([this] {
-            return item(u"magicEditButt"_qs) != nullptr || item(u"magicEditOnLabel"_qs) != nullptr;
-        });
+                   auto *screen = findItem<EditorScreenItem>(window->contentItem());
+                   c = screen ? screen->controller() : nullptr;
+                   return c != nullptr;
+               }) &&
+               QTest::qWaitFor([this] {
+                   return item(u"magicEditButt"_qs) != nullptr ||
+                          item(u"magicEditOnLabel"_qs) != nullptr;
+               });
     }
     QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }
     QTest::QTouchEventSequence touches() { return QTest::touchEvent(window.get(), touch); }

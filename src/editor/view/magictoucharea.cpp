@@ -86,8 +86,7 @@ void MagicTouchArea::touchEvent(QTouchEvent *event)
         const QPointF p = inSurface(point.position());
         if (point.state() == QEventPoint::Released) {
             heldIds.removeAll(id);
-            controller->magicEdit()->touchEnded(id, p.x(), p.y(),
-                                                copyModifier(event->modifiers()));
+            controller->magicEdit()->touchEnded(id, p.x(), p.y(), copyModifier(event->modifiers()));
         } else if (point.state() == QEventPoint::Updated) {
             controller->magicEdit()->touchMoved(id, p.x(), p.y());
         }

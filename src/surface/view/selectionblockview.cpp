@@ -55,8 +55,7 @@ void SelectionBlockView::paint(QPainter *painter)
         columns.append(TabColumnView(row[c]));
     painter->save();
     painter->setClipRect(cells);
-    const QRectF rowRect(0, -box.itemIndexStart * ih, columns.size() * cw,
-                         view.stringCount() * ih);
+    const QRectF rowRect(0, -box.itemIndexStart * ih, columns.size() * cw, view.stringCount() * ih);
     SurfacePainter::paintColumns(*painter, columns, rowRect, view.stringNotes,
                                  view.settings.notesOnTab, SurfacePainter::colors(false), cells);
     painter->restore();

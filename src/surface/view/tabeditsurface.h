@@ -82,7 +82,10 @@ public:
     QString message() const { return lastMessage; }
     qreal itemHeight() const { return editView->itemHeight(); }
     // The cover over a moved block's source, in content coordinates.
-    QRectF selectionCoverRect() const { return editView->magicSelectionMoveCover.value_or(QRectF()); }
+    QRectF selectionCoverRect() const
+    {
+        return editView->magicSelectionMoveCover.value_or(QRectF());
+    }
     bool selectionCoverShown() const { return editView->magicSelectionMoveCoverShown; }
 
     // Reads a tab file of either form; false if it could not be read.
