@@ -155,8 +155,15 @@ bool HardwareKeyboard::shortcut(const KeyPress &press)
         return true;
     }
     if ((press.key == Qt::Key_Delete || press.key == Qt::Key_Backspace) && !ctrl) {
-        if (!editor.inMagicEditMode)
+        if (editor.inMagicEditMode)
+            editor.tabClear();
+        else
             editor.tabEditView()->putItemAtCursor(QString());
+        return true;
+    }
+    // Escape leaves magic edit first, as it leaves any mode; a short window keeps it on.
+    if (press.key == Qt::Key_Escape && editor.inMagicEditMode && !editor.shortLayout) {
+        editor.toggleMagicEditMode();
         return true;
     }
     if (press.key == Qt::Key_Escape || (ctrl && press.key == Qt::Key_W)) {
@@ -197,7 +204,7 @@ QStringList HardwareKeyboard::shortcutList()
         u"- h p / \\ ~ x b r _ s t + *"_qs,
         u"Type a mark"_qs,
         u"Delete, Backspace"_qs,
-        u"Clear the cursor item"_qs,
+        u"Clear the cursor item, or the selection in magic edit"_qs,
         u"Ctrl+Z"_qs,
         u"Undo"_qs,
         u"Ctrl+Shift+Z, Ctrl+Y"_qs,
@@ -207,7 +214,9 @@ QStringList HardwareKeyboard::shortcutList()
         u"Ctrl+N"_qs,
         u"New tab"_qs,
         u"Ctrl+W, Esc"_qs,
-        u"Back to the list"_qs,
+        u"Back to the list; Esc leaves magic edit first"_qs,
+        u"Drag the selection with Ctrl or Alt"_qs,
+        u"Drop a copy instead of moving it"_qs,
         u"F11"_qs,
         u"Full screen"_qs,
         u"?, F1"_qs,

@@ -37,6 +37,12 @@ TabEditViewController::TabEditViewController(LutegridDocument *document, TabEdit
     pan = std::make_unique<TabRowPan>(surface, indicator.get());
     keys = std::make_unique<HardwareKeyboard>(*this);
     setUpChordsAndLyrics();
+    magic = std::make_unique<MagicEdit>(*surface);
+    magic->bandBottom = [this] {
+        // Above the fretboard, and never far below the rows.
+        const double fretTop = viewHeight - fretboardHeight - navHeight;
+        return std::min(fretTop - 5.0, surface->frameSize.height() + 20.0);
+    };
     pan->startArea = [this] {
         // Magic edit drags selections over the rows instead; the strip of the next row's
         // preview below the rows takes a pan as well.
@@ -132,6 +138,7 @@ void TabEditViewController::applyViewSize(double w, double h)
     if (prevViewSize == size)
         return;
     prevViewSize = size;
+    viewHeight = h;
     const int strings = tabData().stringCount();
 
     if (initialFretboardHeight < 0) {
@@ -159,8 +166,14 @@ void TabEditViewController::applyViewSize(double w, double h)
         tabEditViewWidth = std::max(w - tabLettersWidthValue - indicatorWidth, 0.0);
         surface->setFreeVerticalScroll(false, 0, true);
         setVisibleRows(1, std::min(h - 120.0, base));
+        // Without a fretboard the rows are edited as blocks.
+        if (!inMagicEditMode)
+            toggleMagicEditMode();
     } else {
         shortLayout = false;
+        // Any new size of the normal layout leaves magic edit.
+        if (inMagicEditMode)
+            toggleMagicEditMode();
         compactToolbar = w < 340.0;
         editMoveButtsCompacted = w < 475.0;
         editMoveButtsCanShow = w < 475.0 && !(w < 340.0);
@@ -287,7 +300,10 @@ bool TabEditViewController::runGuardedTool(const std::function<void()> &tool)
 void TabEditViewController::tabClear()
 {
     runGuardedTool([this] {
-        surface->clearCursorColumn();
+        if (inMagicEditMode)
+            magic->clearSelection();
+        else
+            surface->clearCursorColumn();
         refreshFretHighlights();
         showEditMoveButts();
     });
@@ -470,6 +486,7 @@ void TabEditViewController::tabRowPositionChanged(int tabRowIndex, int showingCo
         Q_EMIT layoutChanged();
     }
     indicator->rowPositionChanged();
+    magic->rowsMoved();
     refreshFretHighlights();
 }
 
@@ -534,11 +551,13 @@ void TabEditViewController::fretTouchesCancelled()
     Q_EMIT toolsChanged();
 }
 
-void TabEditViewController::stringTouched(Strip view, int stringNumber, int)
+void TabEditViewController::stringTouched(Strip view, int stringNumber, int shownRow)
 {
-    // The letters beside the tab select only in magic edit, which this screen doesn't offer.
-    if (view == Strip::TabLetters)
+    // The letters beside the tab select a whole string, and only in magic edit.
+    if (view == Strip::TabLetters) {
+        magic->stringLetterTapped(stringNumber, shownRow);
         return;
+    }
     const bool wasPressing = pressInProgress();
     fretZeroTouchInProgress = true;
     pressString(stringNumber, 0);

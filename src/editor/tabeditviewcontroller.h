@@ -5,6 +5,7 @@
 #include "editor/hardwarekeyboard.h"
 #include "editor/lyriclinedropdown.h"
 #include "editor/selectchordnamedialog.h"
+#include "editor/magicedit.h"
 #include "editor/tabrowpan.h"
 #include "editor/tabscrollindicator.h"
 #include "library/conflictresolver.h"
@@ -77,6 +78,8 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(QObject *rowPan READ rowPanObject CONSTANT)
     Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
     Q_PROPERTY(QObject *keyboard READ keyboardObject CONSTANT)
+    Q_PROPERTY(QObject *magic READ magicObject CONSTANT)
+    Q_PROPERTY(bool moreToolsViewShowing MEMBER moreToolsViewShowing NOTIFY toolsChanged)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
     Q_PROPERTY(QObject *chordMode READ chordModeObject CONSTANT)
     Q_PROPERTY(QObject *customChordDialog READ customChordDialogObject CONSTANT)
@@ -133,6 +136,9 @@ public:
     bool editLeftEnabled = false;
     bool editRightEnabled = true;
     bool moreToolsUnseenDotShown = false;
+    bool moreToolsViewShowing = false;
+    // The height of the screen as last laid out, for the limit of a selection band.
+    double viewHeight = 0.0;
 
     TabEditView *tabEditView() const { return surface; }
     Fretboard *fretboard() const { return board; }
@@ -141,6 +147,8 @@ public:
     QObject *rowPanObject() const { return pan.get(); }
     QObject *scrollIndicatorObject() const { return indicator.get(); }
     HardwareKeyboard *keyboard() const { return keys.get(); }
+    MagicEdit *magicEdit() const { return magic.get(); }
+    QObject *magicObject() const { return magic.get(); }
     QObject *keyboardObject() const { return keys.get(); }
     ChordShortcutMode *chordShortcuts() const { return chordShortcutMode.get(); }
     QObject *chordModeObject() const { return chordShortcutMode.get(); }
@@ -191,6 +199,11 @@ public:
     // Chord shortcut mode and the user's chords.
     Q_INVOKABLE void toggleChordShortcutMode();
     Q_INVOKABLE void createCustomShortcut();
+    // The tool modes (tabeditviewtools.cpp): at most one of them is on.
+    Q_INVOKABLE void toggleMagicEditMode();
+    Q_INVOKABLE void toggleMoreToolsView();
+    // A tap on the string letters beside the tab, y in the surface's frame.
+    Q_INVOKABLE void tabLetterTapped(double y);
     void updateUndoButtons();
     void showEditMoveButts();
     void hideEditMoveButts();
@@ -269,6 +282,7 @@ private:
     std::unique_ptr<SelectChordNameDialog> chordNameDialog;
     std::unique_ptr<LyricLineDropdown> lyricDropdown;
     void setUpChordsAndLyrics();
+    std::unique_ptr<MagicEdit> magic;
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
     QList<FretPosition> openStrings;

@@ -11,6 +11,12 @@ void TabEditViewController::setUpChordsAndLyrics()
     SavedData &saved = SavedData::shared();
     chordShortcutMode = std::make_unique<ChordShortcutMode>(surface, saved);
     chordShortcutMode->dialogs = dialogs;
+    chordShortcutMode->leaveOtherModes = [this] {
+        if (inMagicEditMode && !shortLayout)
+            toggleMagicEditMode();
+        if (moreToolsViewShowing)
+            toggleMoreToolsView();
+    };
     chordShortcutMode->playChord = [this](const QList<ColumnItemType> &items) {
         SoundManager &sound = soundManager ? *soundManager : SoundManager::shared();
         sound.playColumnItems(items, surface->stringNotes, false);
@@ -34,6 +40,12 @@ void TabEditViewController::setUpChordsAndLyrics()
 void TabEditViewController::toggleChordShortcutMode()
 {
     chordShortcutMode->dialogs = dialogs;
+    chordShortcutMode->leaveOtherModes = [this] {
+        if (inMagicEditMode && !shortLayout)
+            toggleMagicEditMode();
+        if (moreToolsViewShowing)
+            toggleMoreToolsView();
+    };
     chordShortcutMode->toggleChordShortcutMode();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/selectionbox.h"
 #include "model/tabdata.h"
 #include "services/lgundomanager.h"
 
@@ -38,6 +39,8 @@ struct TabChange {
     QList<int> columns;
     // Made by an undo or a redo rather than by the user's own edit.
     bool undoing = false;
+    // A block of a selection was written here: a selection in magic edit follows it.
+    std::optional<SelectionBox> block;
 
     bool rowsInserted() const { return kind == Kind::RowInserted || kind == Kind::RowsAppended; }
     bool rowsRemoved() const { return kind == Kind::RowRemoved; }
@@ -78,6 +81,21 @@ public:
     bool setColumnChordName(int row, int column, const std::optional<QString> &name);
     bool moveStringItems(int fromItem, int toItem, int row);
 
+    // Blocks of a selection. Cells go column by column, each column's items from the box's
+    // first item to its last; names go over the box's header columns, absent past the row.
+    using Names = QList<std::optional<QString>>;
+    QList<ColumnItemType> readBlockItems(const SelectionBox &box) const;
+    // Nothing when the box holds no chord names.
+    std::optional<Names> readBlockChordNames(const SelectionBox &box) const;
+    // Writes the cells (under the bar rule, cell by cell) and, if given, the names of the box:
+    // one step. False, and no step, when nothing changed.
+    bool writeBlock(const SelectionBox &box, const QList<ColumnItemType> &items,
+                    const std::optional<Names> &names);
+    // The source's cells and names go blank, then the destination takes what the source held:
+    // one step, whatever the overlap. False when the destination is the source or leaves the
+    // row.
+    bool moveBlock(const SelectionBox &source, const SelectionBox &destination);
+
     // A press in progress writes its column live with no step; commitColumn makes the whole
     // press one step back to `before`.
     bool previewColumn(int row, int column, const TabColumnData &data);
@@ -97,6 +115,23 @@ Q_SIGNALS:
     void tabChanged(const TabChange &change);
 
 private:
+    // Whole columns as they stood, so an undo puts back what the bar rule changed too.
+    struct ColumnPatch {
+        int row = -1;
+        int column = -1;
+        TabColumnData data;
+        friend bool operator==(const ColumnPatch &, const ColumnPatch &) = default;
+    };
+    QList<ColumnPatch> snapshotColumns(const QList<SelectionBox> &boxes) const;
+    void writeBlockCells(const SelectionBox &box, const QList<ColumnItemType> &items,
+                         const std::optional<Names> &names);
+    // Puts the columns back as one step whose inverse is the same kind of step; `selectAfter`
+    // is the block a selection follows, `selectBefore` the one it follows when undone.
+    void restoreColumns(const QList<ColumnPatch> &patches, const SelectionBox &selectAfter,
+                        const SelectionBox &selectBefore);
+    void registerBlockInverse(const QList<ColumnPatch> &before, const SelectionBox &selectBefore,
+                              const SelectionBox &selectAfter);
+    void notifyBlock(const QList<ColumnPatch> &patches, const SelectionBox &block);
     bool validColumn(int row, int column) const;
     void writeColumn(int row, int column, const TabColumnData &data);
     bool setLyricLines(int row, const QStringList &lines, int selected);

@@ -3,6 +3,8 @@
 #include "services/lgundomanager.h"
 #include "surfacelog.h"
 
+#include <QElapsedTimer>
+
 #include <algorithm>
 
 Q_LOGGING_CATEGORY(lcSurface, "lutegrid.surface")
@@ -27,6 +29,13 @@ TabEditView::TabEditView(QObject *parent) : QObject(parent)
     lyricChangeTimer.setSingleShot(true);
     lyricChangeTimer.setInterval(1000);
     connect(&lyricChangeTimer, &QTimer::timeout, this, &TabEditView::commitLyricsField);
+    uptime = [] {
+        static QElapsedTimer clock;
+        if (!clock.isValid())
+            clock.start();
+        return double(clock.nsecsElapsed()) / 1e9;
+    };
+    connect(&dragScrollTimer, &QTimer::timeout, this, &TabEditView::dragScrollTick);
     connect(&noteMenu, &TabNoteMenu::changed, this, &TabEditView::menuChanged);
     connect(&renderGate, &RenderGate::columnsNeedRender, this, &TabEditView::columnsRendered);
     connect(&renderGate, &RenderGate::chordNamesNeedRender, this, &TabEditView::chordNamesRendered);
@@ -281,6 +290,8 @@ void TabEditView::tabChanged(const TabChange &change)
         if (magicSelectionBox)
             clearMagicSelection();
     }
+    if (change.block && magicEditMode)
+        followBlock(*change.block);
 }
 
 void TabEditView::syncColumn(int row, int column)

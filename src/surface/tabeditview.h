@@ -23,10 +23,14 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
 class LgUndoManager;
+
+// Where a block dragged near an edge scrolls the rows; none is an absent value.
+enum class DragScrollDirection { up, down, left, right };
 
 // The editing surface as logic: the window of a tab's rows shown with their geometry in points
 // (tabeditviewport.cpp), where the cursor goes (tabeditviewcursor.cpp) and the edit operations
@@ -194,9 +198,41 @@ public:
     void openNoteContextMenu(QPointF location);
     void forceContextMenuFinished(int selectedIndex);
 
-    // Magic mode as far as the surface's own operations need it.
+    // Magic mode and its selection (tabeditselection.cpp, tabeditselectiondrag.cpp). Points
+    // and rectangles are in the coordinates of the surface's frame, not offset by the scroll,
+    // unless a name says content.
     void setMagicEditMode(bool on);
     void clearMagicSelection();
+    bool selectRect(double x, double y, double width, double height);
+    void selectWholeString(int stringNumber, int shownRow);
+    bool commitSelection(const SelectionBox &roughBox);
+    void showSelection(const SelectionBox &box);
+    // Holds a content point to the band of one row: the row under startY while a band is
+    // drawn, and off the lyric fields where one would start.
+    QPointF clampToRowBand(double startX, double startY, bool selecting, double x,
+                           double y) const;
+    // x in content coordinates.
+    void edgeScrollForPoint(double x);
+    // The frame a drag of the selection starts with, if the point lies in the selection.
+    std::optional<QRectF> makeSelectionDragView(QPointF point) const;
+    void makeSelectionCover(const QRectF &frame);
+    void showSelectionCover(bool show);
+    void removeSelectionCover();
+    QPointF dragSelectionMoved(double x, double y, double width, double height);
+    void dropSelection(bool copy, double x, double y, double width, double height);
+    void clearSelectedItems();
+    void shiftSelection(int semitones);
+    void startDragScroll(DragScrollDirection direction);
+    void stopDragScroll();
+    void dragScrollTick();
+    // The cover over the source cells of a move: content coordinates, and whether it shows.
+    std::optional<QRectF> magicSelectionMoveCover;
+    bool magicSelectionMoveCoverShown = false;
+    double dragScrollStartTime = -1.0;
+    QTimer dragScrollTimer;
+    std::optional<DragScrollDirection> dragDir;
+    // Seconds since some fixed start; tests hand in a clock of their own.
+    std::function<double()> uptime;
 
     // The shown row of a model row, or -1.
     int shownIndexOfRow(int row) const;
@@ -217,6 +253,8 @@ Q_SIGNALS:
     void menuChanged();
     // A tap on a column's header asks the editor for its chord-name dialog.
     void chordNameDialogRequested(int row, int column);
+    // The selection, its cover or the overlay of a drag changed.
+    void selectionChanged();
     // The tab's data changed (an edit, an undo, a load), for views that show rows of their own.
     void tabDataChanged(const TabChange &change);
 
@@ -241,6 +279,8 @@ private:
     void scrollToShowFrame(const QRectF &frame);
     void notifyColumnCountChange();
     void showMagicSelection();
+    void resetChordLabels(int shownRow);
+    void followBlock(const SelectionBox &block);
     void highlightChordColumn();
 
     std::unique_ptr<OwnTab> own;

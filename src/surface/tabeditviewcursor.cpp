@@ -63,6 +63,9 @@ void TabEditView::placeEditHighlight()
 
 void TabEditView::highlightChordColumn()
 {
+    // In magic edit only a selection marks chord names.
+    if (magicEditMode)
+        return;
     for (int i = 0; i < showingCount(); ++i) {
         ChordNamesDisplay &display = showingTabRows[i].chordNamesDisplay;
         const bool wasHighlighted = !display.highlightIndices.isEmpty();

@@ -115,6 +115,12 @@ EditorScreenItem {
             }
         }
 
+        MagicEditLayer {
+            anchors.fill: parent
+            controller: screen.c
+            area: area
+        }
+
         // The row pan: a vertical drag over the rows moves by one row at most. It belongs to
         // the region, not to an item over the rows: the rows see every press first, and the
         // pan watches and takes the drag over once it runs vertically.
@@ -224,19 +230,10 @@ EditorScreenItem {
                 onClicked: screen.c.tabClear()
             }
             IconButton {
-                objectName: "addColumnButt"; iconName: "addcolumn"
+                objectName: "magicEditButt"; iconName: "magicedit"
                 Layout.preferredWidth: toolbar.widths.add ?? 44
-                onClicked: screen.c.addTabColumn()
-            }
-            IconButton {
-                objectName: "deleteColumnButt"; iconName: "deletecolumn"
-                Layout.preferredWidth: toolbar.widths["delete"] ?? 44
-                onClicked: screen.c.deleteTabColumn()
-            }
-            IconButton {
-                objectName: "putBarButt"; iconName: "bar"
-                Layout.preferredWidth: toolbar.widths.bar ?? 44
-                onClicked: screen.c.putBarButtPress()
+                emphasized: screen.c !== null && screen.c.magic.active
+                onClicked: screen.c.toggleMagicEditMode()
             }
             Item { Layout.fillWidth: true; Layout.minimumWidth: 0 }
             Item {
@@ -244,19 +241,13 @@ EditorScreenItem {
                 Layout.preferredWidth: addRow.width + deleteRow.width + 2
                 Layout.preferredHeight: 44
                 Row {
+                    visible: !(screen.c && screen.c.magic.active)
                     spacing: 2
                     IconButton {
                         id: addRow
                         objectName: "addRowButt"; iconName: "addrow"
                         width: toolbar.widths.row ?? 44
                         onClicked: screen.c.addTabRow()
-                        Rectangle {
-                            objectName: "moreToolsUnseenDot"
-                            visible: screen.c !== null && screen.c.moreToolsUnseenDotShown
-                            width: 9; height: 9; radius: 4.5
-                            color: Theme.destructive
-                            x: parent.width - 12; y: 6
-                        }
                     }
                     IconButton {
                         id: deleteRow
@@ -309,6 +300,19 @@ EditorScreenItem {
                 visible: !(screen.c && screen.c.editMoveButtsCompacted)
                 enabled: screen.c !== null && screen.c.editRightEnabled
                 onClicked: screen.c.editRightPress()
+            }
+            IconButton {
+                objectName: "moreToolsButt"; iconName: "moretools"
+                Layout.preferredWidth: toolbar.widths.row ?? 44
+                emphasized: screen.c !== null && screen.c.moreToolsViewShowing
+                onClicked: screen.c.toggleMoreToolsView()
+                Rectangle {
+                    objectName: "moreToolsUnseenDot"
+                    visible: screen.c !== null && screen.c.moreToolsUnseenDotShown
+                    width: 9; height: 9; radius: 4.5
+                    color: Theme.destructive
+                    x: parent.width - 12; y: 6
+                }
             }
         }
     }
@@ -377,6 +381,20 @@ EditorScreenItem {
     }
     CustomChordDialog { logic: screen.c ? screen.c.customChordDialog : null; z: 60 }
     ChordNameDialog { logic: screen.c ? screen.c.chordNameDialog : null; z: 60 }
+    // Magic edit's panel and the tools drawer stand over the fretboard; without one, the
+    // panel's tools stand in a strip at the bottom.
+    MagicEditPanel {
+        controller: screen.c
+        y: screen.c && screen.c.shortLayout ? screen.height - 50 : fretArea.y
+        width: parent.width
+        height: screen.c && screen.c.shortLayout ? 50 : fretArea.height
+    }
+    ToolsDrawer {
+        controller: screen.c
+        y: fretArea.y
+        width: parent.width
+        height: fretArea.height
+    }
 
     // The keyboard shortcuts, over everything; any tap or key closes it.
     Rectangle {

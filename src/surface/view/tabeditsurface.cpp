@@ -34,6 +34,7 @@ TabEditSurface::TabEditSurface(QQuickItem *parent)
     connect(editView, &TabEditView::highlightChanged, this, &TabEditSurface::highlightChanged);
     connect(editView, &TabEditView::shownRowChanged, this, &TabEditSurface::rowsChanged);
     connect(editView, &TabEditView::menuChanged, this, &TabEditSurface::menuChanged);
+    connect(editView, &TabEditView::selectionChanged, this, &TabEditSurface::selectionChanged);
     connect(ownUndo.get(), &LgUndoManager::changed, this, &TabEditSurface::undoStateChanged);
 }
 

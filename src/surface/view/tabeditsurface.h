@@ -42,6 +42,9 @@ class TabEditSurface : public QQuickItem {
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY undoStateChanged)
     Q_PROPERTY(bool canRedo READ canRedo NOTIFY undoStateChanged)
     Q_PROPERTY(QString message READ message NOTIFY messageChanged)
+    Q_PROPERTY(qreal itemHeight READ itemHeight NOTIFY layoutChanged)
+    Q_PROPERTY(QRectF selectionCoverRect READ selectionCoverRect NOTIFY selectionChanged)
+    Q_PROPERTY(bool selectionCoverShown READ selectionCoverShown NOTIFY selectionChanged)
 
 public:
     explicit TabEditSurface(QQuickItem *parent = nullptr);
@@ -77,6 +80,13 @@ public:
     bool canUndo() const;
     bool canRedo() const;
     QString message() const { return lastMessage; }
+    qreal itemHeight() const { return editView->itemHeight(); }
+    // The cover over a moved block's source, in content coordinates.
+    QRectF selectionCoverRect() const
+    {
+        return editView->magicSelectionMoveCover.value_or(QRectF());
+    }
+    bool selectionCoverShown() const { return editView->magicSelectionMoveCoverShown; }
 
     // Reads a tab file of either form; false if it could not be read.
     Q_INVOKABLE bool loadTab(const QString &pathOrUrl);
@@ -109,6 +119,7 @@ Q_SIGNALS:
     void undoStateChanged();
     void messageChanged();
     void menuChanged();
+    void selectionChanged();
 
 protected:
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;

@@ -1,0 +1,363 @@
+#include "editorscreenitem.h"
+#include "library/icloudmanager.h"
+#include "lutegridqmlimports.h"
+#include "mainscene.h"
+#include "model/tabfileformat.h"
+#include "services/saveddata.h"
+#include "shell/appmanager.h"
+#include "surfacepalette.h"
+#include "tabeditsurface.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QPointingDevice>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
+{
+    if (!item)
+        return nullptr;
+    auto *typed = qobject_cast<T *>(item);
+    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
+        return typed;
+    for (QQuickItem *child : item->childItems()) {
+        if (T *found = findItem<T>(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+QString storageFolder()
+{
+    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
+}
+
+// Two rows with a phrase in row 0: frets 3 to 6 on the top string in columns 2 to 5, a 7 on the
+// second string in column 3, chord names over columns 2 and 4.
+QByteArray phraseTab()
+{
+    TabData tab(u"Phrase"_qs, 6);
+    for (int r = 0; r < 2; ++r)
+        tab.tabRowDatas.append(TabRowData(40, 6));
+    QList<TabColumnData> &cols = tab.tabRowDatas[0].colDatas;
+    for (int c = 2; c <= 5; ++c)
+        cols[c].setColumnItem(0, ColumnItemType::note(c + 1));
+    cols[3].setColumnItem(1, ColumnItemType::note(7));
+    cols[2].chordName = u"Am"_qs;
+    cols[4].chordName = u"C"_qs;
+    return documentData(tab);
+}
+
+} // namespace
+
+// Magic edit in the real window, with fingers and with the mouse: drawing the band, dragging
+// the block, copying with the toggle or a modifier, the edge scroll, and how it looks.
+class TestMagicWindow : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        touch = QTest::createTouchDevice();
+        shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-sel"_qs);
+        QDir().mkpath(shots);
+        iCloudManager::shared().findCloudContainer();
+        QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
+    }
+    void init()
+    {
+        QDir folder(storageFolder());
+        for (const QString &entry : folder.entryList(QDir::Files | QDir::Hidden))
+            folder.remove(entry);
+        AppManager::shared().activeDocUrls.clear();
+        AppManager::shared().existingTabPaths.clear();
+        SavedData &saved = SavedData::shared();
+        saved.playSounds = false;
+        saved.freeScrollSetting = false;
+        saved.appearanceSetting = 1;
+        SurfacePalette::instance()->setDark(false);
+        QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
+    }
+    void cleanup()
+    {
+        c = nullptr;
+        window.reset();
+        scene.reset();
+        engine.reset();
+    }
+
+    void bandDragAndDrop_data()
+    {
+        QTest::addColumn<bool>("mouse");
+        QTest::newRow("finger") << false;
+        QTest::newRow("mouse") << true;
+    }
+    void bandDragAndDrop()
+    {
+        QFETCH(bool, mouse);
+        QVERIFY(openPhrase(QSize(390, 844)));
+        tapItem(u"magicEditButt"_qs);
+        QVERIFY(c->inMagicEditMode);
+        QVERIFY(item(u"fretboardCover"_qs));
+        // A band from above the lines of column 1 to the second string of column 6.
+        drag(rowPoint(1.2, -1.0), rowPoint(6.2, 1.5), mouse);
+        const TabEditView *view = c->tabEditView();
+        QVERIFY(view->magicSelectionBox);
+        QCOMPARE(view->magicSelectionBox->colIndexStart, 2);
+        QCOMPARE(view->magicSelectionBox->colIndexEnd, 5);
+        QCOMPARE(view->magicSelectionBox->colHeaderStart, 2);
+        QVERIFY(item(u"semiUpButt"_qs));
+        // Dragged three columns on and a string down: a move.
+        drag(rowPoint(2.5, 0.5), rowPoint(5.5, 1.5), mouse, true);
+        const QList<TabColumnData> &cols = view->tabRows[0].colDatas;
+        QCOMPARE(cols[2].columnItems[0], ColumnItemType::blank());
+        QCOMPARE(cols[5].columnItems[1], ColumnItemType::note(3));
+        QCOMPARE(cols[6].columnItems[2], ColumnItemType::note(7));
+        QCOMPARE(cols[5].chordName, u"Am"_qs);
+        QCOMPARE(cols[2].chordName, std::nullopt);
+        QCOMPARE(view->magicSelectionBox->colIndexStart, 5);
+        // Undo puts it all back.
+        tapItem(u"undoButton"_qs);
+        QCOMPARE(cols[2].columnItems[0], ColumnItemType::note(3));
+        QCOMPARE(cols[5].columnItems[1], ColumnItemType::blank());
+        QCOMPARE(cols[2].chordName, u"Am"_qs);
+    }
+
+    void copyWithToggleOrModifier()
+    {
+        QVERIFY(openPhrase(QSize(1280, 800)));
+        tapItem(u"magicEditButt"_qs);
+        drag(rowPoint(1.2, 0.2), rowPoint(6.2, 1.5), true);
+        QVERIFY(c->tabEditView()->magicSelectionBox);
+        // The mouse with Ctrl held at the drop copies.
+        dragWith(rowPoint(2.5, 0.5), rowPoint(10.5, 0.5), Qt::ControlModifier);
+        const QList<TabColumnData> &cols = c->tabEditView()->tabRows[0].colDatas;
+        QCOMPARE(cols[2].columnItems[0], ColumnItemType::note(3));
+        QCOMPARE(cols[10].columnItems[0], ColumnItemType::note(3));
+        // A finger with the toggle on copies too: to the next row.
+        tapItem(u"magicShiftButt"_qs);
+        QVERIFY(c->magicEdit()->magicShiftOn);
+        const TabEditView *view = c->tabEditView();
+        const int shown = view->showingCount();
+        if (shown > 1) {
+            drag(rowPoint(10.5, 0.5), rowPoint(10.5, 0.5, 1), false, true);
+            QCOMPARE(view->tabRows[1].colDatas[10].columnItems[0], ColumnItemType::note(3));
+            QCOMPARE(cols[10].columnItems[0], ColumnItemType::note(3));
+        }
+        // Escape leaves magic edit, and with it the selection and the toggle.
+        QTest::keyClick(window.get(), Qt::Key_Escape);
+        QVERIFY(!c->inMagicEditMode);
+        QVERIFY(!c->magicEdit()->magicShiftOn);
+        QVERIFY(!view->magicSelectionBox);
+    }
+
+    void edgeScrollWhileDragging()
+    {
+        QVERIFY(openPhrase(QSize(390, 844)));
+        TabEditView *view = c->tabEditView();
+        double now = 0.0;
+        view->uptime = [&now] { return now; };
+        tapItem(u"magicEditButt"_qs);
+        drag(rowPoint(1.2, 0.2), rowPoint(6.2, 1.5), false);
+        QVERIFY(view->magicSelectionBox);
+        // Held against the right edge: after the wait the rows scroll a column at a time.
+        touches().press(0, rowPoint(2.5, 0.5), window.get());
+        auto *surface = findItem<TabEditSurface>(window->contentItem());
+        const QPoint edge = surface->mapToScene(QPointF(surface->width() - 2, 0)).toPoint();
+        const QPoint at(edge.x(), rowPoint(2.5, 0.5).y());
+        touches().move(0, at, window.get());
+        // Touch moves reach the items with the next frame.
+        QTRY_VERIFY(view->dragDir == DragScrollDirection::right);
+        now = 1.0;
+        QTRY_VERIFY(view->contentOffset.x() >= 25.0);
+        touches().release(0, at, window.get());
+        QVERIFY(!view->dragDir);
+    }
+
+    void drawerToolsAndRowReorder()
+    {
+        QVERIFY(openPhrase(QSize(390, 844)));
+        c->moreToolsUnseenDotShown = true;
+        Q_EMIT c->toolsChanged();
+        QVERIFY(item(u"moreToolsUnseenDot"_qs));
+        tapItem(u"moreToolsButt"_qs);
+        QVERIFY(item(u"moreToolsScrollView"_qs));
+        QVERIFY(!item(u"moreToolsUnseenDot"_qs));
+        tapItem(u"addColumnButt"_qs);
+        QCOMPARE(c->tabEditView()->numTabColumns, 41);
+        tapItem(u"putBarButt"_qs);
+        QVERIFY(c->tabEditView()->tabRows[0].colDatas[0].hasBar());
+        // Magic edit closes the drawer; its reorder strips move a string by its handle.
+        tapItem(u"magicEditButt"_qs);
+        QVERIFY(!item(u"moreToolsScrollView"_qs));
+        tapItem(u"rowReorderButt"_qs);
+        QQuickItem *strip = item(u"reorderStrip0_0"_qs);
+        QVERIFY(strip);
+        const QPoint from =
+            strip->mapToScene(QPointF(strip->width() / 2, strip->height() / 2)).toPoint();
+        const QPoint to = from + QPoint(0, int(strip->height() * 2));
+        touches().press(0, from, window.get());
+        for (int step = 1; step <= 6; ++step) {
+            touches().move(0, from + (to - from) * step / 6, window.get());
+            QTest::qWait(20);
+        }
+        saveShot(u"phone-light-reorder-drag"_qs);
+        touches().release(0, to, window.get());
+        QTRY_COMPARE(c->tabEditView()->tabRows[0].colDatas[3].columnItems[2],
+                     ColumnItemType::note(3));
+        saveShot(u"phone-light-reorder"_qs);
+    }
+
+    void screenshots_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("phone-light") << QSize(390, 844) << false;
+        QTest::newRow("phone-dark") << QSize(390, 844) << true;
+        QTest::newRow("desktop-light") << QSize(1280, 800) << false;
+        QTest::newRow("desktop-dark") << QSize(1280, 800) << true;
+        QTest::newRow("short-light") << QSize(844, 390) << false;
+    }
+    void screenshots()
+    {
+        QFETCH(QSize, size);
+        QFETCH(bool, dark);
+        const QString tag = QString::fromLatin1(QTest::currentDataTag());
+        SavedData::shared().appearanceSetting = dark ? 2 : 1;
+        QVERIFY(openPhrase(size));
+        if (!c->inMagicEditMode)
+            tapItem(u"magicEditButt"_qs);
+        drag(rowPoint(1.2, -1.0), rowPoint(6.2, 1.5), false);
+        QVERIFY(c->tabEditView()->magicSelectionBox);
+        saveShot(tag + u"-selection"_qs);
+        // Mid-drag: the block under the finger, the source covered.
+        touches().press(0, rowPoint(2.5, 0.5), window.get());
+        touches().move(0, rowPoint(4.5, 1.5), window.get());
+        saveShot(tag + u"-dragging"_qs);
+        touches().release(0, rowPoint(4.5, 1.5), window.get());
+        if (!c->shortLayout) {
+            tapItem(u"magicEditButt"_qs);
+            tapItem(u"moreToolsButt"_qs);
+            QVERIFY(item(u"moreToolsScrollView"_qs));
+            saveShot(tag + u"-tools"_qs);
+        }
+    }
+
+private:
+    bool openPhrase(QSize size)
+    {
+        QFile file(QDir(storageFolder()).filePath(u"Phrase.lgrdi"_qs));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            return false;
+        file.write(phraseTab());
+        file.close();
+        engine = std::make_unique<QQmlEngine>();
+        scene = std::make_unique<MainScene>();
+        window.reset(scene->loadWindow(*engine));
+        if (!window)
+            return false;
+        window->resize(size);
+        window->show();
+        if (!QTest::qWaitForWindowExposed(window.get()))
+            return false;
+        if (!QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }))
+            return false;
+        QTest::qWait(350);
+        tapItem(u"tabRow0"_qs);
+        return QTest::qWaitFor([this] {
+                   auto *screen = findItem<EditorScreenItem>(window->contentItem());
+                   c = screen ? screen->controller() : nullptr;
+                   return c != nullptr;
+               }) &&
+               QTest::qWaitFor([this] {
+                   return item(u"magicEditButt"_qs) != nullptr ||
+                          item(u"magicEditOnLabel"_qs) != nullptr;
+               });
+    }
+    QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }
+    QTest::QTouchEventSequence touches() { return QTest::touchEvent(window.get(), touch); }
+    void tapItem(const QString &name)
+    {
+        QQuickItem *target = item(name);
+        QVERIFY2(target, qPrintable(name));
+        const QPoint p =
+            target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
+        touches().press(0, p, window.get());
+        touches().release(0, p, window.get());
+        QTest::qWait(350);
+    }
+    // A spot in row `shownRow`: a column, and a height in items below the top string line.
+    QPoint rowPoint(double column, double items, int shownRow = 0) const
+    {
+        auto *surface = findItem<TabEditSurface>(window->contentItem());
+        const TabEditView *v = surface->view();
+        const QPointF content(v->tabLeftInset() + column * TabEditView::tabColumnWidth,
+                              v->headerBandHeight() + shownRow * v->tabRowPitch() +
+                                  items * v->itemHeight());
+        return surface->mapToScene(content - v->contentOffset).toPoint();
+    }
+    // Press, move in steps, release: a finger or the left mouse button.
+    void drag(QPoint from, QPoint to, bool mouse, bool dragging = false)
+    {
+        Q_UNUSED(dragging);
+        if (mouse)
+            QTest::mousePress(window.get(), Qt::LeftButton, {}, from);
+        else
+            touches().press(0, from, window.get());
+        for (int step = 1; step <= 4; ++step) {
+            const QPoint p = from + (to - from) * step / 4;
+            if (mouse)
+                QTest::mouseMove(window.get(), p);
+            else
+                touches().move(0, p, window.get());
+        }
+        if (mouse)
+            QTest::mouseRelease(window.get(), Qt::LeftButton, {}, to);
+        else
+            touches().release(0, to, window.get());
+        QCoreApplication::processEvents();
+    }
+    void dragWith(QPoint from, QPoint to, Qt::KeyboardModifiers modifiers)
+    {
+        QTest::mousePress(window.get(), Qt::LeftButton, {}, from);
+        QTest::mouseMove(window.get(), (from + to) / 2);
+        QTest::mouseMove(window.get(), to);
+        QTest::mouseRelease(window.get(), Qt::LeftButton, modifiers, to);
+        QCoreApplication::processEvents();
+    }
+    void saveShot(const QString &name)
+    {
+        QTest::qWait(300);
+        const QImage image = window->grabWindow();
+        QVERIFY(!image.isNull());
+        QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
+    }
+
+    TabEditViewController *c = nullptr;
+    QPointingDevice *touch = nullptr;
+    QString shots;
+    std::unique_ptr<QQmlEngine> engine;
+    std::unique_ptr<MainScene> scene;
+    std::unique_ptr<QQuickWindow> window;
+};
+
+int main(int argc, char *argv[])
+{
+    QTemporaryDir home;
+    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
+    QGuiApplication app(argc, argv);
+    TestMagicWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_magicwindow.moc"
