@@ -39,7 +39,7 @@ HardwareKeyboard::HardwareKeyboard(TabEditViewController &editor, QObject *paren
 bool HardwareKeyboard::blocked() const
 {
     const DialogPresenter *dialogs = editor.dialogPresenter();
-    return textBeingTyped || (dialogs && dialogs->isPresenting());
+    return textBeingTyped || (dialogs && dialogs->isPresenting()) || editor.settingsDialog();
 }
 
 bool HardwareKeyboard::pressBegan(const KeyPress &press)
@@ -167,6 +167,10 @@ bool HardwareKeyboard::shortcut(const KeyPress &press)
         Q_EMIT newTabRequested();
         return true;
     }
+    if (ctrl && press.key == Qt::Key_Comma) {
+        editor.openSettingsMenu();
+        return true;
+    }
     if (press.key == Qt::Key_F11) {
         Q_EMIT fullScreenRequested();
         return true;
@@ -201,6 +205,8 @@ QStringList HardwareKeyboard::shortcutList()
         u"New tab"_qs,
         u"Ctrl+W, Esc"_qs,
         u"Back to the list"_qs,
+        u"Ctrl+,"_qs,
+        u"Tab settings"_qs,
         u"F11"_qs,
         u"Full screen"_qs,
         u"?, F1"_qs,

@@ -3,6 +3,7 @@
 #include "editor/hardwarekeyboard.h"
 #include "editor/tabrowpan.h"
 #include "editor/tabscrollindicator.h"
+#include "editor/tabsettingsdialogviewcontroller.h"
 #include "library/conflictresolver.h"
 #include "library/lutegriddocument.h"
 #include "model/tabdata.h"
@@ -42,7 +43,8 @@ class TabEditViewController : public QObject,
                               public TabRowChangeListener,
                               public FretResponder,
                               public StringTouchResponder,
-                              public DocumentChangeListener {
+                              public DocumentChangeListener,
+                              public TabSettingsListener {
     Q_OBJECT
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool undoEnabled MEMBER undoEnabled NOTIFY toolsChanged)
@@ -74,6 +76,7 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(QObject *scrollIndicator READ scrollIndicatorObject CONSTANT)
     Q_PROPERTY(QObject *keyboard READ keyboardObject CONSTANT)
     Q_PROPERTY(QVariantList openStringMarks READ openStringMarks NOTIFY highlightsChanged)
+    Q_PROPERTY(QObject *settingsDialog READ settingsDialogObject NOTIFY settingsDialogChanged)
 
 public:
     // The surface and the fretboard are the screen's; without them the controller makes its own,
@@ -181,6 +184,18 @@ public:
     Q_INVOKABLE void fretLetterReleased() { stringReleased(); }
     Q_INVOKABLE void fretLetterCancelled() { stringCancelled(Strip::FretLetters); }
 
+    // The tab settings dialog (tabeditsettings.cpp): at most one, over the screen.
+    Q_INVOKABLE void openSettingsMenu();
+    Q_INVOKABLE void closeSettingsMenu();
+    TabSettingsDialogViewController *settingsDialog() const { return tabSettingsDialog.get(); }
+    QObject *settingsDialogObject() const { return tabSettingsDialog.get(); }
+    void applyTabSettings(const QStringList &tuning, qint64 capo, qint64 lyricSize,
+                          const std::optional<QString> &intro, qint64 tempo, bool notesOnTabChanged,
+                          bool fretCountChanged, bool colHeadersChanged) override;
+    // The tab's values changed, by the dialog or by undo: the views follow.
+    void tabValuesChanged(bool stringCountChanged);
+    void stringCountChanged();
+
     // Closing: the document closes, with no question asked.
     Q_INVOKABLE void finishEditing();
 
@@ -214,6 +229,7 @@ Q_SIGNALS:
     void toolsChanged();
     void layoutChanged();
     void highlightsChanged();
+    void settingsDialogChanged();
     // The editor is done; the screen goes.
     void finished();
     // A conflict came with no versions to offer: the window goes back to the first screen of
@@ -243,6 +259,7 @@ private:
     std::unique_ptr<HardwareKeyboard> keys;
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
+    std::unique_ptr<TabSettingsDialogViewController> tabSettingsDialog;
     QList<FretPosition> openStrings;
     bool finishedEditing = false;
 };

@@ -170,6 +170,13 @@ EditorScreenItem {
         canGoBack: true
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
+        trailing: IconButton {
+            objectName: "tabSettingsButt"
+            iconName: "settings"
+            tint: Theme.accent
+            visible: screen.c !== null && !screen.c.shortLayout
+            onClicked: screen.c.openSettingsMenu()
+        }
     }
 
     // The toolbar.
@@ -348,6 +355,16 @@ EditorScreenItem {
             height: board.stringAreaHeight
             numItems: area.stringNotes.length
         }
+    }
+
+    // The tab settings, while the controller has them open.
+    Loader {
+        id: settingsLoader
+        anchors.fill: parent
+        z: 40
+        active: screen.c !== null && screen.c.settingsDialog !== null
+        sourceComponent: TabSettingsDialog { dialog: screen.c.settingsDialog }
+        onLoaded: item.forceActiveFocus()
     }
 
     // The keyboard shortcuts, over everything; any tap or key closes it.

@@ -1,0 +1,657 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Lutegrid.Shell
+
+// The tab settings dialog over the editor. Every value and limit is the controller's; this
+// only lays the controls out and passes on what a finger, the mouse or a key does.
+FocusScope {
+    id: root
+    required property var dialog
+    readonly property bool introOpen: introEditor.visible
+    focus: true
+
+    Keys.onPressed: (event) => {
+        if (event.key === Qt.Key_Escape) {
+            if (root.dialog.noteMenuLabel !== 0)
+                root.dialog.noteMenuCancelled()
+            else if (introEditor.visible)
+                introEditor.visible = false
+            else if (root.dialog.warningShown)
+                root.dialog.cancelAfterWarning()
+            else
+                root.dialog.cancel()
+            event.accepted = true
+        } else if ((event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
+                   && !introEditor.visible) {
+            if (root.dialog.warningShown)
+                root.dialog.continueAfterWarning()
+            else
+                root.dialog.saveChangesButt()
+            event.accepted = true
+        } else if (event.key !== Qt.Key_Tab && event.key !== Qt.Key_Backtab) {
+            // Keys meant for the editor stop here while the dialog is up; Tab walks the controls.
+            event.accepted = true
+        }
+    }
+
+    component Caption: Text {
+        color: Theme.label
+        font.pixelSize: 16
+        verticalAlignment: Text.AlignVCenter
+        Layout.fillWidth: true
+        elide: Text.ElideRight
+    }
+
+    // A stepper: minus, the value, plus; buttons of a full touch target.
+    component Stepper: Row {
+        id: stepper
+        property string text: ""
+        property string name: ""
+        property bool canDown: true
+        property bool canUp: true
+        signal down()
+        signal up()
+        spacing: 4
+        activeFocusOnTab: true
+        Keys.onLeftPressed: if (canDown) down()
+        Keys.onRightPressed: if (canUp) up()
+        Keys.onDownPressed: if (canDown) down()
+        Keys.onUpPressed: if (canUp) up()
+        StepButton { objectName: stepper.name + "Down"; label: "−"; enabled: stepper.canDown; onClicked: stepper.down() }
+        Text {
+            objectName: stepper.name + "Label"
+            width: 56
+            height: Theme.touchTarget
+            text: stepper.text
+            color: Theme.label
+            font.pixelSize: 17
+            font.weight: Font.DemiBold
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+            Rectangle {
+                anchors.fill: parent
+                anchors.margins: 4
+                radius: 8
+                color: "transparent"
+                border.color: Theme.accent
+                border.width: 1.5
+                visible: stepper.activeFocus
+            }
+        }
+        StepButton { objectName: stepper.name + "Up"; label: "+"; enabled: stepper.canUp; onClicked: stepper.up() }
+    }
+
+    component StepButton: AbstractButton {
+        id: stepButton
+        property string label: ""
+        width: Theme.touchTarget
+        height: Theme.touchTarget
+        focusPolicy: Qt.NoFocus
+        opacity: enabled ? 1 : 0.3
+        background: Rectangle {
+            radius: 10
+            color: stepButton.down ? Theme.pressed : Theme.toolbar
+        }
+        contentItem: Text {
+            text: stepButton.label
+            color: Theme.accent
+            font.pixelSize: 22
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+        }
+    }
+
+    component SettingSwitch: Switch {
+        id: toggle
+        Layout.alignment: Qt.AlignRight
+        indicator: Rectangle {
+            implicitWidth: 52
+            implicitHeight: 32
+            x: toggle.leftPadding
+            y: (toggle.height - height) / 2
+            radius: 16
+            color: toggle.checked ? Theme.accent : Theme.separator
+            border.color: toggle.visualFocus ? Theme.label : "transparent"
+            border.width: 2
+            Rectangle {
+                x: toggle.checked ? parent.width - width - 3 : 3
+                y: 3
+                width: 26; height: 26; radius: 13
+                color: "white"
+                Behavior on x { NumberAnimation { duration: 120 } }
+            }
+        }
+        implicitHeight: Theme.touchTarget
+    }
+
+    component SectionTitle: Text {
+        color: Theme.secondaryLabel
+        font.pixelSize: 13
+        font.weight: Font.DemiBold
+        font.capitalization: Font.AllUppercase
+        topPadding: 10
+    }
+
+    // A touch that ends on the dim, outside the panel, closes without saving.
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.dim
+        MouseArea {
+            anchors.fill: parent
+            onReleased: root.dialog.touchEndedOutside()
+        }
+    }
+
+    Pane {
+        id: dialogBg
+        objectName: "dialogBg"
+        anchors.centerIn: parent
+        width: Math.min(root.width - 24, 560)
+        height: Math.min(root.height - 24, body.implicitHeight + footer.height + 24)
+        padding: 0
+        palette.window: Theme.raised
+        palette.base: Theme.raised
+        palette.text: Theme.label
+        palette.windowText: Theme.label
+        palette.buttonText: Theme.label
+        palette.button: Theme.toolbar
+        palette.highlight: Theme.accent
+        palette.mid: Theme.separator
+        palette.dark: Theme.secondaryLabel
+        palette.light: Theme.raised
+        background: Rectangle { radius: Theme.radius; color: Theme.raised }
+
+        // Presses on the panel stay on the panel.
+        MouseArea { anchors.fill: parent }
+
+        Flickable {
+            id: scroller
+            objectName: "settingsScroll"
+            x: 0; y: 12
+            width: parent.width
+            height: parent.height - footer.height - 12
+            contentHeight: body.implicitHeight
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            ScrollIndicator.vertical: ScrollIndicator { }
+
+            ColumnLayout {
+                id: body
+                x: 20
+                width: scroller.width - 40
+                spacing: 6
+
+                Text {
+                    text: "Tab settings"
+                    color: Theme.label
+                    font.pixelSize: 20
+                    font.weight: Font.DemiBold
+                }
+                SectionTitle { text: "This tab" }
+
+                // The open strings, low to high; a finger on one opens its notes.
+                Item {
+                    id: stringTouchArea
+                    objectName: "stringTouchArea"
+                    Layout.fillWidth: true
+                    Layout.preferredHeight: 52
+                    Row {
+                        anchors.fill: parent
+                        Repeater {
+                            model: 8
+                            Item {
+                                width: stringTouchArea.width / 8
+                                height: stringTouchArea.height
+                                readonly property bool shown: root.dialog.labelShown[index]
+                                Rectangle {
+                                    objectName: "stringLabel" + (8 - index)
+                                    visible: parent.shown
+                                    anchors.centerIn: parent
+                                    width: Math.min(parent.width - 6, 48)
+                                    height: 44
+                                    radius: 3
+                                    activeFocusOnTab: parent.shown
+                                    color: root.dialog.noteMenuLabel === 8 - index || activeFocus
+                                           ? Theme.accentSoft : Theme.toolbar
+                                    border.width: root.dialog.labelsBordered ? 1.5 : 0
+                                    border.color: Qt.rgba(0.247, 0.471, 0.537, 0.6)
+                                    Keys.onUpPressed: root.dialog.stepStringNote(8 - index, 1)
+                                    Keys.onDownPressed: root.dialog.stepStringNote(8 - index, -1)
+                                    Text {
+                                        anchors.centerIn: parent
+                                        text: root.dialog.labelNotes[index]
+                                        color: Theme.label
+                                        font.pixelSize: 19
+                                        font.weight: Font.DemiBold
+                                    }
+                                }
+                            }
+                        }
+                    }
+                    MouseArea {
+                        anchors.fill: parent
+                        preventStealing: true
+                        onPressed: (mouse) => {
+                            const label = root.dialog.labelAt(mouse.x, width)
+                            const p = mapToItem(root, mouse.x, mouse.y)
+                            mouse.accepted = root.dialog.openNoteMenu(
+                                        label, p.x, p.y, 0, 0, root.width, root.height)
+                        }
+                        onPositionChanged: (mouse) => {
+                            const p = mapToItem(root, mouse.x, mouse.y)
+                            root.dialog.noteMenuMoved(p.x, p.y)
+                        }
+                        onReleased: (mouse) => {
+                            const p = mapToItem(root, mouse.x, mouse.y)
+                            root.dialog.noteMenuReleased(p.x, p.y)
+                        }
+                        onCanceled: root.dialog.noteMenuCancelled()
+                    }
+                }
+                Text {
+                    Layout.fillWidth: true
+                    text: "Tap a string to tune it on its own; ↑ ↓ on a focused string."
+                    color: Theme.secondaryLabel
+                    font.pixelSize: 12
+                    wrapMode: Text.Wrap
+                }
+
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Strings" }
+                    Stepper {
+                        objectName: "stringCountStepper"
+                        name: "stringCount"
+                        text: root.dialog.stringCount
+                        canDown: root.dialog.stringCount > 4
+                        canUp: root.dialog.stringCount < 8
+                        onDown: root.dialog.stringCount = root.dialog.stringCount - 1
+                        onUp: root.dialog.stringCount = root.dialog.stringCount + 1
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Tuning" }
+                    ComboBox {
+                        id: tuningPicker
+                        objectName: "tuningPicker"
+                        Layout.preferredWidth: 190
+                        implicitHeight: Theme.touchTarget
+                        model: root.dialog.tuningNames
+                        currentIndex: root.dialog.tuningIndex
+                        onActivated: (index) => root.dialog.tuningIndex = index
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Capo"; Layout.fillWidth: false; Layout.preferredWidth: 90 }
+                    Slider {
+                        id: capoSlider
+                        objectName: "capoSlider"
+                        Layout.fillWidth: true
+                        from: 0
+                        to: Math.max(1, root.dialog.maxCapoFret)
+                        stepSize: 1
+                        snapMode: Slider.SnapAlways
+                        value: root.dialog.capoFret
+                        onMoved: root.dialog.setCapoSlider(value)
+                    }
+                    Text {
+                        objectName: "capoNumLabel"
+                        Layout.preferredWidth: 40
+                        horizontalAlignment: Text.AlignRight
+                        text: root.dialog.capoFret === 0 ? "None" : root.dialog.capoFret
+                        color: Theme.label
+                        font.pixelSize: 16
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Lyric size" }
+                    Stepper {
+                        objectName: "lyricSizeStepper"
+                        name: "lyricSize"
+                        text: root.dialog.lyricSizeText
+                        canDown: root.dialog.lyricSize > 25
+                        canUp: root.dialog.lyricSize < 120
+                        onDown: root.dialog.lyricSize = root.dialog.lyricSize - 5
+                        onUp: root.dialog.lyricSize = root.dialog.lyricSize + 5
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Tempo"; Layout.fillWidth: false; Layout.preferredWidth: 90 }
+                    Slider {
+                        objectName: "tempoSlider"
+                        Layout.fillWidth: true
+                        from: 0
+                        to: 1
+                        stepSize: 1 / 270
+                        value: root.dialog.tempoSliderValue
+                        onMoved: root.dialog.tempoSliderChanged(value)
+                    }
+                    Text {
+                        objectName: "tempoValueLabel"
+                        Layout.preferredWidth: 40
+                        horizontalAlignment: Text.AlignRight
+                        text: root.dialog.tempoValue
+                        color: Theme.label
+                        font.pixelSize: 16
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Text {
+                        objectName: "introPreview"
+                        Layout.fillWidth: true
+                        text: root.dialog.introPreview.length ? root.dialog.introPreview : "No intro"
+                        color: root.dialog.introPreview.length ? Theme.label : Theme.secondaryLabel
+                        font.pixelSize: 14
+                        font.italic: !root.dialog.introPreview.length
+                        maximumLineCount: 2
+                        elide: Text.ElideRight
+                        wrapMode: Text.Wrap
+                    }
+                    Button {
+                        objectName: "introButt"
+                        text: root.dialog.introButtTitle
+                        implicitHeight: Theme.touchTarget
+                        onClicked: introEditor.open()
+                    }
+                }
+
+                SectionTitle { text: "Editing, for every tab" }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Sound on touch" }
+                    SettingSwitch {
+                        objectName: "playSoundsSwitch"
+                        checked: root.dialog.playSounds
+                        onToggled: root.dialog.playSounds = checked
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Cursor moves after a note" }
+                    Stepper {
+                        objectName: "autoCursorStepper"
+                        name: "autoCursor"
+                        text: root.dialog.autoCursor
+                        canDown: root.dialog.autoCursor > 0
+                        canUp: root.dialog.autoCursor < 3
+                        onDown: root.dialog.autoCursor = root.dialog.autoCursor - 1
+                        onUp: root.dialog.autoCursor = root.dialog.autoCursor + 1
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Caption { text: "Note names on the tab" }
+                    SettingSwitch {
+                        objectName: "notesOnTabSwitch"
+                        checked: root.dialog.notesOnTab
+                        onToggled: root.dialog.notesOnTab = checked
+                    }
+                }
+                Button {
+                    objectName: "viewAllGeneralButt"
+                    Layout.fillWidth: true
+                    flat: true
+                    text: root.dialog.viewAllGeneralTitle
+                    implicitHeight: Theme.touchTarget
+                    onClicked: root.dialog.viewAllGeneralPress()
+                    contentItem: Text {
+                        text: parent.text
+                        color: Theme.accent
+                        font.pixelSize: 15
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                    }
+                }
+                ColumnLayout {
+                    id: moreGeneralView
+                    objectName: "moreGeneralView"
+                    visible: root.dialog.generalExpanded
+                    Layout.fillWidth: true
+                    spacing: 6
+                    RowLayout {
+                        Layout.fillWidth: true
+                        Caption { text: "Frets on the fretboard" }
+                        Stepper {
+                            objectName: "fretCountStepper"
+                            name: "fretCount"
+                            text: root.dialog.fretCount
+                            canDown: root.dialog.fretCount > 21
+                            canUp: root.dialog.fretCount < 80
+                            onDown: root.dialog.fretCount = root.dialog.fretCount - 1
+                            onUp: root.dialog.fretCount = root.dialog.fretCount + 1
+                        }
+                    }
+                    RowLayout {
+                        Layout.fillWidth: true
+                        Caption { text: "Strings of a new tab" }
+                        Stepper {
+                            objectName: "defaultStringCountStepper"
+                            name: "defaultStringCount"
+                            text: root.dialog.defaultStringCount
+                            canDown: root.dialog.defaultStringCount > 4
+                            canUp: root.dialog.defaultStringCount < 8
+                            onDown: root.dialog.defaultStringCount = root.dialog.defaultStringCount - 1
+                            onUp: root.dialog.defaultStringCount = root.dialog.defaultStringCount + 1
+                        }
+                    }
+                    RowLayout {
+                        Layout.fillWidth: true
+                        Caption { text: "Flash the cursor arrows" }
+                        SettingSwitch {
+                            objectName: "flashNavArrowsSwitch"
+                            checked: root.dialog.flashNavArrows
+                            onToggled: root.dialog.flashNavArrows = checked
+                        }
+                    }
+                    RowLayout {
+                        Layout.fillWidth: true
+                        Caption { text: "Chord names over the rows" }
+                        SettingSwitch {
+                            objectName: "colHeadersSwitch"
+                            checked: root.dialog.colHeaders
+                            onToggled: root.dialog.colHeaders = checked
+                        }
+                    }
+                    RowLayout {
+                        Layout.fillWidth: true
+                        ColumnLayout {
+                            spacing: 0
+                            Layout.fillWidth: true
+                            Caption { text: "Free scroll" }
+                            Text {
+                                Layout.fillWidth: true
+                                text: "Takes effect when a tab is next opened"
+                                color: Theme.secondaryLabel
+                                font.pixelSize: 12
+                                wrapMode: Text.Wrap
+                            }
+                        }
+                        SettingSwitch {
+                            objectName: "freeScrollSwitch"
+                            checked: root.dialog.freeScroll
+                            onToggled: root.dialog.freeScroll = checked
+                        }
+                    }
+                }
+                Item { Layout.preferredHeight: 8 }
+            }
+        }
+
+        // Save and cancel stay in reach however far the settings scroll.
+        Rectangle {
+            id: footer
+            y: parent.height - height
+            width: parent.width
+            height: 72
+            radius: Theme.radius
+            color: Theme.raised
+            Rectangle { width: parent.width; height: 1; color: Theme.separator }
+            RowLayout {
+                anchors.fill: parent
+                anchors.margins: 12
+                spacing: 12
+                DialogButton {
+                    objectName: "cancelSettingsButt"
+                    Layout.fillWidth: true
+                    text: "Cancel"
+                    onClicked: root.dialog.cancel()
+                }
+                DialogButton {
+                    objectName: "saveChangesButt"
+                    Layout.fillWidth: true
+                    text: "Save"
+                    emphasized: true
+                    onClicked: root.dialog.saveChangesButt()
+                }
+            }
+        }
+
+        // The question before notes are lost to fewer strings.
+        Rectangle {
+            id: warningView
+            objectName: "warningView"
+            visible: root.dialog.warningShown
+            anchors.fill: parent
+            radius: Theme.radius
+            color: Theme.raised
+            MouseArea { anchors.fill: parent }
+            ColumnLayout {
+                anchors.centerIn: parent
+                width: parent.width - 48
+                spacing: 16
+                Text {
+                    Layout.fillWidth: true
+                    text: "Change the number of strings?"
+                    color: Theme.label
+                    font.pixelSize: 19
+                    font.weight: Font.DemiBold
+                    wrapMode: Text.Wrap
+                }
+                Text {
+                    Layout.fillWidth: true
+                    text: "Every column of this tab changes with it: fewer strings remove the "
+                          + "notes of the highest strings, more strings add blank ones at the "
+                          + "bottom. Undo brings the tab back as it was."
+                    color: Theme.label
+                    font.pixelSize: 15
+                    wrapMode: Text.Wrap
+                    lineHeight: 1.15
+                }
+                DialogButton {
+                    objectName: "continueAfterWarning"
+                    Layout.fillWidth: true
+                    text: "Continue"
+                    emphasized: true
+                    destructive: true
+                    onClicked: root.dialog.continueAfterWarning()
+                }
+                DialogButton {
+                    objectName: "cancelAfterWarning"
+                    Layout.fillWidth: true
+                    text: "Cancel"
+                    onClicked: root.dialog.cancelAfterWarning()
+                }
+            }
+        }
+    }
+
+    // The intro, edited in a dialog of its own over the settings.
+    Rectangle {
+        id: introEditor
+        objectName: "introEditor"
+        visible: false
+        anchors.fill: parent
+        color: Theme.dim
+        function open() {
+            introText.text = root.dialog.introPreview
+            visible = true
+            introText.forceActiveFocus()
+        }
+        function done() {
+            root.dialog.introEdited(introText.text)
+            visible = false
+            root.forceActiveFocus()
+        }
+        MouseArea { anchors.fill: parent; onClicked: { introEditor.visible = false; root.forceActiveFocus() } }
+        Rectangle {
+            anchors.centerIn: parent
+            width: Math.min(parent.width - 24, 520)
+            height: Math.min(parent.height - 24, 360)
+            radius: Theme.radius
+            color: Theme.raised
+            MouseArea { anchors.fill: parent }
+            ColumnLayout {
+                anchors.fill: parent
+                anchors.margins: 16
+                spacing: 12
+                Text {
+                    text: "Tab intro"
+                    color: Theme.label
+                    font.pixelSize: 19
+                    font.weight: Font.DemiBold
+                }
+                ScrollView {
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    TextArea {
+                        id: introText
+                        objectName: "introTextView"
+                        wrapMode: TextEdit.Wrap
+                        color: Theme.label
+                        placeholderText: "A few lines shown before the tab"
+                        placeholderTextColor: Theme.secondaryLabel
+                        font.pixelSize: 16
+                        Keys.onEscapePressed: { introEditor.visible = false; root.forceActiveFocus() }
+                        background: Rectangle { radius: 8; color: Theme.toolbar }
+                    }
+                }
+                DialogButton {
+                    objectName: "introDoneButt"
+                    Layout.fillWidth: true
+                    text: "Done"
+                    emphasized: true
+                    onClicked: introEditor.done()
+                }
+            }
+        }
+    }
+
+    // The ring of notes for one string; once lifted without a choice it waits for a tap.
+    Item {
+        id: noteRing
+        objectName: "noteRing"
+        anchors.fill: parent
+        visible: root.dialog.noteMenuLabel !== 0
+        MouseArea {
+            anchors.fill: parent
+            onPressed: (mouse) => root.dialog.noteMenuMoved(mouse.x, mouse.y)
+            onPositionChanged: (mouse) => root.dialog.noteMenuMoved(mouse.x, mouse.y)
+            onReleased: (mouse) => root.dialog.noteMenuReleased(mouse.x, mouse.y)
+            onCanceled: root.dialog.noteMenuCancelled()
+        }
+        Repeater {
+            model: root.dialog.noteMenuEntries
+            Rectangle {
+                objectName: "noteEntry" + modelData.text
+                x: modelData.x - width / 2
+                y: modelData.y - height / 2
+                width: 40; height: 40; radius: 20
+                color: index === root.dialog.noteMenuSelected ? Theme.accent : Theme.raised
+                border.color: Theme.separator
+                border.width: 1
+                Text {
+                    anchors.centerIn: parent
+                    text: modelData.text
+                    font.pixelSize: 19
+                    color: index === root.dialog.noteMenuSelected ? "white" : Theme.label
+                }
+            }
+        }
+    }
+}
