@@ -365,6 +365,7 @@ EditorScreenItem {
         active: screen.c !== null && screen.c.settingsDialog !== null
         sourceComponent: TabSettingsDialog { dialog: screen.c.settingsDialog }
         onLoaded: item.forceActiveFocus()
+        onActiveChanged: if (!active) screen.forceActiveFocus()
     }
 
     // The keyboard shortcuts, over everything; any tap or key closes it.

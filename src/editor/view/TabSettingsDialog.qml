@@ -364,7 +364,18 @@ FocusScope {
                 SectionTitle { text: "Editing, for every tab" }
                 RowLayout {
                     Layout.fillWidth: true
-                    Caption { text: "Sound on touch" }
+                    ColumnLayout {
+                        spacing: 0
+                        Layout.fillWidth: true
+                        Caption { text: "Sound on touch" }
+                        Text {
+                            Layout.fillWidth: true
+                            text: "Play each note as it goes in"
+                            color: Theme.secondaryLabel
+                            font.pixelSize: 12
+                            wrapMode: Text.Wrap
+                        }
+                    }
                     SettingSwitch {
                         objectName: "playSoundsSwitch"
                         checked: root.dialog.playSounds
@@ -373,7 +384,18 @@ FocusScope {
                 }
                 RowLayout {
                     Layout.fillWidth: true
-                    Caption { text: "Cursor moves after a note" }
+                    ColumnLayout {
+                        spacing: 0
+                        Layout.fillWidth: true
+                        Caption { text: "Auto cursor" }
+                        Text {
+                            Layout.fillWidth: true
+                            text: "Columns the cursor moves on after each note"
+                            color: Theme.secondaryLabel
+                            font.pixelSize: 12
+                            wrapMode: Text.Wrap
+                        }
+                    }
                     Stepper {
                         objectName: "autoCursorStepper"
                         name: "autoCursor"
@@ -416,7 +438,7 @@ FocusScope {
                     spacing: 6
                     RowLayout {
                         Layout.fillWidth: true
-                        Caption { text: "Frets on the fretboard" }
+                        Caption { text: "Fret count" }
                         Stepper {
                             objectName: "fretCountStepper"
                             name: "fretCount"
@@ -429,7 +451,7 @@ FocusScope {
                     }
                     RowLayout {
                         Layout.fillWidth: true
-                        Caption { text: "Strings of a new tab" }
+                        Caption { text: "New tab strings" }
                         Stepper {
                             objectName: "defaultStringCountStepper"
                             name: "defaultStringCount"
@@ -442,7 +464,7 @@ FocusScope {
                     }
                     RowLayout {
                         Layout.fillWidth: true
-                        Caption { text: "Flash the cursor arrows" }
+                        Caption { text: "Flash cursor arrows" }
                         SettingSwitch {
                             objectName: "flashNavArrowsSwitch"
                             checked: root.dialog.flashNavArrows
@@ -451,7 +473,7 @@ FocusScope {
                     }
                     RowLayout {
                         Layout.fillWidth: true
-                        Caption { text: "Chord names over the rows" }
+                        Caption { text: "Chord name headers" }
                         SettingSwitch {
                             objectName: "colHeadersSwitch"
                             checked: root.dialog.colHeaders
@@ -634,6 +656,17 @@ FocusScope {
             onPositionChanged: (mouse) => root.dialog.noteMenuMoved(mouse.x, mouse.y)
             onReleased: (mouse) => root.dialog.noteMenuReleased(mouse.x, mouse.y)
             onCanceled: root.dialog.noteMenuCancelled()
+        }
+        // A disc under the ring, so the notes stand clear of the controls below.
+        Rectangle {
+            readonly property var entries: root.dialog.noteMenuEntries
+            readonly property real cx: entries.length ? (entries[0].x + entries[Math.floor(entries.length / 2)].x) / 2 : 0
+            readonly property real cy: entries.length ? (entries[0].y + entries[Math.floor(entries.length / 2)].y) / 2 : 0
+            readonly property real r: entries.length ? Math.hypot(entries[0].x - cx, entries[0].y - cy) + 30 : 0
+            x: cx - r; y: cy - r
+            width: 2 * r; height: 2 * r; radius: r
+            color: Qt.alpha(Theme.toolbar, 0.94)
+            border.color: Theme.separator
         }
         Repeater {
             model: root.dialog.noteMenuEntries
