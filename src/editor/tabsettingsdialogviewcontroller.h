@@ -56,6 +56,7 @@ class TabSettingsDialogViewController : public QObject, public ForceContextMenuR
     Q_PROPERTY(QString viewAllGeneralTitle READ viewAllGeneralTitle NOTIFY changed)
     Q_PROPERTY(bool warningShown READ warningShown NOTIFY changed)
     Q_PROPERTY(bool ignoreTouchUps READ ignoreTouchUpsSet NOTIFY changed)
+    Q_PROPERTY(QString tweaksHelpUrl READ tweaksHelpUrl CONSTANT)
     Q_PROPERTY(int noteMenuLabel READ noteMenuLabel NOTIFY noteMenuChanged)
     Q_PROPERTY(QVariantList noteMenuEntries READ noteMenuEntries NOTIFY noteMenuChanged)
     Q_PROPERTY(int noteMenuSelected READ noteMenuSelected NOTIFY noteMenuChanged)
@@ -72,6 +73,8 @@ public:
     static constexpr double minTempo = 30.0;
     static constexpr double maxTempo = 300.0;
     static constexpr double noteMenuFontSize = 19.0;
+    // The guide's page on the editing preferences.
+    static QString tweaksHelpUrl() { return u"https://lutegrid.app/lutegrid/guide/#tabTweaksSection"_qs; }
 
     // `tabData` is read, never written; `maxCapo` is the highest fret the user can reach.
     TabSettingsDialogViewController(const TabData &tabData, SavedData &saved,

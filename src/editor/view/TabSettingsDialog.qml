@@ -361,7 +361,32 @@ FocusScope {
                     }
                 }
 
-                SectionTitle { text: "Editing, for every tab" }
+                RowLayout {
+                    Layout.fillWidth: true
+                    SectionTitle { text: "Editing, for every tab"; Layout.fillWidth: true }
+                    // The guide's page on these tweaks, in the browser.
+                    AbstractButton {
+                        id: tweaksHelp
+                        objectName: "tweaksHelpButt"
+                        implicitWidth: Theme.touchTarget
+                        implicitHeight: 36
+                        onClicked: Qt.openUrlExternally(root.dialog.tweaksHelpUrl)
+                        contentItem: Text {
+                            text: "?"
+                            color: Theme.accent
+                            font.pixelSize: 17
+                            font.weight: Font.DemiBold
+                            horizontalAlignment: Text.AlignHCenter
+                            verticalAlignment: Text.AlignVCenter
+                        }
+                        background: Rectangle {
+                            anchors.centerIn: parent
+                            width: 28; height: 28; radius: 14
+                            color: tweaksHelp.down ? Theme.pressed : "transparent"
+                            border.color: Theme.accent
+                        }
+                    }
+                }
                 RowLayout {
                     Layout.fillWidth: true
                     ColumnLayout {
