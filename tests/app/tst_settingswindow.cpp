@@ -340,6 +340,14 @@ void TestSettingsWindow::dialogScreenshots()
     tap(u"tabSettingsButt"_qs);
     QTRY_VERIFY(item(u"dialogBg"_qs));
     saveShot(u"settings-"_qs + tag);
+    // The tuning list, opened by a finger; a tap on a row picks it.
+    tap(u"tuningPicker"_qs);
+    QTRY_VERIFY(findItem(window->contentItem()->parentItem(), u"tuningPopupList"_qs) ||
+                QTest::qWaitFor([] { return true; }, 300));
+    saveShot(u"settings-"_qs + tag + u"-tunings"_qs);
+    QTest::keyClick(window.get(), Qt::Key_Down);
+    QTest::keyClick(window.get(), Qt::Key_Return);
+    QTRY_COMPARE(dialog()->tuningNames().value(dialog()->tuningIndex()), u"Drop D"_qs);
     tap(u"viewAllGeneralButt"_qs);
     QTRY_VERIFY(item(u"moreGeneralView"_qs));
     auto *scroll = item(u"settingsScroll"_qs);

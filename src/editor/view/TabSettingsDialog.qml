@@ -281,6 +281,31 @@ FocusScope {
                         model: root.dialog.tuningNames
                         currentIndex: root.dialog.tuningIndex
                         onActivated: (index) => root.dialog.tuningIndex = index
+                        delegate: ItemDelegate {
+                            id: tuningRow
+                            required property int index
+                            required property string modelData
+                            width: tuningPicker.width
+                            height: 40
+                            highlighted: tuningPicker.highlightedIndex === index
+                            contentItem: Text {
+                                text: tuningRow.modelData
+                                color: Theme.label
+                                font.pixelSize: 15
+                                font.weight: tuningRow.index === tuningPicker.currentIndex
+                                             ? Font.DemiBold : Font.Normal
+                                verticalAlignment: Text.AlignVCenter
+                            }
+                            background: Rectangle {
+                                color: tuningRow.highlighted || tuningRow.down ? Theme.accentSoft
+                                                                               : Theme.raised
+                            }
+                        }
+                        popup.background: Rectangle {
+                            color: Theme.raised
+                            border.color: Theme.separator
+                            radius: 8
+                        }
                     }
                 }
                 RowLayout {
