@@ -43,87 +43,8 @@ FocusScope {
         elide: Text.ElideRight
     }
 
-    // A stepper: minus, the value, plus; buttons of a full touch target.
-    component Stepper: Row {
-        id: stepper
-        property string text: ""
-        property string name: ""
-        property bool canDown: true
-        property bool canUp: true
-        signal down()
-        signal up()
-        spacing: 4
-        activeFocusOnTab: true
-        Keys.onLeftPressed: if (canDown) down()
-        Keys.onRightPressed: if (canUp) up()
-        Keys.onDownPressed: if (canDown) down()
-        Keys.onUpPressed: if (canUp) up()
-        StepButton { objectName: stepper.name + "Down"; label: "−"; enabled: stepper.canDown; onClicked: stepper.down() }
-        Text {
-            objectName: stepper.name + "Label"
-            width: 56
-            height: Theme.touchTarget
-            text: stepper.text
-            color: Theme.label
-            font.pixelSize: 17
-            font.weight: Font.DemiBold
-            horizontalAlignment: Text.AlignHCenter
-            verticalAlignment: Text.AlignVCenter
-            Rectangle {
-                anchors.fill: parent
-                anchors.margins: 4
-                radius: 8
-                color: "transparent"
-                border.color: Theme.accent
-                border.width: 1.5
-                visible: stepper.activeFocus
-            }
-        }
-        StepButton { objectName: stepper.name + "Up"; label: "+"; enabled: stepper.canUp; onClicked: stepper.up() }
-    }
-
-    component StepButton: AbstractButton {
-        id: stepButton
-        property string label: ""
-        width: Theme.touchTarget
-        height: Theme.touchTarget
-        focusPolicy: Qt.NoFocus
-        opacity: enabled ? 1 : 0.3
-        background: Rectangle {
-            radius: 10
-            color: stepButton.down ? Theme.pressed : Theme.toolbar
-        }
-        contentItem: Text {
-            text: stepButton.label
-            color: Theme.accent
-            font.pixelSize: 22
-            horizontalAlignment: Text.AlignHCenter
-            verticalAlignment: Text.AlignVCenter
-        }
-    }
-
-    component SettingSwitch: Switch {
-        id: toggle
-        Layout.alignment: Qt.AlignRight
-        indicator: Rectangle {
-            implicitWidth: 52
-            implicitHeight: 32
-            x: toggle.leftPadding
-            y: (toggle.height - height) / 2
-            radius: 16
-            color: toggle.checked ? Theme.accent : Theme.separator
-            border.color: toggle.visualFocus ? Theme.label : "transparent"
-            border.width: 2
-            Rectangle {
-                x: toggle.checked ? parent.width - width - 3 : 3
-                y: 3
-                width: 26; height: 26; radius: 13
-                color: "white"
-                Behavior on x { NumberAnimation { duration: 120 } }
-            }
-        }
-        implicitHeight: Theme.touchTarget
-    }
+    component Stepper: SettingsStepper { }
+    component SettingSwitch: SettingsSwitch { }
 
     component SectionTitle: Text {
         color: Theme.secondaryLabel
@@ -633,108 +554,17 @@ FocusScope {
         }
     }
 
-    // The intro, edited in a dialog of its own over the settings.
-    Rectangle {
+    EditIntroDialog {
         id: introEditor
         objectName: "introEditor"
-        visible: false
+        dialog: root.dialog
         anchors.fill: parent
-        color: Theme.dim
-        function open() {
-            introText.text = root.dialog.introPreview
-            visible = true
-            introText.forceActiveFocus()
-        }
-        function done() {
-            root.dialog.introEdited(introText.text)
-            visible = false
-            root.forceActiveFocus()
-        }
-        MouseArea { anchors.fill: parent; onClicked: { introEditor.visible = false; root.forceActiveFocus() } }
-        Rectangle {
-            anchors.centerIn: parent
-            width: Math.min(parent.width - 24, 520)
-            height: Math.min(parent.height - 24, 360)
-            radius: Theme.radius
-            color: Theme.raised
-            MouseArea { anchors.fill: parent }
-            ColumnLayout {
-                anchors.fill: parent
-                anchors.margins: 16
-                spacing: 12
-                Text {
-                    text: "Tab intro"
-                    color: Theme.label
-                    font.pixelSize: 19
-                    font.weight: Font.DemiBold
-                }
-                ScrollView {
-                    Layout.fillWidth: true
-                    Layout.fillHeight: true
-                    TextArea {
-                        id: introText
-                        objectName: "introTextView"
-                        wrapMode: TextEdit.Wrap
-                        color: Theme.label
-                        placeholderText: "A few lines shown before the tab"
-                        placeholderTextColor: Theme.secondaryLabel
-                        font.pixelSize: 16
-                        Keys.onEscapePressed: { introEditor.visible = false; root.forceActiveFocus() }
-                        background: Rectangle { radius: 8; color: Theme.toolbar }
-                    }
-                }
-                DialogButton {
-                    objectName: "introDoneButt"
-                    Layout.fillWidth: true
-                    text: "Done"
-                    emphasized: true
-                    onClicked: introEditor.done()
-                }
-            }
-        }
+        onClosed: root.forceActiveFocus()
     }
 
-    // The ring of notes for one string; once lifted without a choice it waits for a tap.
-    Item {
-        id: noteRing
+    StringNoteRing {
         objectName: "noteRing"
+        dialog: root.dialog
         anchors.fill: parent
-        visible: root.dialog.noteMenuLabel !== 0
-        MouseArea {
-            anchors.fill: parent
-            onPressed: (mouse) => root.dialog.noteMenuMoved(mouse.x, mouse.y)
-            onPositionChanged: (mouse) => root.dialog.noteMenuMoved(mouse.x, mouse.y)
-            onReleased: (mouse) => root.dialog.noteMenuReleased(mouse.x, mouse.y)
-            onCanceled: root.dialog.noteMenuCancelled()
-        }
-        // A disc under the ring, so the notes stand clear of the controls below.
-        Rectangle {
-            readonly property var entries: root.dialog.noteMenuEntries
-            readonly property real cx: entries.length ? (entries[0].x + entries[Math.floor(entries.length / 2)].x) / 2 : 0
-            readonly property real cy: entries.length ? (entries[0].y + entries[Math.floor(entries.length / 2)].y) / 2 : 0
-            readonly property real r: entries.length ? Math.hypot(entries[0].x - cx, entries[0].y - cy) + 30 : 0
-            x: cx - r; y: cy - r
-            width: 2 * r; height: 2 * r; radius: r
-            color: Qt.alpha(Theme.toolbar, 0.94)
-            border.color: Theme.separator
-        }
-        Repeater {
-            model: root.dialog.noteMenuEntries
-            Rectangle {
-                objectName: "noteEntry" + modelData.text
-                x: modelData.x - width / 2
-                y: modelData.y - height / 2
-                width: 40; height: 40; radius: 20
-                color: index === root.dialog.noteMenuSelected ? Theme.accent : Theme.raised
-                border.color: Theme.separator
-                border.width: 1
-                Text {
-                    anchors.centerIn: parent
-                    text: modelData.text
-                    font.pixelSize: 19
-                    color: index === root.dialog.noteMenuSelected ? "white" : Theme.label
-                }
-            }
-        }
     }
 }
