@@ -63,6 +63,7 @@ void TabEditViewController::applyTabSettings(const QStringList &tuning, qint64 c
         surface->refreshShowingRows(true);
     }
     refreshFretHighlights();
+    Q_EMIT surface->layoutChanged();
     Q_EMIT layoutChanged();
 }
 
@@ -73,9 +74,13 @@ void TabEditViewController::tabValuesChanged(bool stringCountChanged)
         this->stringCountChanged();
     } else {
         surface->stringNotes = tabData().stringNotes;
+        for (VisibeTabRowView &row : surface->showingTabRows)
+            row.lyricsField.fontSize = 24.0 * surface->lyricsSizePercentage / 100.0;
         surface->refreshShowingRows(true);
     }
     refreshFretHighlights();
+    // The screen's rows, letters and lyric fields read the new values.
+    Q_EMIT surface->layoutChanged();
     Q_EMIT layoutChanged();
 }
 

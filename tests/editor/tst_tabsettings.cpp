@@ -282,6 +282,7 @@ private Q_SLOTS:
         QCOMPARE(tab.introText, u"Slowly\n\nwith feeling"_qs);
         QCOMPARE(tab.tempo, 165);
         QCOMPARE(s.view->lyricsSizePercentage, 120);
+        QCOMPARE(s.view->showingTabRows.first().lyricsField.fontSize, 24.0 * 1.2);
         QCOMPARE(undoCount(s.undo), 1);
         QVERIFY(s.document->hasUnsavedChanges());
         s.editor->undoEdit();
