@@ -68,6 +68,7 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(double tabEditViewWidth MEMBER tabEditViewWidth NOTIFY layoutChanged)
     Q_PROPERTY(int visibleRows MEMBER visibleRows NOTIFY layoutChanged)
     Q_PROPERTY(bool freeScroll READ freeScroll NOTIFY layoutChanged)
+    Q_PROPERTY(double tabLeftInset READ tabLeftInset NOTIFY layoutChanged)
     Q_PROPERTY(bool fadeOutBottomCoverHidden MEMBER fadeOutBottomCoverHidden NOTIFY layoutChanged)
     Q_PROPERTY(int nextRowPreviewRow MEMBER nextRowPreviewRow NOTIFY layoutChanged)
     Q_PROPERTY(QStringList stringNotes READ stringNotes NOTIFY layoutChanged)
@@ -150,6 +151,8 @@ public:
     double toolbarHeight() const { return toolbarHeightValue; }
     double tabLettersWidth() const { return tabLettersWidthValue; }
     bool freeScroll() const { return surface->freeVerticalScroll; }
+    // Free scroll centres the rows: the letters stand at their left edge.
+    double tabLeftInset() const { return surface->tabLeftInset(); }
     QStringList stringNotes() const { return surface->stringNotes; }
     int capoFret() const { return int(tabData().capoFret); }
     QVariantList openStringMarks() const;

@@ -361,20 +361,31 @@ void TestSettingsWindow::wideEditor_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<int>("rows");
-    QTest::newRow("1280x800") << QSize(1280, 800) << 1;
-    QTest::newRow("1920x1080") << QSize(1920, 1080) << 2;
+    QTest::addColumn<bool>("freeScroll");
+    QTest::newRow("1280x800") << QSize(1280, 800) << 1 << false;
+    QTest::newRow("1920x1080") << QSize(1920, 1080) << 2 << false;
+    // Free scroll, a tablet's choice, lays every row out and scrolls them.
+    QTest::newRow("1920x1080-free") << QSize(1920, 1080) << 4 << true;
 }
 
 void TestSettingsWindow::wideEditor()
 {
     QFETCH(QSize, size);
     QFETCH(int, rows);
+    QFETCH(bool, freeScroll);
+    SavedData::shared().freeScrollSetting = freeScroll;
     QVERIFY(openFile(u"Wide"_qs, melody(u"Wide"_qs, 4), size));
     // The rows take the width beside the letters and the indicator.
     QCOMPARE(c->tabEditViewWidth, size.width() - 28.0 - 14.0);
     auto *surface = item(u"surface"_qs);
     QCOMPARE(surface->width(), c->tabEditViewWidth);
     QCOMPARE(c->visibleRows, rows);
+    QCOMPARE(c->freeScroll(), freeScroll);
+    // The string letters stand at the rows' left edge, one set per laid-out row.
+    QQuickItem *letters = item(u"tabLetters"_qs);
+    QCOMPARE(letters->x(), freeScroll ? c->tabLeftInset() : 0.0);
+    if (freeScroll)
+        QVERIFY(letters->height() > surface->height());
     // The fretboard keeps its own height however tall the window.
     QCOMPARE(c->fretboardHeight, 330.0);
     saveShot(u"editor-"_qs + QString::fromLatin1(QTest::currentDataTag()));

@@ -55,9 +55,11 @@ EditorScreenItem {
 
             LetterStringSpacedView {
                 objectName: "tabLetters"
-                x: 0
+                readonly property bool free: screen.c !== null && screen.c.freeScroll
+                x: free ? Math.max(0, screen.c.tabLeftInset - area.contentX) : 0
                 width: screen.c ? screen.c.tabLettersWidth : 28
-                height: area.height
+                // Free scroll lays every row out: the strip is as tall as their content.
+                height: free ? area.contentHeight : area.height
                 y: -area.contentY
                 letters: area.stringNotes
                 numItemGroups: area.shownRowCount
