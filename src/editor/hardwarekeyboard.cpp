@@ -39,7 +39,7 @@ HardwareKeyboard::HardwareKeyboard(TabEditViewController &editor, QObject *paren
 bool HardwareKeyboard::blocked() const
 {
     const DialogPresenter *dialogs = editor.dialogPresenter();
-    return textBeingTyped || (dialogs && dialogs->isPresenting());
+    return textBeingTyped || (dialogs && dialogs->isPresenting()) || editor.settingsDialog();
 }
 
 bool HardwareKeyboard::pressBegan(const KeyPress &press)
@@ -179,6 +179,10 @@ bool HardwareKeyboard::shortcut(const KeyPress &press)
         Q_EMIT newTabRequested();
         return true;
     }
+    if (ctrl && press.key == Qt::Key_Comma) {
+        editor.openSettingsMenu();
+        return true;
+    }
     if (press.key == Qt::Key_F11) {
         Q_EMIT fullScreenRequested();
         return true;
@@ -217,6 +221,8 @@ QStringList HardwareKeyboard::shortcutList()
         u"Back to the list; Esc leaves magic edit first"_qs,
         u"Drag the selection with Ctrl or Alt"_qs,
         u"Drop a copy instead of moving it"_qs,
+        u"Ctrl+,"_qs,
+        u"Tab settings"_qs,
         u"F11"_qs,
         u"Full screen"_qs,
         u"?, F1"_qs,

@@ -81,6 +81,8 @@ void TabEditViewController::loadIntoSurface()
     if (lgDocument && lgDocument->tabData) {
         lgDocument->undoManager()->levelsOfUndo = 50;
         surface->setTabEdits(lgDocument->edits());
+        connect(lgDocument->edits(), &TabEdits::tabValuesChanged, this,
+                &TabEditViewController::tabValuesChanged, Qt::UniqueConnection);
     }
     connect(surface->docUndoManager(), &LgUndoManager::changed, this,
             &TabEditViewController::undoStateChanged, Qt::UniqueConnection);
@@ -156,6 +158,7 @@ void TabEditViewController::applyViewSize(double w, double h)
         // Too short for the fretboard: the rows alone.
         if (dialogs && dialogs->isPresenting())
             dialogs->dismissDialog();
+        closeSettingsMenu();
         shortLayout = true;
         fretboardHeight = 0.0;
         compactToolbar = false;

@@ -8,6 +8,7 @@
 #include "editor/magicedit.h"
 #include "editor/tabrowpan.h"
 #include "editor/tabscrollindicator.h"
+#include "editor/tabsettingsdialogviewcontroller.h"
 #include "library/conflictresolver.h"
 #include "library/lutegriddocument.h"
 #include "model/tabdata.h"
@@ -47,7 +48,8 @@ class TabEditViewController : public QObject,
                               public TabRowChangeListener,
                               public FretResponder,
                               public StringTouchResponder,
-                              public DocumentChangeListener {
+                              public DocumentChangeListener,
+                              public TabSettingsListener {
     Q_OBJECT
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool undoEnabled MEMBER undoEnabled NOTIFY toolsChanged)
@@ -71,6 +73,7 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(double tabEditViewWidth MEMBER tabEditViewWidth NOTIFY layoutChanged)
     Q_PROPERTY(int visibleRows MEMBER visibleRows NOTIFY layoutChanged)
     Q_PROPERTY(bool freeScroll READ freeScroll NOTIFY layoutChanged)
+    Q_PROPERTY(double tabLeftInset READ tabLeftInset NOTIFY layoutChanged)
     Q_PROPERTY(bool fadeOutBottomCoverHidden MEMBER fadeOutBottomCoverHidden NOTIFY layoutChanged)
     Q_PROPERTY(int nextRowPreviewRow MEMBER nextRowPreviewRow NOTIFY layoutChanged)
     Q_PROPERTY(QStringList stringNotes READ stringNotes NOTIFY layoutChanged)
@@ -85,6 +88,7 @@ class TabEditViewController : public QObject,
     Q_PROPERTY(QObject *customChordDialog READ customChordDialogObject CONSTANT)
     Q_PROPERTY(QObject *chordNameDialog READ chordNameDialogObject CONSTANT)
     Q_PROPERTY(QObject *lyricDropdown READ lyricDropdownObject CONSTANT)
+    Q_PROPERTY(QObject *settingsDialog READ settingsDialogObject NOTIFY settingsDialogChanged)
 
 public:
     // The surface and the fretboard are the screen's; without them the controller makes its own,
@@ -175,6 +179,8 @@ public:
     double toolbarHeight() const { return toolbarHeightValue; }
     double tabLettersWidth() const { return tabLettersWidthValue; }
     bool freeScroll() const { return surface->freeVerticalScroll; }
+    // Free scroll centres the rows: the letters stand at their left edge.
+    double tabLeftInset() const { return surface->tabLeftInset(); }
     QStringList stringNotes() const { return surface->stringNotes; }
     int capoFret() const { return int(tabData().capoFret); }
     QVariantList openStringMarks() const;
@@ -217,6 +223,18 @@ public:
     Q_INVOKABLE void fretLetterReleased() { stringReleased(); }
     Q_INVOKABLE void fretLetterCancelled() { stringCancelled(Strip::FretLetters); }
 
+    // The tab settings dialog (tabeditsettings.cpp): at most one, over the screen.
+    Q_INVOKABLE void openSettingsMenu();
+    Q_INVOKABLE void closeSettingsMenu();
+    TabSettingsDialogViewController *settingsDialog() const { return tabSettingsDialog.get(); }
+    QObject *settingsDialogObject() const { return tabSettingsDialog.get(); }
+    void applyTabSettings(const QStringList &tuning, qint64 capo, qint64 lyricSize,
+                          const std::optional<QString> &intro, qint64 tempo, bool notesOnTabChanged,
+                          bool fretCountChanged, bool colHeadersChanged) override;
+    // The tab's values changed, by the dialog or by undo: the views follow.
+    void tabValuesChanged(bool stringCountChanged);
+    void stringCountChanged();
+
     // Closing: the document closes, with no question asked.
     Q_INVOKABLE void finishEditing();
 
@@ -250,6 +268,7 @@ Q_SIGNALS:
     void toolsChanged();
     void layoutChanged();
     void highlightsChanged();
+    void settingsDialogChanged();
     // The editor is done; the screen goes.
     void finished();
     // A conflict came with no versions to offer: the window goes back to the first screen of
@@ -285,6 +304,7 @@ private:
     std::unique_ptr<MagicEdit> magic;
     DialogPresenter *dialogs = nullptr;
     SoundManager *soundManager = nullptr;
+    std::unique_ptr<TabSettingsDialogViewController> tabSettingsDialog;
     QList<FretPosition> openStrings;
     bool finishedEditing = false;
 };

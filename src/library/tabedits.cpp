@@ -291,6 +291,78 @@ bool TabEdits::selectLyricLine(int row, int line)
     return true;
 }
 
+// The tab's values
+
+TabValues TabEdits::tabValues() const
+{
+    if (!tabData)
+        return {};
+    return {tabData->stringNotes, tabData->capoFret, tabData->lyricSize, tabData->introText};
+}
+
+bool TabEdits::setTabValues(const TabValues &values)
+{
+    return applyTabValues(values, Conversion());
+}
+
+bool TabEdits::applyTabValues(const TabValues &values, const Conversion &conversion)
+{
+    if (!tabData || values.stringNotes.isEmpty())
+        return false;
+    const TabValues old = tabValues();
+    if (old == values)
+        return false;
+    const bool countChanged = values.stringNotes.size() != old.stringNotes.size();
+    Conversion inverse;
+    if (countChanged)
+        inverse = convertStringCount(int(values.stringNotes.size()), conversion);
+    tabData->stringNotes = values.stringNotes;
+    tabData->capoFret = values.capoFret;
+    tabData->lyricSize = values.lyricSize;
+    tabData->introText = values.introText;
+    registerInverse([old, inverse](TabEdits &edits) { edits.applyTabValues(old, inverse); });
+    if (countChanged)
+        notify(TabChange::Kind::Rows, -1);
+    Q_EMIT tabValuesChanged(countChanged);
+    return true;
+}
+
+TabEdits::Conversion TabEdits::convertStringCount(int count, const Conversion &conversion)
+{
+    using Kind = Conversion::Kind;
+    Conversion inverse;
+    for (int r = 0; r < tabData->tabRowDatas.size(); ++r) {
+        TabRowData &row = tabData->tabRowDatas[r];
+        row.stringCount = count;
+        QList<QList<ColumnItemType>> rowDropped;
+        for (int c = 0; c < row.colDatas.size(); ++c) {
+            QList<ColumnItemType> &items = row.colDatas[c].columnItems;
+            const qsizetype extra = count - items.size();
+            const QList<ColumnItemType> back = conversion.items.value(r).value(c);
+            if (conversion.kind == Kind::RestoreTop && extra > 0 && back.size() == extra) {
+                // The highest strings return with what they held.
+                items = back + items;
+            } else if (conversion.kind == Kind::TrimBottom && extra < 0) {
+                items.resize(count);
+            } else {
+                if (extra < 0)
+                    rowDropped.append(items.mid(0, -extra));
+                row.colDatas[c].setStringCount(count);
+            }
+            if (rowDropped.size() <= c)
+                rowDropped.append(QList<ColumnItemType>());
+        }
+        inverse.items.append(rowDropped);
+    }
+    const bool grew = conversion.kind == Kind::RestoreTop;
+    const bool shrank = conversion.kind == Kind::TrimBottom;
+    if (grew || shrank)
+        inverse.kind = Kind::Convert;
+    else
+        inverse.kind = count > tabData->stringCount() ? Kind::TrimBottom : Kind::RestoreTop;
+    return inverse;
+}
+
 // Outside the undo stack
 
 void TabEdits::replaceRows(const QList<TabRowData> &newRows)

@@ -46,6 +46,16 @@ struct TabChange {
     bool rowsRemoved() const { return kind == Kind::RowRemoved; }
 };
 
+// The tab's own settings that the settings dialog changes together, as one step.
+struct TabValues {
+    QStringList stringNotes;
+    qint64 capoFret = 0;
+    qint64 lyricSize = 100;
+    std::optional<QString> introText;
+
+    friend bool operator==(const TabValues &, const TabValues &) = default;
+};
+
 // Every edit of a tab's rows. Each writes the model, registers its inverse on the undo manager
 // (which marks the document changed) and tells who listens what changed. The inverses capture
 // this object and plain values, never a view, so undo works whatever is on screen. Operations
@@ -107,12 +117,22 @@ public:
     bool removeLyricLine(int row, int line);
     bool selectLyricLine(int row, int line);
 
+    // Tuning, capo, lyric size and intro as one step. A tuning of another length converts
+    // every column: fewer strings drop the highest items, more add blanks at the low end. The
+    // step's inverse puts dropped items back, so undo restores the rows as they were.
+    // Answers whether anything changed.
+    bool setTabValues(const TabValues &values);
+    TabValues tabValues() const;
+
     // Rows from outside the undo stack, as on loading, and blank padding at the end.
     void replaceRows(const QList<TabRowData> &rows);
     void appendBlankRows(int count, int columns, int strings);
 
 Q_SIGNALS:
     void tabChanged(const TabChange &change);
+    // The tab's values changed (done, undone or redone); `stringCountChanged` when the rows
+    // were converted too.
+    void tabValuesChanged(bool stringCountChanged);
 
 private:
     // Whole columns as they stood, so an undo puts back what the bar rule changed too.
@@ -132,6 +152,18 @@ private:
     void registerBlockInverse(const QList<ColumnPatch> &before, const SelectionBox &selectBefore,
                               const SelectionBox &selectAfter);
     void notifyBlock(const QList<ColumnPatch> &patches, const SelectionBox &block);
+    // Items taken off the top of each column, by row and column.
+    using DroppedItems = QList<QList<QList<ColumnItemType>>>;
+    // How the columns reach a new string count: as the model converts them, by putting back
+    // the top items a conversion dropped, or by taking off the low items one added.
+    struct Conversion {
+        enum class Kind { Convert, RestoreTop, TrimBottom };
+        Kind kind = Kind::Convert;
+        DroppedItems items;
+    };
+    bool applyTabValues(const TabValues &values, const Conversion &conversion);
+    // Answers the conversion that undoes this one.
+    Conversion convertStringCount(int count, const Conversion &conversion);
     bool validColumn(int row, int column) const;
     void writeColumn(int row, int column, const TabColumnData &data);
     bool setLyricLines(int row, const QStringList &lines, int selected);

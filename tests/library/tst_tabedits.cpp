@@ -109,6 +109,8 @@ private Q_SLOTS:
     void refusalsChangeNothing();
     void undoOfRemovalAtTheMaximumIsSpent();
     void stepsOutliveNoEdits();
+    void tabValuesConvertAndRestore_data();
+    void tabValuesConvertAndRestore();
 };
 
 void TestTabEdits::everyEditUndoesAndRedoes_data()
@@ -251,6 +253,59 @@ void TestTabEdits::stepsOutliveNoEdits()
     edits.reset();
     undo.undo();
     QCOMPARE(data.tabRowDatas[0].colDatas[0].columnItems[0], ColumnItemType::note(1));
+}
+
+
+void TestTabEdits::tabValuesConvertAndRestore_data()
+{
+    QTest::addColumn<int>("strings");
+    QTest::newRow("4") << 4;
+    QTest::newRow("5") << 5;
+    QTest::newRow("7") << 7;
+    QTest::newRow("8") << 8;
+}
+
+void TestTabEdits::tabValuesConvertAndRestore()
+{
+    QFETCH(int, strings);
+    Tab tab;
+    // Every string holds a note in column 5, and column 8 is a bar.
+    for (int r = 0; r < 4; ++r) {
+        for (int i = 0; i < 6; ++i)
+            tab.data.tabRowDatas[r].colDatas[5].setColumnItem(i, ColumnItemType::note(i + r));
+        tab.data.tabRowDatas[r].colDatas[8].columnItems = QList<C>(6, C::bar());
+    }
+    const TabData before = tab.data;
+    QSignalSpy values(&tab.edits, &TabEdits::tabValuesChanged);
+    TabValues next{standardStringNotes(strings), 2, 110, u"Intro"_qs};
+    QVERIFY(tab.edits.setTabValues(next));
+    QCOMPARE(tab.edits.tabValues(), next);
+    QCOMPARE(values.count(), 1);
+    QCOMPARE(values.last().first().toBool(), true);
+    for (const TabRowData &row : tab.data.tabRowDatas) {
+        QCOMPARE(row.stringCount, strings);
+        QCOMPARE(row.colDatas[5].columnItems.size(), strings);
+        // A bar stays a bar on every string.
+        QCOMPARE(row.colDatas[8].columnItems, QList<C>(strings, C::bar()));
+    }
+    const QList<C> &items = tab.data.tabRowDatas[2].colDatas[5].columnItems;
+    const QList<C> &old = before.tabRowDatas[2].colDatas[5].columnItems;
+    // Fewer strings drop the highest; more add blanks at the low end.
+    if (strings < 6)
+        QCOMPARE(items, old.mid(6 - strings));
+    else
+        QCOMPARE(items.mid(0, 6), old);
+    const TabData after = tab.data;
+
+    tab.undo.undo();
+    QCOMPARE(tab.data, before);
+    tab.undo.redo();
+    QCOMPARE(tab.data, after);
+    tab.undo.undo();
+    QCOMPARE(tab.data, before);
+    // The same values again are no step.
+    QVERIFY(!tab.edits.setTabValues(tab.edits.tabValues()));
+    QVERIFY(!tab.undo.canUndo());
 }
 
 LUTEGRID_TEST_MAIN(TestTabEdits)

@@ -55,9 +55,11 @@ EditorScreenItem {
 
             LetterStringSpacedView {
                 objectName: "tabLetters"
-                x: 0
+                readonly property bool free: screen.c !== null && screen.c.freeScroll
+                x: free ? Math.max(0, screen.c.tabLeftInset - area.contentX) : 0
                 width: screen.c ? screen.c.tabLettersWidth : 28
-                height: area.height
+                // Free scroll lays every row out: the strip is as tall as their content.
+                height: free ? area.contentHeight : area.height
                 y: -area.contentY
                 letters: area.stringNotes
                 numItemGroups: area.shownRowCount
@@ -182,13 +184,22 @@ EditorScreenItem {
         canGoBack: true
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
-        // Chord shortcut mode, on and off.
-        trailing: IconButton {
-            objectName: "chordShortcutButt"; iconName: "chord"; tint: Theme.accent
-            visible: screen.c !== null && !screen.c.shortLayout
-            emphasized: screen.c !== null && screen.c.chordMode.active
-            onClicked: screen.c.toggleChordShortcutMode()
-        }
+        // Chord shortcut mode, on and off, and the tab's settings.
+        trailing: [
+            IconButton {
+                objectName: "chordShortcutButt"; iconName: "chord"; tint: Theme.accent
+                visible: screen.c !== null && !screen.c.shortLayout
+                emphasized: screen.c !== null && screen.c.chordMode.active
+                onClicked: screen.c.toggleChordShortcutMode()
+            },
+            IconButton {
+                objectName: "tabSettingsButt"
+                iconName: "settings"
+                tint: Theme.accent
+                visible: screen.c !== null && !screen.c.shortLayout
+                onClicked: screen.c.openSettingsMenu()
+            }
+        ]
     }
 
     // The toolbar.
@@ -394,6 +405,17 @@ EditorScreenItem {
         y: fretArea.y
         width: parent.width
         height: fretArea.height
+    }
+
+    // The tab settings, while the controller has them open.
+    Loader {
+        id: settingsLoader
+        anchors.fill: parent
+        z: 40
+        active: screen.c !== null && screen.c.settingsDialog !== null
+        sourceComponent: TabSettingsDialog { dialog: screen.c.settingsDialog }
+        onLoaded: item.forceActiveFocus()
+        onActiveChanged: if (!active) screen.forceActiveFocus()
     }
 
     // The keyboard shortcuts, over everything; any tap or key closes it.
