@@ -1,0 +1,205 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Lutegrid.Shell
+
+// The view options over the page: what is shown, and how the tab plays. A tap outside the box
+// counts as Done.
+Item {
+    id: root
+    property var dialog: null
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.dim
+        MouseArea {
+            anchors.fill: parent
+            onClicked: if (root.dialog) root.dialog.done()
+        }
+    }
+
+    Rectangle {
+        id: dialogBg
+        objectName: "dialogBg"
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 24, 440)
+        height: Math.min(parent.height - 40, content.implicitHeight + 32)
+        radius: Theme.radius
+        color: Theme.raised
+        MouseArea { anchors.fill: parent } // a tap inside is no tap outside
+
+        Flickable {
+            id: scroller
+            anchors.fill: parent
+            anchors.margins: 16
+            contentHeight: content.implicitHeight
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+
+            ColumnLayout {
+                id: content
+                width: scroller.width
+                spacing: 4
+
+                component Heading: Text {
+                    color: Theme.secondaryLabel
+                    font.pixelSize: 13
+                    font.weight: Font.DemiBold
+                    Layout.topMargin: 8
+                }
+                component OptionSwitch: Switch {
+                    id: sw
+                    Layout.fillWidth: true
+                    implicitHeight: 44
+                    contentItem: Text {
+                        text: sw.text
+                        color: Theme.label
+                        font.pixelSize: 16
+                        verticalAlignment: Text.AlignVCenter
+                        leftPadding: sw.indicator.width + sw.spacing
+                    }
+                }
+                component StepRow: RowLayout {
+                    id: step
+                    property string label
+                    property int value
+                    property int from
+                    property int to
+                    signal moved(int value)
+                    Layout.fillWidth: true
+                    Text { text: step.label; color: Theme.label; font.pixelSize: 16; Layout.fillWidth: true }
+                    Text { objectName: step.objectName + "Value"; text: step.value; color: Theme.label; font.pixelSize: 16 }
+                    SpinBox {
+                        objectName: step.objectName + "Stepper"
+                        from: step.from; to: step.to; value: step.value
+                        editable: false
+                        implicitWidth: 128
+                        onValueModified: step.moved(value)
+                    }
+                }
+
+                Text {
+                    text: "View options"
+                    color: Theme.label
+                    font.pixelSize: 20
+                    font.weight: Font.DemiBold
+                }
+                Heading { text: "Show" }
+                OptionSwitch {
+                    objectName: "showLyricsSwitch"; text: "Lyrics"
+                    checked: root.dialog ? root.dialog.showLyrics : false
+                    onToggled: root.dialog.showLyrics = checked
+                }
+                OptionSwitch {
+                    objectName: "lyricsBelowSwitch"; text: "Lyrics below the tab"
+                    checked: root.dialog ? root.dialog.lyricsBelow : false
+                    onToggled: root.dialog.lyricsBelow = checked
+                }
+                OptionSwitch {
+                    objectName: "showColumnHeadersSwitch"; text: "Chord names"
+                    checked: root.dialog ? root.dialog.showColumnHeaders : false
+                    onToggled: root.dialog.showColumnHeaders = checked
+                }
+                OptionSwitch {
+                    objectName: "showTabContentSwitch"; text: "Tab"
+                    checked: root.dialog ? root.dialog.showTabContent : false
+                    onToggled: root.dialog.showTabContent = checked
+                }
+                OptionSwitch {
+                    objectName: "twoColumnsSwitch"; text: "Two columns"
+                    checked: root.dialog ? root.dialog.twoColumns : false
+                    onToggled: root.dialog.twoColumns = checked
+                }
+
+                Heading { text: "Playback" }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Text { text: "Speed"; color: Theme.label; font.pixelSize: 16; Layout.fillWidth: true }
+                    Text {
+                        objectName: "playbackSpeedValueLabel"
+                        text: (root.dialog ? root.dialog.playbackSpeedValue : 0) + " bpm"
+                        color: Theme.label
+                        font.pixelSize: 16
+                    }
+                }
+                Slider {
+                    objectName: "playbackSpeedSlider"
+                    Layout.fillWidth: true
+                    from: 0; to: 1
+                    value: root.dialog ? root.dialog.sliderValue : 0
+                    onMoved: root.dialog.sliderValue = value
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Text {
+                        objectName: "defaultBpmLabel"
+                        text: root.dialog ? root.dialog.defaultBpmText : ""
+                        color: Theme.secondaryLabel
+                        font.pixelSize: 14
+                        Layout.fillWidth: true
+                    }
+                    DialogButton {
+                        objectName: "resetPlaybackSpeedButt"
+                        text: "Reset"
+                        implicitWidth: 88
+                        onClicked: root.dialog.resetPlaybackSpeed()
+                    }
+                }
+                StepRow {
+                    objectName: "colsPerBeat"
+                    label: "Columns per beat"
+                    from: 1; to: 8
+                    value: root.dialog ? root.dialog.colsPerBeat : 1
+                    onMoved: (v) => root.dialog.colsPerBeat = v
+                }
+                OptionSwitch {
+                    objectName: "useMeasuresForPlaybackSwitch"; text: "Use measures for playback"
+                    checked: root.dialog ? root.dialog.useMeasuresForPlayback : false
+                    onToggled: root.dialog.useMeasuresForPlayback = checked
+                }
+                StepRow {
+                    objectName: "beatsPerMeasure"
+                    visible: root.dialog !== null && root.dialog.useMeasuresForPlayback
+                    label: "Beats per measure"
+                    from: 1; to: 12
+                    value: root.dialog ? root.dialog.beatsPerMeasure : 4
+                    onMoved: (v) => root.dialog.beatsPerMeasure = v
+                }
+                OptionSwitch {
+                    objectName: "loopPlaybackSwitch"; text: "Loop"
+                    checked: root.dialog ? root.dialog.loopPlayback : false
+                    onToggled: root.dialog.loopPlayback = checked
+                }
+                OptionSwitch {
+                    objectName: "countInSwitch"; text: "Count in one measure"
+                    checked: root.dialog ? root.dialog.countIn : false
+                    onToggled: root.dialog.countIn = checked
+                }
+                OptionSwitch {
+                    objectName: "metronomeSwitch"; text: "Metronome click"
+                    checked: root.dialog ? root.dialog.metronome : false
+                    onToggled: root.dialog.metronome = checked
+                }
+
+                Text {
+                    objectName: "errorLabel"
+                    visible: root.dialog !== null && root.dialog.errorShown
+                    text: "Turn on at least one of lyrics, chord names or tab."
+                    color: Theme.destructive
+                    font.pixelSize: 14
+                    wrapMode: Text.Wrap
+                    Layout.fillWidth: true
+                }
+                DialogButton {
+                    objectName: "doneButton"
+                    visible: root.dialog === null || root.dialog.doneShown
+                    text: "Done"
+                    emphasized: true
+                    Layout.fillWidth: true
+                    Layout.topMargin: 8
+                    onClicked: root.dialog.done()
+                }
+            }
+        }
+    }
+}
