@@ -15,6 +15,8 @@ EditorScreenItem {
     signal newTabRequested()
     // Back to the first screen of the window, at once.
     signal rootRequested()
+    // The tab to read and play, from the cursor on.
+    signal viewModeRequested()
     readonly property var c: controller
     readonly property var pan: c ? c.rowPan : null
     readonly property var indicator: c ? c.scrollIndicator : null
@@ -170,6 +172,12 @@ EditorScreenItem {
         canGoBack: true
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
+        trailing: IconButton {
+            objectName: "viewModeButt"
+            iconName: "viewmode"
+            tint: Theme.accent
+            onClicked: screen.viewModeRequested()
+        }
     }
 
     // The toolbar.

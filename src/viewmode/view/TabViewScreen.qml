@@ -73,14 +73,16 @@ ViewModeScreenItem {
                 id: intro
                 objectName: "introText"
                 visible: text.length > 0
-                x: screen.c ? screen.c.stackX + width * 0.038 : 0
+                // From the page's width, not the stack's: the stack follows this text's height.
+                readonly property real stackWidth: Math.max(1, page.width - 32)
+                x: 16 + stackWidth * 0.038
                 y: 12
-                width: screen.c ? screen.c.stackWidth * (1 - 0.038) : 0
+                width: stackWidth * (1 - 0.038)
                 text: screen.c ? screen.c.introText : ""
                 wrapMode: Text.Wrap
                 textFormat: Text.PlainText
                 color: Theme.label
-                font.pixelSize: Math.min(20, Math.max(13, (screen.c ? screen.c.stackWidth : 400) * 0.031))
+                font.pixelSize: Math.min(20, Math.max(13, stackWidth * 0.031))
                 onHeightChanged: if (screen.c && visible) screen.c.setIntroHeight(height)
                 onVisibleChanged: if (screen.c) screen.c.setIntroHeight(visible ? height : 0)
             }
@@ -145,7 +147,8 @@ ViewModeScreenItem {
             maximumScale: 3
             xAxis.enabled: false
             yAxis.enabled: false
-            rotationAxis.enabled: false
+            minimumRotation: 0
+            maximumRotation: 0
         }
     }
 

@@ -9,6 +9,45 @@ Item {
     id: root
     property var dialog: null
 
+    component Heading: Text {
+        color: Theme.secondaryLabel
+        font.pixelSize: 13
+        font.weight: Font.DemiBold
+        Layout.topMargin: 8
+    }
+    component OptionSwitch: Switch {
+        id: sw
+        Layout.fillWidth: true
+        palette.dark: Theme.accent
+        implicitHeight: 44
+        contentItem: Text {
+            text: sw.text
+            color: Theme.label
+            font.pixelSize: 16
+            verticalAlignment: Text.AlignVCenter
+            leftPadding: sw.indicator.width + sw.spacing
+        }
+    }
+    component StepRow: RowLayout {
+        id: step
+        property string label
+        property int value
+        property int from
+        property int to
+        signal moved(int value)
+        Layout.fillWidth: true
+        Text { text: step.label; color: Theme.label; font.pixelSize: 16; Layout.fillWidth: true }
+        Text { objectName: step.objectName + "Value"; text: step.value; color: Theme.label; font.pixelSize: 16 }
+        SpinBox {
+            objectName: step.objectName + "Stepper"
+            from: step.from; to: step.to; value: step.value
+            editable: false
+            implicitWidth: 128
+            onValueModified: step.moved(value)
+        }
+    }
+
+
     Rectangle {
         anchors.fill: parent
         color: Theme.dim
@@ -23,15 +62,19 @@ Item {
         objectName: "dialogBg"
         anchors.centerIn: parent
         width: Math.min(parent.width - 24, 440)
-        height: Math.min(parent.height - 40, content.implicitHeight + 32)
+        height: Math.min(parent.height - 40, content.implicitHeight + footer.implicitHeight + 40)
         radius: Theme.radius
         color: Theme.raised
         MouseArea { anchors.fill: parent } // a tap inside is no tap outside
 
         Flickable {
             id: scroller
-            anchors.fill: parent
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.bottom: footer.top
             anchors.margins: 16
+            anchors.bottomMargin: 8
             contentHeight: content.implicitHeight
             clip: true
             boundsBehavior: Flickable.StopAtBounds
@@ -40,43 +83,6 @@ Item {
                 id: content
                 width: scroller.width
                 spacing: 4
-
-                component Heading: Text {
-                    color: Theme.secondaryLabel
-                    font.pixelSize: 13
-                    font.weight: Font.DemiBold
-                    Layout.topMargin: 8
-                }
-                component OptionSwitch: Switch {
-                    id: sw
-                    Layout.fillWidth: true
-                    implicitHeight: 44
-                    contentItem: Text {
-                        text: sw.text
-                        color: Theme.label
-                        font.pixelSize: 16
-                        verticalAlignment: Text.AlignVCenter
-                        leftPadding: sw.indicator.width + sw.spacing
-                    }
-                }
-                component StepRow: RowLayout {
-                    id: step
-                    property string label
-                    property int value
-                    property int from
-                    property int to
-                    signal moved(int value)
-                    Layout.fillWidth: true
-                    Text { text: step.label; color: Theme.label; font.pixelSize: 16; Layout.fillWidth: true }
-                    Text { objectName: step.objectName + "Value"; text: step.value; color: Theme.label; font.pixelSize: 16 }
-                    SpinBox {
-                        objectName: step.objectName + "Stepper"
-                        from: step.from; to: step.to; value: step.value
-                        editable: false
-                        implicitWidth: 128
-                        onValueModified: step.moved(value)
-                    }
-                }
 
                 Text {
                     text: "View options"
@@ -180,25 +186,33 @@ Item {
                     checked: root.dialog ? root.dialog.metronome : false
                     onToggled: root.dialog.metronome = checked
                 }
-
-                Text {
-                    objectName: "errorLabel"
-                    visible: root.dialog !== null && root.dialog.errorShown
-                    text: "Turn on at least one of lyrics, chord names or tab."
-                    color: Theme.destructive
-                    font.pixelSize: 14
-                    wrapMode: Text.Wrap
-                    Layout.fillWidth: true
-                }
-                DialogButton {
-                    objectName: "doneButton"
-                    visible: root.dialog === null || root.dialog.doneShown
-                    text: "Done"
-                    emphasized: true
-                    Layout.fillWidth: true
-                    Layout.topMargin: 8
-                    onClicked: root.dialog.done()
-                }
+            }
+        }
+        // Done stays in reach however long the options run.
+        ColumnLayout {
+            id: footer
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            anchors.margins: 16
+            spacing: 8
+            Text {
+                objectName: "errorLabel"
+                visible: root.dialog !== null && root.dialog.errorShown
+                text: "Turn on at least one of lyrics, chord names or tab."
+                color: Theme.destructive
+                font.pixelSize: 14
+                wrapMode: Text.Wrap
+                Layout.fillWidth: true
+            }
+            DialogButton {
+                objectName: "doneButton"
+                visible: root.dialog === null || root.dialog.doneShown
+                text: "Done"
+                emphasized: true
+                Layout.fillWidth: true
+                Layout.topMargin: 8
+                onClicked: root.dialog.done()
             }
         }
     }

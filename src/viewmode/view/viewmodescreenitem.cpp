@@ -67,6 +67,8 @@ void ViewModeScreenItem::makeController()
         start = QPointF(startColumn, startRow);
     view = std::make_unique<TabViewController>(*lgDocument->tabData, start);
     view->tabPath = QFileInfo(lgDocument->fileURL()).fileName();
+    // A tab's name is its file name.
+    view->tabData.title = lgDocument->localizedName();
     view->initialTabRowIndex = startRow;
 
     SoundManager &soundManager = SoundManager::shared();
@@ -118,6 +120,7 @@ void ViewModeScreenItem::makeController()
         }
     });
     poll->start();
+    Q_EMIT controllerChanged();
 }
 
 void ViewModeScreenItem::playPausePress()
