@@ -8,6 +8,7 @@
 #include "sound/soundoutput.h"
 #include "viewmode/tabviewcontroller.h"
 #include "viewmode/viewmodesoundpreparer.h"
+#include "iconprovider.h"
 #include "viewmodescreenitem.h"
 
 #include <QElapsedTimer>
@@ -37,7 +38,14 @@ double median(std::vector<double> values)
 // From setPlaying(true) to the first frame of the first note leaving the mixer, plus the
 // output's own latency: the time until it reaches the sink. `waitForReady` lets the screen get
 // the sound ready first, as it does while the user reads; without it play is pressed at once.
-double playToSink(const TabData &tab, bool waitForReady)
+struct PlayFigures {
+    double call = 0;   // setPlaying(true) until the note is queued for the mixer
+    double mixer = 0;  // queued until its first frame has left the mixer
+    double output = 0; // the output's own latency to the sink
+    double total() const { return call + mixer + output; }
+};
+
+PlayFigures playToSink(const TabData &tab, bool waitForReady)
 {
     SoundManager sound;
     TabViewController view(tab, QPointF(0, 0));
@@ -58,23 +66,32 @@ double playToSink(const TabData &tab, bool waitForReady)
     while (sound.sampler().lastNoteDelayNs() == before && pressed.elapsed() < 5000)
         QThread::usleep(100);
     view.setPlaying(false);
-    const double mixer = double(sound.sampler().lastNoteDelayNs()) / 1e6;
-    return call + mixer + std::max(0.0, sound.output().outputLatency()) * 1e3;
+    return {call, double(sound.sampler().lastNoteDelayNs()) / 1e6,
+            std::max(0.0, sound.output().outputLatency()) * 1e3};
 }
 
 void measurePlay(const char *label, int rows)
 {
     const TabData tab = makeBenchmarkTab(rows);
-    std::vector<double> ready;
-    std::vector<double> atOnce;
-    for (int i = 0; i < 5; ++i) {
-        ready.push_back(playToSink(tab, true));
-        atOnce.push_back(playToSink(tab, false));
+    std::vector<double> ready, call, mixer, output, atOnce, atOnceCall;
+    for (int i = 0; i < 7; ++i) {
+        const PlayFigures r = playToSink(tab, true);
+        ready.push_back(r.total());
+        call.push_back(r.call);
+        mixer.push_back(r.mixer);
+        output.push_back(r.output);
+        const PlayFigures o = playToSink(tab, false);
+        atOnce.push_back(o.total());
+        atOnceCall.push_back(o.call);
     }
     std::printf("%s:\n", label);
     printFigure("  play to sink, sound ready", median(ready), "ms median");
     printFigure("", *std::max_element(ready.begin(), ready.end()), "ms worst");
+    printFigure("    of which setPlaying call", median(call), "ms median");
+    printFigure("    of which mixer pickup", median(mixer), "ms median");
+    printFigure("    of which output latency", median(output), "ms median");
     printFigure("  play to sink, pressed on opening", median(atOnce), "ms median");
+    printFigure("    of which setPlaying call", median(atOnceCall), "ms median");
 }
 
 // From a tick to the frame that shows the moved highlight, in the real screen.
@@ -83,6 +100,7 @@ void measureTickToFrame(int rows)
     QTemporaryDir dir;
     LutegridDocument document(dir.filePath(u"Bench.lgrdi"_qs), makeBenchmarkTab(rows));
     QQmlEngine engine;
+    engine.addImageProvider(u"icon"_qs, new IconProvider);
     QQuickWindow window;
     window.resize(390, 844);
     engine.addImportPath(u"qrc:/"_qs);
@@ -103,22 +121,34 @@ void measureTickToFrame(int rows)
     TabViewController *view = screen->controller();
     view->columnPlayer = nullptr; // the picture only
     std::vector<double> times;
+    std::vector<double> frames;
     for (int i = 0; i < 60; ++i) {
         bool swapped = false;
+        qint64 syncAt = -1;
+        QElapsedTimer timer;
+        auto sync = QObject::connect(&window, &QQuickWindow::beforeSynchronizing, &window,
+                                     [&] { if (syncAt < 0) syncAt = timer.nsecsElapsed(); },
+                                     Qt::DirectConnection);
         auto connection = QObject::connect(&window, &QQuickWindow::frameSwapped,
                                            [&swapped] { swapped = true; });
-        QElapsedTimer timer;
         timer.start();
         view->moveHighlightColumn(+1);
         while (!swapped && timer.elapsed() < 1000)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
-        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+        const qint64 end = timer.nsecsElapsed();
+        times.push_back(double(end) / 1e6);
+        if (syncAt >= 0)
+            frames.push_back(double(end - syncAt) / 1e6);
         QObject::disconnect(connection);
+        QObject::disconnect(sync);
         QTest::qWait(20);
     }
     std::printf("tick to repainted highlight (%d rows, software renderer):\n", rows);
-    printFigure("  tick to frame", median(times), "ms median");
+    printFigure("  tick to frame shown", median(times), "ms median");
     printFigure("", *std::max_element(times.begin(), times.end()), "ms worst");
+    printFigure("  of which the frame's own work", median(frames), "ms median");
+    printFigure("", frames.empty() ? -1 : *std::max_element(frames.begin(), frames.end()),
+                "ms worst");
     delete screen;
 }
 
