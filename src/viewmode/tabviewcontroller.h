@@ -44,6 +44,8 @@ class TabViewController : public QObject {
     Q_PROPERTY(int highlightColumn READ highlightColumn NOTIFY highlightChanged)
     Q_PROPERTY(QVariantMap options READ optionsMap NOTIFY optionsChanged)
     Q_PROPERTY(bool twoColumns READ twoColumns NOTIFY optionsChanged)
+    // Steps when entries already made move or change size; a new entry alone leaves it.
+    Q_PROPERTY(int layoutRevision MEMBER layoutRevision NOTIFY entriesMoved)
 
 public:
     using ColumnPlayer = std::function<void(const QList<ColumnItemType> &columnItems,
@@ -153,6 +155,8 @@ Q_SIGNALS:
     // Entries from `first` on are new or moved.
     void entriesAppended(int first, int last);
     void entriesReset();
+    // The same entries, sized or placed anew.
+    void entriesMoved();
     void highlightChanged();
     void optionsChanged();
     // The page should move to y; animated for the automatic scroll of playback.
@@ -185,6 +189,7 @@ private:
     bool userDragging = false;
     bool loaded = false;
     qint64 ticksSincePlay = 0;
+    int layoutRevision = 0;
     int countInLeft = 0;
     // Guards the delayed work queued on the timers after the controller is gone.
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);

@@ -16,7 +16,8 @@ void TabViewController::setViewSize(double width, double height)
         return;
     const bool firstSize = rows->stackWidth <= 0;
     rows->relayout(stack);
-    Q_EMIT entriesReset();
+    ++layoutRevision;
+    Q_EMIT entriesMoved();
     Q_EMIT entriesChanged();
     showHighlight();
     // Rows wait for a width: the first size starts them.
@@ -31,7 +32,8 @@ void TabViewController::setIntroHeight(double height)
         return;
     rows->introHeight = h;
     rows->relayout(rows->stackWidth);
-    Q_EMIT entriesReset();
+    ++layoutRevision;
+    Q_EMIT entriesMoved();
     Q_EMIT entriesChanged();
     showHighlight();
 }
@@ -210,7 +212,9 @@ void TabViewController::rebuildRows()
     rows->display = viewConfigState.displayOptions;
     rows->clear();
     rows->relayout(rows->stackWidth);
+    ++layoutRevision;
     Q_EMIT entriesReset();
+    Q_EMIT entriesMoved();
     Q_EMIT entriesChanged();
     nextTabRowIndexToDisplay = 0;
     startDisplayRows();

@@ -284,6 +284,20 @@ void TestViewModeWindow::cursorHandedInAndRowHandedBack()
     QVERIFY(view->isPlaying);
     QTest::keyClick(window.get(), Qt::Key_Space);
     QVERIFY(!view->isPlaying);
+    // A touch on the highlighted row's tab lines, a third of the way in, moves the highlight
+    // to the column there.
+    auto *content = item(u"viewPage"_qs)->property("contentItem").value<QQuickItem *>();
+    QVERIFY(content);
+    const QRectF frame = view->entryFrame(7);
+    const QPoint point =
+        content->mapToScene(QPointF(frame.left() + frame.width() / 3, frame.bottom() - frame.height() / 5))
+            .toPoint();
+    QVERIFY(window->contentItem()->contains(point));
+    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
+    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
+    QTRY_VERIFY(view->highlightColumn() != 11);
+    QCOMPARE(view->highlightRow(), 7);
+    QVERIFY(view->highlightColumn() > 5 && view->highlightColumn() < 12);
     const int column = view->highlightColumn();
 
     QQuickItem *back = item(u"backButton"_qs);

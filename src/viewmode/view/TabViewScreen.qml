@@ -93,8 +93,7 @@ ViewModeScreenItem {
                     id: entryItem
                     required property int entry
                     readonly property rect frame: {
-                        screen.c.entryCount
-                        screen.c.stackWidth
+                        screen.c.layoutRevision
                         return screen.c.entryFrame(entry)
                     }
                     // Only entries near the visible page keep a painted row.

@@ -197,6 +197,12 @@ TabExportConfiguration ViewModeScreenItem::exportConfiguration() const
 
 void ViewModeScreenItem::keyPressEvent(QKeyEvent *event)
 {
+    // With the options open, Escape is their Done.
+    if (dialog && event->key() == Qt::Key_Escape) {
+        dialog->done();
+        event->accept();
+        return;
+    }
     if (event->key() == Qt::Key_Escape || (event->key() == Qt::Key_Left &&
                                            event->modifiers().testFlag(Qt::ControlModifier))) {
         close();
