@@ -4,6 +4,7 @@
 #include "sound/soundoutput.h"
 #include "testmain.h"
 #include "viewmode/tabviewcontroller.h"
+#include "viewmode/viewmodedialogviewcontroller.h"
 
 #include <QSignalSpy>
 
@@ -380,6 +381,41 @@ private Q_SLOTS:
             QVERIFY2(onset >= k * tickFrames && onset < k * tickFrames + 64,
                      qPrintable(QString::number(onset)));
         }
+    }
+
+    void optionsDialogSliderResetAndRefusal()
+    {
+        ViewModeOptions initial;
+        initial.playbackOptions.playbackSpeed = 90;
+        ViewModeDialogViewController dialog(120, initial, {});
+        QCOMPARE(dialog.defaultBpmText(), u"default bpm of this tab is 120"_qs);
+        QCOMPARE(dialog.sliderValue(), (90.0 - 25.0) / 375.0);
+        dialog.setSliderValue(0.0);
+        QCOMPARE(dialog.playbackSpeedValue, 25);
+        dialog.setSliderValue(1.0);
+        QCOMPARE(dialog.playbackSpeedValue, 400);
+        dialog.setSliderValue(0.5);
+        QCOMPARE(dialog.playbackSpeedValue, 213); // 25 + 187.5, rounded
+        dialog.resetPlaybackSpeed();
+        QCOMPARE(dialog.playbackSpeedValue, 120);
+        QCOMPARE(dialog.options().playbackOptions.playbackSpeed, 120);
+
+        // Nothing left to show: refused, Done hidden until a switch moves.
+        QSignalSpy finished(&dialog, &ViewModeDialogViewController::finished);
+        dialog.setShowLyrics(false);
+        dialog.setShowColumnHeaders(false);
+        dialog.setShowTabContent(false);
+        QVERIFY(!dialog.done());
+        QVERIFY(dialog.errorShown && !dialog.doneShown);
+        dialog.setTwoColumns(true);
+        QVERIFY(!dialog.errorShown && dialog.doneShown);
+        QVERIFY(!dialog.done());
+        dialog.setShowColumnHeaders(true);
+        QVERIFY(dialog.done());
+        QCOMPARE(finished.size(), 1);
+        const ViewModeOptions result = dialog.options();
+        QVERIFY(result.displayOptions.twoColumns && result.displayOptions.showColumnHeaders);
+        QVERIFY(!result.displayOptions.showLyrics);
     }
 
     void countInAndMetronomeClickOnTheBeats()

@@ -84,11 +84,23 @@ Item {
                 width: scroller.width
                 spacing: 4
 
-                Text {
-                    text: "View options"
-                    color: Theme.label
-                    font.pixelSize: 20
-                    font.weight: Font.DemiBold
+                RowLayout {
+                    Layout.fillWidth: true
+                    Text {
+                        text: "View options"
+                        color: Theme.label
+                        font.pixelSize: 20
+                        font.weight: Font.DemiBold
+                        Layout.fillWidth: true
+                    }
+                    // The guide's section on view mode, in the browser.
+                    DialogButton {
+                        objectName: "helpButt"
+                        text: "?"
+                        implicitWidth: 44
+                        implicitHeight: 36
+                        onClicked: Qt.openUrlExternally("https://lutegrid.org/lutegrid/guide/#viewModeSection")
+                    }
                 }
                 Heading { text: "Show" }
                 OptionSwitch {
