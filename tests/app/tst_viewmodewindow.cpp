@@ -320,6 +320,9 @@ void TestViewModeWindow::optionsDialogRefusesAnEmptyPage()
     QCOMPARE(item(u"defaultBpmLabel"_qs)->property("text").toString(),
              u"default bpm of this tab is 80"_qs);
     ViewModeDialogViewController *dialog = screen->optionsDialog();
+    tap(item(u"colsPerBeatPlus"_qs));
+    QCOMPARE(dialog->colsPerBeat, 2);
+    QCOMPARE(item(u"colsPerBeatValue"_qs)->property("text").toString(), u"2"_qs);
     dialog->setShowLyrics(false);
     dialog->setShowColumnHeaders(false);
     dialog->setShowTabContent(false);
@@ -336,6 +339,11 @@ void TestViewModeWindow::optionsDialogRefusesAnEmptyPage()
     QVERIFY(screen->controller()->twoColumns());
     QVERIFY(!screen->controller()->viewConfigState.displayOptions.showTabContent);
     QVERIFY(AppManager::shared().viewDisplayOptionsMap.contains(u"Reading.lgrdi"_qs));
+    // The playback half goes into the tab, and the document has a change to save.
+    LutegridDocument *document = screen->document();
+    QVERIFY(document->tabData->playbackOptions);
+    QCOMPARE(document->tabData->playbackOptions->playbackColumnsInBeat, 2);
+    QVERIFY(document->hasUnsavedChanges());
 }
 
 void TestViewModeWindow::screenshotsWhilePlaying_data()

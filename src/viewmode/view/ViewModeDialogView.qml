@@ -37,13 +37,29 @@ Item {
         signal moved(int value)
         Layout.fillWidth: true
         Text { text: step.label; color: Theme.label; font.pixelSize: 16; Layout.fillWidth: true }
-        Text { objectName: step.objectName + "Value"; text: step.value; color: Theme.label; font.pixelSize: 16 }
-        SpinBox {
-            objectName: step.objectName + "Stepper"
-            from: step.from; to: step.to; value: step.value
-            editable: false
-            implicitWidth: 128
-            onValueModified: step.moved(value)
+        Text {
+            objectName: step.objectName + "Value"
+            text: step.value
+            color: Theme.label
+            font.pixelSize: 16
+            horizontalAlignment: Text.AlignHCenter
+            Layout.preferredWidth: 28
+        }
+        DialogButton {
+            objectName: step.objectName + "Minus"
+            text: "−"
+            implicitWidth: 44
+            implicitHeight: 36
+            enabled: step.value > step.from
+            onClicked: step.moved(step.value - 1)
+        }
+        DialogButton {
+            objectName: step.objectName + "Plus"
+            text: "+"
+            implicitWidth: 44
+            implicitHeight: 36
+            enabled: step.value < step.to
+            onClicked: step.moved(step.value + 1)
         }
     }
 
