@@ -51,6 +51,7 @@ Item {
             implicitWidth: 44
             implicitHeight: 36
             enabled: step.value > step.from
+            opacity: enabled ? 1 : 0.4
             onClicked: step.moved(step.value - 1)
         }
         DialogButton {
@@ -59,6 +60,7 @@ Item {
             implicitWidth: 44
             implicitHeight: 36
             enabled: step.value < step.to
+            opacity: enabled ? 1 : 0.4
             onClicked: step.moved(step.value + 1)
         }
     }
@@ -159,6 +161,7 @@ Item {
                 Slider {
                     objectName: "playbackSpeedSlider"
                     Layout.fillWidth: true
+                    palette.dark: Theme.accent
                     from: 0; to: 1
                     value: root.dialog ? root.dialog.sliderValue : 0
                     onMoved: root.dialog.sliderValue = value
