@@ -66,6 +66,8 @@ PlayFigures playToSink(const TabData &tab, bool waitForReady)
     while (sound.sampler().lastNoteDelayNs() == before && pressed.elapsed() < 5000)
         QThread::usleep(100);
     view.setPlaying(false);
+    // The output opens on a thread of its own: it must be done before the manager goes.
+    preparer.waitUntilReady(10000);
     return {call, double(sound.sampler().lastNoteDelayNs()) / 1e6,
             std::max(0.0, sound.output().outputLatency()) * 1e3};
 }

@@ -8,21 +8,17 @@ ViewModeSoundPreparer::ViewModeSoundPreparer(SoundManager &manager, TabData tabD
                                              std::optional<QPoint> startPoint)
     : sound(manager), tab(std::move(tabData)), start(startPoint)
 {
-    outputThread = std::thread([this] { openOutput(); });
+    std::thread([&manager, opened = outputOpened] {
+        manager.output();
+        *opened = true;
+    }).detach();
     sampleThread = std::thread([this] { prepare(); });
 }
 
 ViewModeSoundPreparer::~ViewModeSoundPreparer()
 {
     cancelled = true;
-    outputThread.join();
     sampleThread.join();
-}
-
-void ViewModeSoundPreparer::openOutput()
-{
-    sound.output();
-    outputOpened = true;
 }
 
 void ViewModeSoundPreparer::prepare()
@@ -57,7 +53,7 @@ void ViewModeSoundPreparer::prepare()
 bool ViewModeSoundPreparer::waitUntilReady(int ms) const
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    while (!(firstDone && outputOpened)) {
+    while (!(firstDone && *outputOpened)) {
         if (std::chrono::steady_clock::now() > deadline)
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
