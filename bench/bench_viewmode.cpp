@@ -42,6 +42,7 @@ struct PlayFigures {
     double call = 0;   // setPlaying(true) until the note is queued for the mixer
     double mixer = 0;  // queued until its first frame has left the mixer
     double output = 0; // the output's own latency to the sink
+    double settle = 0; // opening until the stream has played 100 ms
     double total() const { return call + mixer + output; }
 };
 
@@ -52,11 +53,21 @@ PlayFigures playToSink(const TabData &tab, bool waitForReady)
     view.columnPlayer = [&sound](const QList<ColumnItemType> &items, const QStringList &notes,
                                  bool silent) { sound.playColumnItems(items, notes, silent); };
     view.load(std::nullopt, SurfaceSettings{});
+    QElapsedTimer opened;
+    opened.start();
     ViewModeSoundPreparer preparer(sound, tab, QPoint(0, 0));
+    double settle = 0;
     if (waitForReady) {
         preparer.waitUntilReady(10000);
-        // The stream settles while the user reads the page.
-        QThread::msleep(600);
+        // The stream settles while the user reads the page: a new stream pulls at its steady
+        // pace only once it has played a little.
+        QElapsedTimer settling;
+        settling.start();
+        while (sound.sampler().framesRendered() < quint64(sound.sampler().sampleRate() / 10) &&
+               settling.elapsed() < 5000)
+            QThread::usleep(500);
+        settle = double(opened.nsecsElapsed()) / 1e6;
+        QThread::msleep(200);
     }
     const qint64 before = sound.sampler().lastNoteDelayNs();
     QElapsedTimer pressed;
@@ -69,19 +80,20 @@ PlayFigures playToSink(const TabData &tab, bool waitForReady)
     // The output opens on a thread of its own: it must be done before the manager goes.
     preparer.waitUntilReady(10000);
     return {call, double(sound.sampler().lastNoteDelayNs()) / 1e6,
-            std::max(0.0, sound.output().outputLatency()) * 1e3};
+            std::max(0.0, sound.output().outputLatency()) * 1e3, settle};
 }
 
 void measurePlay(const char *label, int rows)
 {
     const TabData tab = makeBenchmarkTab(rows);
-    std::vector<double> ready, call, mixer, output, atOnce, atOnceCall;
+    std::vector<double> ready, call, mixer, output, settle, atOnce, atOnceCall;
     for (int i = 0; i < 7; ++i) {
         const PlayFigures r = playToSink(tab, true);
         ready.push_back(r.total());
         call.push_back(r.call);
         mixer.push_back(r.mixer);
         output.push_back(r.output);
+        settle.push_back(r.settle);
         const PlayFigures o = playToSink(tab, false);
         atOnce.push_back(o.total());
         atOnceCall.push_back(o.call);
@@ -92,6 +104,7 @@ void measurePlay(const char *label, int rows)
     printFigure("    of which setPlaying call", median(call), "ms median");
     printFigure("    of which mixer pickup", median(mixer), "ms median");
     printFigure("    of which output latency", median(output), "ms median");
+    printFigure("  opening until the stream runs", median(settle), "ms median");
     printFigure("  play to sink, pressed on opening", median(atOnce), "ms median");
     printFigure("    of which setPlaying call", median(atOnceCall), "ms median");
 }
