@@ -4,6 +4,7 @@ import QtQuick.Window
 import Lutegrid.Shell
 import Lutegrid.Library
 import Lutegrid.Editor
+import Lutegrid.ViewMode
 import Lutegrid.App
 
 // The main window: the folder screen, the list over it, the editor over the list, and the
@@ -52,7 +53,27 @@ Window {
             onBackRequested: root.scene.goBack()
             onNewTabRequested: root.scene.newTabFromEditor()
             onRootRequested: root.scene.popToRoot()
+            onViewModeRequested: root.openViewMode(this)
         }
+    }
+    // View mode lies over the editor it came from and hands the highlighted row back to it.
+    Component {
+        id: viewPage
+        TabViewScreen {
+            property var editorScreen: null
+            dialogs: root.scene.dialogs
+            onExportRequested: root.scene.openExportDialog(root.contentItem, this)
+            onClosed: (row, column) => {
+                if (row >= 0 && editorScreen && editorScreen.controller)
+                    editorScreen.controller.showRowFromViewMode(row, column)
+                stack.pop()
+            }
+        }
+    }
+    function openViewMode(editor) {
+        const start = editor.controller ? editor.controller.viewModeStartPoint() : Qt.point(0, -1)
+        stack.push(viewPage, { editorScreen: editor, document: editor.document,
+                               startRow: start.y, startColumn: start.x })
     }
 
     Connections {

@@ -6,8 +6,10 @@
 #include "surfacepalette.h"
 
 #include "exportalldialogviewcontroller.h"
+#include "exportdialogpresenter.h"
 #include "iconprovider.h"
 #include "tabpdf.h"
+#include "viewmodescreenitem.h"
 
 #include <QDebug>
 #include <QGuiApplication>
@@ -40,6 +42,15 @@ MainScene::~MainScene()
     if (manager.topTabViewController == topTabsList())
         manager.topTabViewController = nullptr;
     manager.unregisterWindow(this);
+}
+
+void MainScene::openExportDialog(QQuickItem *host, QQuickItem *viewScreen)
+{
+    auto *screen = qobject_cast<ViewModeScreenItem *>(viewScreen);
+    if (!host || !screen)
+        return;
+    if (!ExportDialogPresenter::openExportDialog(host, screen->exportConfiguration()))
+        dialogHost.showMessage(u"Unable to open the export options."_qs);
 }
 
 QQuickWindow *MainScene::loadWindow(QQmlEngine &engine)

@@ -12,6 +12,7 @@
 
 #include "library/lutegriddocument.h"
 class QQmlEngine;
+class QQuickItem;
 class QQuickWindow;
 #include <QWindow>
 
@@ -46,6 +47,8 @@ public:
     Q_INVOKABLE void popToRoot();
     // From the editor, a new tab in the list under it, as the list's new-tab button makes one.
     Q_INVOKABLE void newTabFromEditor();
+    // View mode's export button: the export dialog over `host` with what `viewScreen` shows.
+    Q_INVOKABLE void openExportDialog(QQuickItem *host, QQuickItem *viewScreen);
     ScreenKind topKind() const { return stack.isEmpty() ? Folders : stack.last().kind; }
     int depth() const { return int(stack.size()); }
     TabsListViewController *topList() const;

@@ -585,6 +585,30 @@ void TabEditViewController::stringCancelled(Strip view)
     fretTouchesCancelled();
 }
 
+// View mode
+
+QPoint TabEditViewController::viewModeStartPoint() const
+{
+    return QPoint(surface->editColIndex, surface->cursorTabRow());
+}
+
+void TabEditViewController::showRowFromViewMode(int row, int column)
+{
+    const int rows = int(surface->tabRows.size());
+    if (row < 0 || row >= rows)
+        return;
+    surface->moveToTabRow(row, true, false);
+    if (surface->freeVerticalScroll) {
+        surface->setEditPosition(std::max(column, 0), row);
+        return;
+    }
+    // Near the end the page can't put the row on top: it shows the last page instead.
+    const int shown = surface->showingCount();
+    if (row < surface->tabRowIndex || row >= surface->tabRowIndex + shown)
+        surface->moveToTabRow(std::max(0, rows - shown), true, false);
+    surface->setEditPosition(std::max(column, 0), row - surface->tabRowIndex);
+}
+
 // The document
 
 void TabEditViewController::finishEditing()

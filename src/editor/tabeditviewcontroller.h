@@ -238,6 +238,10 @@ public:
     // Closing: the document closes, with no question asked.
     Q_INVOKABLE void finishEditing();
 
+    // View mode starts on the cursor (x column, y row) and hands a row and column back.
+    Q_INVOKABLE QPoint viewModeStartPoint() const;
+    Q_INVOKABLE void showRowFromViewMode(int row, int column);
+
     // Conflicts: the rows of the open dialog and the choice made in it.
     std::optional<ConflictResolver> conflictResolver;
     void confirmConflictSelection(int row);

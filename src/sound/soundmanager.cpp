@@ -238,7 +238,14 @@ void SoundManager::playSample(const QUrl &fileURL, int semitoneDiff, bool silent
         buffer = sampleCache->load(path, semitoneDiff);
     if (!buffer || silent)
         return;
-    output();
+    // While another thread opens the output (view mode does so as it opens), the note goes to
+    // the mixer without waiting: the output pulls it as soon as it runs, and the caller, often
+    // the GUI thread, never stalls on the sound server.
+    if (outputMutex.tryLock()) {
+        if (!soundOutput)
+            soundOutput = openDefaultSoundOutput(*mixer);
+        outputMutex.unlock();
+    }
     mixer->noteOn(*buffer);
 }
 

@@ -15,6 +15,8 @@ EditorScreenItem {
     signal newTabRequested()
     // Back to the first screen of the window, at once.
     signal rootRequested()
+    // The tab to read and play, from the cursor on.
+    signal viewModeRequested()
     readonly property var c: controller
     readonly property var pan: c ? c.rowPan : null
     readonly property var indicator: c ? c.scrollIndicator : null
@@ -184,7 +186,7 @@ EditorScreenItem {
         canGoBack: true
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
-        // Chord shortcut mode, on and off, and the tab's settings.
+        // Chord shortcut mode, on and off, the tab's settings, and view mode.
         trailing: [
             IconButton {
                 objectName: "chordShortcutButt"; iconName: "chord"; tint: Theme.accent
@@ -198,6 +200,12 @@ EditorScreenItem {
                 tint: Theme.accent
                 visible: screen.c !== null && !screen.c.shortLayout
                 onClicked: screen.c.openSettingsMenu()
+            },
+            IconButton {
+                objectName: "viewModeButt"
+                iconName: "viewmode"
+                tint: Theme.accent
+                onClicked: screen.viewModeRequested()
             }
         ]
     }
