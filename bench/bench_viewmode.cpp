@@ -131,7 +131,8 @@ void measureTickToFrame(int rows)
     screen->setParentItem(window.contentItem());
     screen->setSize(QSizeF(390, 844));
     window.show();
-    QTest::qWaitForWindowExposed(&window);
+    if (!QTest::qWaitForWindowExposed(&window))
+        std::fprintf(stderr, "the window was never shown\n");
     QTest::qWait(500);
     TabViewController *view = screen->controller();
     view->columnPlayer = nullptr; // the picture only

@@ -8,11 +8,11 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
 #include "library/lutegriddocument.h"
 class QQmlEngine;
-class QQuickItem;
 class QQuickWindow;
 #include <QWindow>
 

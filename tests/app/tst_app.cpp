@@ -505,6 +505,21 @@ void TestApp::sizeThresholds()
     tap(fretPoint(1, 1));
     QVERIFY(c->editMoveButtsShown);
     QTRY_VERIFY(item(u"flashRightButt"_qs));
+    // They flash over the mode buttons, never over the row buttons: a late tap where › was
+    // switches a mode at worst and never deletes a row.
+    auto sceneRect = [](QQuickItem *it) {
+        return it->mapRectToScene(QRectF(0, 0, it->width(), it->height()));
+    };
+    const QRectF right = sceneRect(item(u"flashRightButt"_qs));
+    for (const QString &name : {u"addRowButt"_qs, u"deleteRowButt"_qs})
+        QVERIFY2(!right.intersects(sceneRect(item(name))), qPrintable(name));
+    QVERIFY(right.intersects(sceneRect(item(u"moreToolsButt"_qs))) ||
+            right.intersects(sceneRect(item(u"magicEditButt"_qs))));
+    const qsizetype rows = view->tabRows.size();
+    QTRY_VERIFY(!c->editMoveButtsShown);
+    QTRY_VERIFY(!item(u"modeButtsCoverView"_qs)->isVisible());
+    tap(right.center().toPoint());
+    QCOMPARE(view->tabRows.size(), rows);
 }
 
 void TestApp::dialogsCloseByButtonOrTapOutside()

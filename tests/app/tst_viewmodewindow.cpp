@@ -175,10 +175,11 @@ bool TestViewModeWindow::openFile(const QByteArray &bytes, QSize size)
     if (!QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }))
         return false;
     tap(item(u"tabRow0"_qs));
-    QTest::qWaitFor([this] {
-        auto *screen = findItem<EditorScreenItem>(window->contentItem());
-        return screen && screen->controller();
-    });
+    if (!QTest::qWaitFor([this] {
+            auto *screen = findItem<EditorScreenItem>(window->contentItem());
+            return screen && screen->controller();
+        }))
+        return false;
     auto *screen = findItem<EditorScreenItem>(window->contentItem());
     editor = screen ? screen->controller() : nullptr;
     QTest::qWait(400); // past the push
@@ -192,7 +193,7 @@ ViewModeScreenItem *TestViewModeWindow::openViewMode()
         return nullptr;
     tap(button);
     ViewModeScreenItem *screen = nullptr;
-    QTest::qWaitFor([&] {
+    (void)QTest::qWaitFor([&] {
         screen = findItem<ViewModeScreenItem>(window->contentItem());
         return screen && screen->controller() && screen->controller()->entryCount() > 0;
     });

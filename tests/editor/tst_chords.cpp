@@ -81,9 +81,9 @@ private Q_SLOTS:
             standardStringNotes(6), {custom(u"Cmine"_qs), custom(u"Zed"_qs)});
         // The exact name first; names that merely contain the text behind it.
         QCOMPARE(ChordSearch::search(chords, u"am"_qs).first().name, u"Am"_qs);
-        QVERIFY(ChordSearch::score(ChordShortcut{u"Am"_qs}, u"a minor"_qs) >= 3);
+        QVERIFY(ChordSearch::score(ChordShortcut{u"Am"_qs, {}}, u"a minor"_qs) >= 3);
         QCOMPARE(ChordSearch::search(chords, u"a minor"_qs).first().name, u"Am"_qs);
-        QVERIFY(ChordSearch::score(ChordShortcut{u"C#"_qs}, u"c sharp"_qs) >= 1);
+        QVERIFY(ChordSearch::score(ChordShortcut{u"C#"_qs, {}}, u"c sharp"_qs) >= 1);
         QCOMPARE(ChordSearch::search(chords, u"c# bar"_qs).first().name, u"C# bar"_qs);
         QCOMPARE(ChordSearch::search(chords, u"Gmaj7"_qs).first().name, u"Gmaj7"_qs);
         // "cu" lifts the user's chords by a point; one letter does not.

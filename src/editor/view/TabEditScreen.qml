@@ -248,34 +248,51 @@ EditorScreenItem {
                 Layout.preferredWidth: toolbar.widths.clear ?? 44
                 onClicked: screen.c.tabClear()
             }
+            // Rows go and come; magic edit hides them while it holds the rows.
             IconButton {
-                objectName: "magicEditButt"; iconName: "magicedit"
-                Layout.preferredWidth: toolbar.widths.add ?? 44
-                emphasized: screen.c !== null && screen.c.magic.active
-                onClicked: screen.c.toggleMagicEditMode()
+                objectName: "addRowButt"; iconName: "addrow"
+                Layout.preferredWidth: toolbar.widths.row ?? 44
+                visible: !(screen.c && screen.c.magic.active)
+                onClicked: screen.c.addTabRow()
+            }
+            IconButton {
+                objectName: "deleteRowButt"; iconName: "deleterow"
+                Layout.preferredWidth: toolbar.widths.row ?? 44
+                visible: !(screen.c && screen.c.magic.active)
+                onClicked: screen.c.deleteTabRow()
             }
             Item { Layout.fillWidth: true; Layout.minimumWidth: 0 }
+            // The mode buttons. On narrow screens the arrows flash over these after each cursor
+            // move: a late tap where an arrow was only switches a mode, it never deletes a row.
             Item {
                 id: modeButts
-                Layout.preferredWidth: addRow.width + deleteRow.width + 2
+                Layout.preferredWidth: Math.max(magicButt.width + toolsButt.width + 2, 90)
                 Layout.preferredHeight: 44
                 Row {
-                    visible: !(screen.c && screen.c.magic.active)
+                    anchors.right: parent.right
                     spacing: 2
                     IconButton {
-                        id: addRow
-                        objectName: "addRowButt"; iconName: "addrow"
-                        width: toolbar.widths.row ?? 44
-                        onClicked: screen.c.addTabRow()
+                        id: magicButt
+                        objectName: "magicEditButt"; iconName: "magicedit"
+                        width: toolbar.widths.add ?? 44
+                        emphasized: screen.c !== null && screen.c.magic.active
+                        onClicked: screen.c.toggleMagicEditMode()
                     }
                     IconButton {
-                        id: deleteRow
-                        objectName: "deleteRowButt"; iconName: "deleterow"
+                        id: toolsButt
+                        objectName: "moreToolsButt"; iconName: "moretools"
                         width: toolbar.widths.row ?? 44
-                        onClicked: screen.c.deleteTabRow()
+                        emphasized: screen.c !== null && screen.c.moreToolsViewShowing
+                        onClicked: screen.c.toggleMoreToolsView()
+                        Rectangle {
+                            objectName: "moreToolsUnseenDot"
+                            visible: screen.c !== null && screen.c.moreToolsUnseenDotShown
+                            width: 9; height: 9; radius: 4.5
+                            color: Theme.destructive
+                            x: parent.width - 12; y: 6
+                        }
                     }
                 }
-                // On narrow screens the arrows flash over these after each cursor move.
                 Rectangle {
                     id: modeButtsCoverView
                     objectName: "modeButtsCoverView"
@@ -288,6 +305,8 @@ EditorScreenItem {
                         enabled: !(screen.c && screen.c.editMoveButtsShown)
                         NumberAnimation { duration: 300; easing.type: Easing.InOutQuad }
                     }
+                    // Presses on the cover stay on the cover while it shows.
+                    MouseArea { anchors.fill: parent; enabled: modeButtsCoverView.opacity > 0.5 }
                     Row {
                         anchors.centerIn: parent
                         spacing: 2
@@ -319,19 +338,6 @@ EditorScreenItem {
                 visible: !(screen.c && screen.c.editMoveButtsCompacted)
                 enabled: screen.c !== null && screen.c.editRightEnabled
                 onClicked: screen.c.editRightPress()
-            }
-            IconButton {
-                objectName: "moreToolsButt"; iconName: "moretools"
-                Layout.preferredWidth: toolbar.widths.row ?? 44
-                emphasized: screen.c !== null && screen.c.moreToolsViewShowing
-                onClicked: screen.c.toggleMoreToolsView()
-                Rectangle {
-                    objectName: "moreToolsUnseenDot"
-                    visible: screen.c !== null && screen.c.moreToolsUnseenDotShown
-                    width: 9; height: 9; radius: 4.5
-                    color: Theme.destructive
-                    x: parent.width - 12; y: 6
-                }
             }
         }
     }
