@@ -23,8 +23,7 @@ MainScene::MainScene(QObject *parent) : QObject(parent)
     tabFolders.setScene(&dialogHost, this);
     // The back-up prints each tab as view mode shows it by default.
     ExportAllDialogViewController::pdfMaker() = [](const TabData &tab, const QString &path) {
-        TabExportConfiguration configuration;
-        configuration.tabData = tab;
+        const TabExportConfiguration configuration{tab};
         return TabPdf::writePdf(configuration, path);
     };
     connect(&tabFolders, &TabFoldersViewController::listRequested, this,
