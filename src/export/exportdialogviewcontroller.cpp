@@ -42,7 +42,7 @@ void ExportDialogViewController::exportTab()
         setError(*message);
         return;
     }
-    if (!lgrdOn && !txtOn && !pdfOn) {
+    if (!lgrdOn && !txtOn && !pdfOn && !musicXmlOn && !midiOn) {
         setError(u"Select an export option"_qs);
         return;
     }
@@ -50,8 +50,7 @@ void ExportDialogViewController::exportTab()
     runPass(false);
     if (overwriteNames.isEmpty()) {
         currentState = Done;
-        const auto flag = [](bool on) { return on ? u"1"_qs : u"0"_qs; };
-        Analytics::logEvent(u"Export "_qs + flag(lgrdOn) + u' ' + flag(txtOn) + u' ' + flag(pdfOn));
+        Analytics::logEvent(analyticsEvent());
     } else {
         QStringList lines;
         for (const QString &clash : std::as_const(overwriteNames))
@@ -69,7 +68,8 @@ void ExportDialogViewController::runPass(bool overwrite)
     exportButtEnabled = false;
     const QString base = DocumentManager::trimmedTabName(fileNameField);
     const QList<std::pair<bool, ExportType>> order{
-        {lgrdOn, ExportType::LGRD}, {txtOn, ExportType::TXT}, {pdfOn, ExportType::PDF}};
+        {lgrdOn, ExportType::LGRD},         {txtOn, ExportType::TXT}, {pdfOn, ExportType::PDF},
+        {musicXmlOn, ExportType::MUSICXML}, {midiOn, ExportType::MIDI}};
     for (const auto &[on, type] : order) {
         if (!on)
             continue;
@@ -83,6 +83,16 @@ void ExportDialogViewController::runPass(bool overwrite)
         if (const auto written = exporter(type, exportConfig, path))
             exportedFileUrls.append(*written);
     }
+}
+
+QString ExportDialogViewController::analyticsEvent() const
+{
+    const auto flag = [](bool on) { return on ? u"1"_qs : u"0"_qs; };
+    QString event = u"Export "_qs + flag(lgrdOn) + u' ' + flag(txtOn) + u' ' + flag(pdfOn);
+    // The older three-flag name stays as it was, so past counts still compare.
+    if (musicXmlOn || midiOn)
+        event += u' ' + flag(musicXmlOn) + u' ' + flag(midiOn);
+    return event;
 }
 
 void ExportDialogViewController::confirmOverwrite()

@@ -9,7 +9,7 @@
 #include <optional>
 
 // The export dialog's rules: the name check, the formats wanted, a pass that writes them in the
-// fixed order lgrd, txt, pdf into the documents' "Exports" folder, the overwrite question and
+// fixed order lgrd, txt, pdf, musicxml, mid into the documents' "Exports" folder, the overwrite question and
 // the done state. The QML panel only binds to it.
 class ExportDialogViewController : public QObject {
     Q_OBJECT
@@ -18,6 +18,8 @@ class ExportDialogViewController : public QObject {
     Q_PROPERTY(bool lgrdOn MEMBER lgrdOn NOTIFY changed)
     Q_PROPERTY(bool txtOn MEMBER txtOn NOTIFY changed)
     Q_PROPERTY(bool pdfOn MEMBER pdfOn NOTIFY changed)
+    Q_PROPERTY(bool musicXmlOn MEMBER musicXmlOn NOTIFY changed)
+    Q_PROPERTY(bool midiOn MEMBER midiOn NOTIFY changed)
     Q_PROPERTY(State state READ state NOTIFY changed)
     Q_PROPERTY(QString overwriteList READ overwriteList NOTIFY changed)
     Q_PROPERTY(bool exportEnabled READ exportEnabled NOTIFY changed)
@@ -41,6 +43,8 @@ public:
     bool lgrdOn = false;
     bool txtOn = false;
     bool pdfOn = false;
+    bool musicXmlOn = false;
+    bool midiOn = false;
     // File names found to exist in the present pass.
     QStringList overwriteNames;
     // Files written so far; a confirmed overwrite writes the clash-free ones again.
@@ -71,6 +75,7 @@ Q_SIGNALS:
 private:
     void runPass(bool overwrite);
     void setError(const QString &text);
+    QString analyticsEvent() const;
 
     Exporter exporter;
     QString fileNameField;

@@ -1,7 +1,9 @@
 #include "tablistoperations.h"
 
 #include "appmanager.h"
+#include "export/asciitabreader.h"
 #include "export/documentmanager.h"
+#include "export/musicxml.h"
 #include "library/icloudmanager.h"
 #include "library/lutegriddocument.h"
 #include "library/tabfilenames.h"
@@ -228,6 +230,21 @@ ImportReading readImportFile(const QString &path)
     const QByteArray bytes = file.read(maximumTabFileBytes + 1);
     if (file.error() != QFileDevice::NoError || bytes.size() > maximumTabFileBytes)
         return failed(u"The file could not be read."_qs);
+    const QString suffix = info.suffix().toLower();
+    if (suffix == u"txt") {
+        AsciiTabResult text = AsciiTabReader::read(QString::fromUtf8(bytes));
+        if (!text.tab)
+            return failed(text.message);
+        return ImportReading{std::move(text.tab), QString()};
+    }
+    if (suffix == MusicXml::fileExtension(false) || suffix == MusicXml::fileExtension(true)
+        || suffix == u"xml") {
+        // A plain ".xml" is taken as a score only if its root says so; the reader checks.
+        MusicXml::ReadResult score = MusicXml::read(bytes);
+        if (!score.tab)
+            return failed(score.message);
+        return ImportReading{std::move(score.tab), QString()};
+    }
     if (info.suffix() != exchangeExtension)
         return failed(u"Not a proper .lgrd file."_qs);
     ImportError error;
@@ -237,6 +254,12 @@ ImportReading readImportFile(const QString &path)
                           ? u"Not a proper .lgrd file."_qs
                           : u"The file holds no readable tab: "_qs + error.message + u'.');
     return ImportReading{std::move(tab), QString()};
+}
+
+QStringList importSuffixes()
+{
+    return {exchangeExtension.toString(), u"txt"_qs, MusicXml::fileExtension(false),
+            MusicXml::fileExtension(true), u"xml"_qs};
 }
 
 QString proposedImportName(const QString &path)

@@ -35,12 +35,16 @@ std::optional<QString> updateTabInfo(const std::optional<QString> &docsUrl,
 // The imported tab as a new document of the folder, named after its title.
 std::optional<QString> importTabData(const std::optional<QString> &folder, const TabData &tabData);
 
-// Reads an exchange file for import. A file of any shape gives a tab or the message to show.
+// Reads a file for import, by its extension: the exchange form ".lgrd", a plain-text tab
+// ".txt", or a MusicXML score (".musicxml", ".mxl", ".xml"). A file of any shape gives a tab
+// or the message to show.
 struct ImportReading {
     std::optional<TabData> tabData;
     QString message;
 };
 ImportReading readImportFile(const QString &path);
+// The extensions readImportFile takes, for the file chooser.
+QStringList importSuffixes();
 // The name the import dialog proposes: the file name up to its last ".".
 QString proposedImportName(const QString &path);
 

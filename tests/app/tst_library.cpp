@@ -1,4 +1,7 @@
+#include "export/asciitabreader.h"
+#include "export/musicxml.h"
 #include "exportalldialogviewcontroller.h"
+#include "filechoosercontroller.h"
 #include "importdialogviewcontroller.h"
 #include "library/icloudmanager.h"
 #include "lutegridqmlimports.h"
@@ -75,6 +78,7 @@ private Q_SLOTS:
     void labelLimitAndRemoval();
     void removeFolderFromEmptyLabelList();
     void importDialog();
+    void importOtherForms();
     void menuSyncFolderAndAppearance();
     void backupDialog();
     void screenshots_data();
@@ -463,6 +467,60 @@ void TestLibraryWindow::importDialog()
     saveShot(u"import-bad"_qs);
     tap(u"cancelImportButt"_qs);
     QCOMPARE(list->rowNames(), QStringList{u"Riff"_qs});
+}
+
+// A plain-text tab and a MusicXML score come in through the same dialog; a text with no tab
+// in it says so in the reader's words.
+void TestLibraryWindow::importOtherForms()
+{
+    openWindow();
+    TabsListViewController *list = scene->topList();
+    const QDir home(qEnvironmentVariable("LUTEGRID_HOME"));
+    QFile(home.filePath(u"Tune.txt"_qs)).remove();
+    const auto write = [&](const QString &name, const QByteArray &bytes) {
+        QFile file(home.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    };
+    write(u"Tune.txt"_qs, "e|--0--|\nB|--1--|\nG|--0--|\nD|--2--|\nA|--3--|\nE|-----|\n");
+    write(u"Notes.txt"_qs, "Remember to buy strings.\n");
+    TabData score(u"Title inside"_qs, 6);
+    score.tabRowDatas.append(TabRowData(8, 6));
+    score.tabRowDatas[0].colDatas[0].setColumnItem(0, ColumnItemType::note(3));
+    write(u"Score.musicxml"_qs, *MusicXml::write(score, false));
+    write(u"Picture.png"_qs, "not a tab");
+
+    // The chooser offers the forms the import reads, and nothing else.
+    FileChooserController chooser;
+    chooser.suffixes = list->importSuffixes();
+    chooser.setFolder(home.path());
+    QStringList names;
+    for (const QVariant &entry : chooser.entries()) {
+        if (!entry.toMap().value(u"isDir"_qs).toBool())
+            names.append(entry.toMap().value(u"name"_qs).toString());
+    }
+    QVERIFY(names.contains(u"Tune.txt"_qs) && names.contains(u"Score.musicxml"_qs));
+    QVERIFY(!names.contains(u"Picture.png"_qs));
+
+    list->startImport(home.filePath(u"Notes.txt"_qs));
+    settle();
+    QCOMPARE(item(u"tabNameField"_qs)->property("text").toString(), u"Notes"_qs);
+    tap(u"confirmImportButt"_qs);
+    QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(),
+             u"Import was unsuccessful.\n\n"_qs + AsciiTabReader::noTabMessage());
+    saveShot(u"import-not-a-tab"_qs);
+    tap(u"cancelImportButt"_qs);
+
+    for (const QString &file : {u"Tune.txt"_qs, u"Score.musicxml"_qs}) {
+        list->startImport(home.filePath(file));
+        settle();
+        const QString name = file.section(u'.', 0, 0);
+        QCOMPARE(item(u"tabNameField"_qs)->property("text").toString(), name);
+        tap(u"confirmImportButt"_qs);
+        QVERIFY(!item(u"importDialogView"_qs));
+        QTRY_VERIFY(list->rowNames().contains(name));
+    }
+    QCOMPARE(list->rowNames().size(), 2);
 }
 
 void TestLibraryWindow::menuSyncFolderAndAppearance()

@@ -1,6 +1,7 @@
 #include "export/exportdialogviewcontroller.h"
 #include "services/apppaths.h"
 
+#include "analyticscapture.h"
 #include "testfiles.h"
 #include "testmain.h"
 
@@ -84,6 +85,40 @@ private Q_SLOTS:
         controller.exportTab();
         QCOMPARE(controller.overwriteList(), u"• Song.lgrd\n\n• Song.txt"_qs);
         QCOMPARE(controller.exportedFileUrls.size(), 1);
+    }
+
+    // MusicXML and MIDI come after the first three, in that order, and the event name grows
+    // by their two flags only when one of them is on.
+    void scoreFormatsOrderAndEvent()
+    {
+        QList<ExportType> calls;
+        const auto recorder = [&](ExportType type, const TabExportConfiguration &config,
+                                  const QString &path) -> std::optional<QString> {
+            calls.append(type);
+            return DocumentManager::exportToPath(type, config, path);
+        };
+        previousHandler = qInstallMessageHandler(captureAnalytics);
+        analyticsEvents.clear();
+        ExportDialogViewController all(songConfig(), recorder);
+        QVERIFY(!all.musicXmlOn && !all.midiOn);
+        all.midiOn = all.musicXmlOn = all.txtOn = true;
+        all.exportTab();
+        QCOMPARE(calls, (QList<ExportType>{ExportType::TXT, ExportType::MUSICXML, ExportType::MIDI}));
+        QVERIFY(readFile(QDir(exportsFolder()).filePath(u"Song.musicxml"_qs)).contains("<score-partwise"));
+        QVERIFY(readFile(QDir(exportsFolder()).filePath(u"Song.mid"_qs)).startsWith("MThd"));
+
+        ExportDialogViewController midiOnly(songConfig());
+        midiOnly.setFileName(u"Other"_qs);
+        midiOnly.midiOn = true;
+        midiOnly.exportTab();
+        ExportDialogViewController old(songConfig());
+        old.setFileName(u"Third"_qs);
+        old.lgrdOn = old.pdfOn = true;
+        old.exportTab();
+        qInstallMessageHandler(previousHandler);
+        QCOMPARE(analyticsEvents, (QStringList{u"Export_0_1_0_1_1"_qs, u"Export_0_0_0_0_1"_qs,
+                                               u"Export_1_0_1"_qs}));
+        QCOMPARE(midiOnly.successDetails(), u"Saved in the Exports folder:\nOther.mid"_qs);
     }
 };
 

@@ -128,10 +128,10 @@ class TestExportWindow : public QObject {
         QTRY_VERIFY(item(u"fileNameField"_qs)->hasActiveFocus());
     }
 
-    void shoot(const QString &name)
+    void shoot(const QString &name, const QString &folder = u"shots-export"_qs)
     {
         const QString dir =
-            QDir(QCoreApplication::applicationDirPath()).filePath(u"../../../shots-export"_qs);
+            QDir(QCoreApplication::applicationDirPath()).filePath(u"../../../"_qs + folder);
         QDir().mkpath(dir);
         QTest::qWait(250);
         QVERIFY(window->grabWindow().save(QDir(dir).filePath(name + u".png"_qs)));
@@ -264,12 +264,14 @@ private Q_SLOTS:
         for (const QString &name : {u"Song.pdf"_qs, u"Song.txt"_qs, u"Song.lgrd"_qs})
             writeFile(exported(name), "old");
         open();
-        // By keyboard alone: Tab from the name through the three switches to Export.
+        // By keyboard alone: Tab from the name through the five switches to Export, turning
+        // on the first three.
         for (int i = 0; i < 3; ++i) {
             QTest::keyClick(window, Qt::Key_Tab);
             QTest::keyClick(window, Qt::Key_Space);
         }
-        QTest::keyClick(window, Qt::Key_Tab);
+        for (int i = 0; i < 3; ++i)
+            QTest::keyClick(window, Qt::Key_Tab);
         QVERIFY(item(u"exportButt"_qs)->hasActiveFocus());
         QTest::keyClick(window, Qt::Key_Return);
         QCOMPARE(text(u"overwriteFileList"_qs), u"• Song.lgrd\n\n• Song.txt\n\n• Song.pdf"_qs);
@@ -323,6 +325,56 @@ private Q_SLOTS:
         QTest::touchEvent(window, touch).press(0, QPoint(5, 5), window);
         QTest::touchEvent(window, touch).release(0, QPoint(5, 5), window);
         QTRY_VERIFY(!dialog);
+    }
+
+    // The two score formats by touch, after the first three in the written order; a clash
+    // with one of them is asked about like any other. Shot at phone size in both themes.
+    void scoreFormats_data()
+    {
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("phone-light") << false;
+        QTest::newRow("phone-dark") << true;
+    }
+
+    void scoreFormats()
+    {
+        QFETCH(bool, dark);
+        const QString tag = QString::fromUtf8(QTest::currentDataTag());
+        SurfacePalette::instance()->setDark(dark);
+        open();
+        QVERIFY(!item(u"musicXmlSwitch"_qs)->property("checked").toBool());
+        QVERIFY(!item(u"midiSwitch"_qs)->property("checked").toBool());
+        for (const QString &name : {u"lgrdSwitch"_qs, u"pdfSwitch"_qs, u"musicXmlSwitch"_qs,
+                                    u"midiSwitch"_qs})
+            tap(name);
+        // All five rows and both buttons fit on a phone without scrolling.
+        for (const QString &name : {u"midiSwitch"_qs, u"exportButt"_qs}) {
+            QQuickItem *bottom = item(name);
+            QVERIFY(bottom->mapToItem(item(u"dialogBg"_qs), QPointF(0, bottom->height())).y()
+                    <= item(u"dialogBg"_qs)->height());
+        }
+        shoot(u"dialog-input-"_qs + tag, u"shots-formats"_qs);
+        analyticsEvents.clear();
+        previousHandler = qInstallMessageHandler(captureAnalytics);
+        tap(u"exportButt"_qs);
+        qInstallMessageHandler(previousHandler);
+        QVERIFY(item(u"successView"_qs)->isVisible());
+        QCOMPARE(analyticsEvents, QStringList{u"Export_1_0_1_1_1"_qs});
+        QVERIFY(text(u"successDetailsLabel"_qs)
+                    .endsWith(u"Song.lgrd\nSong.pdf\nSong.musicxml\nSong.mid"_qs));
+        QVERIFY(readFile(exported(u"Song.musicxml"_qs)).contains("<score-partwise"));
+        QVERIFY(readFile(exported(u"Song.mid"_qs)).startsWith("MThd"));
+        shoot(u"dialog-done-"_qs + tag, u"shots-formats"_qs);
+
+        // Again with MIDI alone: the file just written is asked about.
+        open();
+        tap(u"midiSwitch"_qs);
+        tap(u"exportButt"_qs);
+        QCOMPARE(text(u"overwriteFileList"_qs), u"• Song.mid"_qs);
+        shoot(u"dialog-asking-"_qs + tag, u"shots-formats"_qs);
+        tap(u"confirmButt"_qs);
+        QCOMPARE(controller()->exportedFiles(), QStringList{exported(u"Song.mid"_qs)});
+        SurfacePalette::instance()->setDark(false);
     }
 
     void screenshots_data()

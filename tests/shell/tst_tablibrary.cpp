@@ -1,3 +1,5 @@
+#include "export/asciitabreader.h"
+#include "export/musicxml.h"
 #include "library/icloudmanager.h"
 #include "library/lutegriddocument.h"
 #include "model/tabfileformat.h"
@@ -11,6 +13,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -53,6 +56,18 @@ std::optional<qint64> fretOf(const QString &path)
     if (!tab)
         return std::nullopt;
     return tab->tabRowDatas[0].colDatas[0].columnItems[1].fret();
+}
+
+// Whether any column of the tab holds `fret` on `string`.
+bool hasNote(const TabData &tab, int string, qint64 fret)
+{
+    for (const TabRowData &row : tab.tabRowDatas) {
+        for (const auto &col : row.colDatas) {
+            if (string < col.columnItems.size() && col.columnItems[string].fret() == fret)
+                return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -202,6 +217,35 @@ private Q_SLOTS:
                  u"That name is already taken"_qs);
     }
 
+    // Plain-text tabs and MusicXML scores, told apart by extension, come in as tabs too.
+    void importOtherForms_data()
+    {
+        QTest::addColumn<QString>("fileName");
+        QTest::addColumn<QByteArray>("bytes");
+        const TabData score = tabWithFret(u"Score"_qs, 5, 2);
+        QTest::newRow("txt") << u"riff.txt"_qs
+                             << QByteArray("Riff\n\ne|-------|\nB|---5---|\nG|-------|\n"
+                                           "D|-------|\nA|-------|\nE|-------|\n");
+        QTest::newRow("musicxml") << u"s1.musicxml"_qs << *MusicXml::write(score, false);
+        QTest::newRow("mxl") << u"s2.mxl"_qs << *MusicXml::write(score, true);
+        QTest::newRow("xml with a score root") << u"s3.XML"_qs << MusicXml::scoreXml(score);
+    }
+
+    void importOtherForms()
+    {
+        QFETCH(QString, fileName);
+        QFETCH(QByteArray, bytes);
+        const QString source = QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(fileName);
+        writeFile(source, bytes);
+        QVERIFY(TabListOperations::importSuffixes().contains(QFileInfo(source).suffix().toLower()));
+        auto reading = TabListOperations::readImportFile(source);
+        QVERIFY2(reading.tabData, qPrintable(reading.message));
+        QVERIFY(hasNote(*reading.tabData, 1, 5));
+        reading.tabData->title = QFileInfo(source).completeBaseName();
+        QVERIFY(!TabListOperations::importTabData(storage(), *reading.tabData));
+        QVERIFY(QFile::exists(QDir(storage()).filePath(reading.tabData->title + u".lgrdi"_qs)));
+    }
+
     void importBadShapes_data()
     {
         QTest::addColumn<QString>("fileName");
@@ -220,6 +264,15 @@ private Q_SLOTS:
         QTest::newRow("document form") << u"t.lgrdi"_qs << documentData(tabWithFret(u"T"_qs, 1))
                                         << notLgrd;
         QTest::newRow("empty") << u"e.lgrd"_qs << QByteArray() << QString();
+        // Other forms say what their own reader found wrong.
+        QTest::newRow("junk txt") << u"j.txt"_qs << QByteArray("just some words\n\x01\xff")
+                                  << AsciiTabReader::noTabMessage();
+        QTest::newRow("xml but no score")
+            << u"x.xml"_qs << QByteArray("<?xml version=\"1.0\"?><html/>")
+            << u"Not a MusicXML score."_qs;
+        QTest::newRow("junk musicxml") << u"j.musicxml"_qs << QByteArray("<score-partwise")
+                                       << QString();
+        QTest::newRow("junk mxl") << u"j.mxl"_qs << QByteArray("PK\x03\x04 broken") << QString();
     }
 
     void importBadShapes()

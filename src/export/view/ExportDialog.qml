@@ -198,6 +198,26 @@ FocusScope {
                         detail: ".pdf, US Letter pages for printing"
                         checked: dialog.controller.pdfOn
                         onToggled: dialog.controller.pdfOn = checked
+                        KeyNavigation.tab: musicXmlSwitch
+                    }
+                    ExportSwitchRow {
+                        id: musicXmlSwitch
+                        objectName: "musicXmlSwitch"
+                        width: panel.width - 2 * panel.padding
+                        text: "MusicXML"
+                        detail: ".musicxml, opens in notation programs"
+                        checked: dialog.controller.musicXmlOn
+                        onToggled: dialog.controller.musicXmlOn = checked
+                        KeyNavigation.tab: midiSwitch
+                    }
+                    ExportSwitchRow {
+                        id: midiSwitch
+                        objectName: "midiSwitch"
+                        width: panel.width - 2 * panel.padding
+                        text: "MIDI"
+                        detail: ".mid, plays in music programs"
+                        checked: dialog.controller.midiOn
+                        onToggled: dialog.controller.midiOn = checked
                         KeyNavigation.tab: exportButt
                     }
                     Text {

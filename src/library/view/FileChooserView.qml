@@ -8,7 +8,8 @@ SheetLayer {
     id: sheet
     property string title: "Choose a file"
     property alias choosingFolder: chooser.choosingFolder
-    property alias suffix: chooser.suffix
+    property alias suffixes: chooser.suffixes
+    property string emptyText: "No files here"
     property string startFolder: ""
     signal chosen(string path)
     objectName: "fileChooserView"
@@ -65,7 +66,7 @@ SheetLayer {
             Text {
                 visible: entryList.count === 0
                 anchors.centerIn: parent
-                text: chooser.choosingFolder ? "No folders here" : "No .lgrd files here"
+                text: chooser.choosingFolder ? "No folders here" : sheet.emptyText
                 color: Theme.secondaryLabel
                 font.pixelSize: 15
             }

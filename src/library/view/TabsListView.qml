@@ -209,8 +209,9 @@ Rectangle {
         z: 11
         active: page.choosingImport
         sourceComponent: FileChooserView {
-            title: "Import a .lgrd file"
-            suffix: "lgrd"
+            title: "Import a tab"
+            suffixes: page.list.importSuffixes
+            emptyText: "No tab files here"
             onCancelled: page.choosingImport = false
             onChosen: (path) => page.list.startImport(path)
         }

@@ -56,7 +56,7 @@ void FileChooserController::list()
         listed.append({info.fileName(), true});
     if (!choosingFolder) {
         for (const QFileInfo &info : dir.entryInfoList(QDir::Files, QDir::Name | QDir::IgnoreCase)) {
-            if (suffix.isEmpty() || info.suffix().compare(suffix, Qt::CaseInsensitive) == 0)
+            if (suffixes.isEmpty() || suffixes.contains(info.suffix(), Qt::CaseInsensitive))
                 listed.append({info.fileName(), false});
         }
     }

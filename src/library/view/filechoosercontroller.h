@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
@@ -13,14 +14,14 @@ class FileChooserController : public QObject {
     Q_PROPERTY(QString folder READ folder NOTIFY changed)
     Q_PROPERTY(QVariantList entries READ entries NOTIFY changed)
     Q_PROPERTY(bool choosingFolder MEMBER choosingFolder NOTIFY changed)
-    Q_PROPERTY(QString suffix MEMBER suffix NOTIFY changed)
+    Q_PROPERTY(QStringList suffixes MEMBER suffixes NOTIFY changed)
 
 public:
     explicit FileChooserController(QObject *parent = nullptr);
 
-    // Choosing a folder lists folders only; else files with `suffix` (any, if empty).
+    // Choosing a folder lists folders only; else files with one of `suffixes` (any, if empty).
     bool choosingFolder = false;
-    QString suffix;
+    QStringList suffixes;
 
     QString folder() const { return current; }
     // Per entry: "name", "isDir".

@@ -409,6 +409,11 @@ std::optional<QString> TabsListViewController::updateTabInfo(const QString &file
     return TabListOperations::updateTabInfo(docsUrl(), fileName, newName, makeCopy, tags);
 }
 
+QStringList TabsListViewController::importSuffixes()
+{
+    return TabListOperations::importSuffixes();
+}
+
 void TabsListViewController::startImport(const QString &path)
 {
     if (dialogs && dialogs->isPresenting())

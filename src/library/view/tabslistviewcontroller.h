@@ -31,6 +31,7 @@ class TabsListViewController : public QObject, public TabsListScreen, public Tab
     QML_ELEMENT
     QML_UNCREATABLE("Made by the window")
     Q_PROPERTY(QString title READ title CONSTANT)
+    Q_PROPERTY(QStringList importSuffixes READ importSuffixes CONSTANT)
     Q_PROPERTY(QStringList rowNames READ rowNames NOTIFY changed)
     Q_PROPERTY(QVariantList rows READ rows NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
@@ -64,6 +65,7 @@ public:
     TabOpenFlow tabOpenFlow;
 
     QString title() const;
+    static QStringList importSuffixes();
     QStringList rowNames() const;
     // Per row: "name", "detail" (when it was changed, its labels), "tags".
     QVariantList rows() const;
