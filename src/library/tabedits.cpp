@@ -261,7 +261,11 @@ bool TabEdits::insertLyricLine(int row, int line, const QString &text)
     QStringList lines = rows()[row].lyricLines;
     line = std::clamp(line, 0, int(lines.size()));
     lines.insert(line, text);
-    return setLyricLines(row, lines, line);
+    // The field keeps the line it shows: a new line is chosen only by the user.
+    int selected = rows()[row].selectedLyricLineIndex;
+    if (line <= selected && lines.size() > 1)
+        ++selected;
+    return setLyricLines(row, lines, std::clamp(selected, 0, int(lines.size()) - 1));
 }
 
 bool TabEdits::removeLyricLine(int row, int line)

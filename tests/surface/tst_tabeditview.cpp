@@ -968,7 +968,13 @@ void TestTabEditView::lyricLinesAddRemoveAndSelect()
     f.view.setLyricLine(0, 0, u"verse one"_qs);
     f.view.insertLyricLine(0, 1, u"verse two"_qs);
     QCOMPARE(f.view.tabRows[0].lyricLines, (QStringList{u"verse one"_qs, u"verse two"_qs}));
+    // Adding a line leaves the field on the line it showed; choosing shows the other.
+    QCOMPARE(f.view.showingTabRows[0].lyricsField.text, u"verse one"_qs);
+    f.view.selectLyricLine(0, 1);
     QCOMPARE(f.view.showingTabRows[0].lyricsField.text, u"verse two"_qs);
+    f.view.insertLyricLine(0, 0, u"prelude"_qs);
+    QCOMPARE(f.view.showingTabRows[0].lyricsField.text, u"verse two"_qs);
+    f.undo.undo();
     f.view.selectLyricLine(0, 0);
     QCOMPARE(f.view.showingTabRows[0].lyricsField.text, u"verse one"_qs);
 
