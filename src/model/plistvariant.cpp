@@ -1,12 +1,14 @@
 #include "plistvariant.h"
 
 #include "binaryplistwriter.h"
+#include "modellog.h"
 
 #include <QDateTime>
 #include <QTimeZone>
 
 #include <plist/plist.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -28,8 +30,29 @@ const QDateTime &referenceDate()
     return date;
 }
 
-// Limits on the tree that a binary file may expand into: a few thousand bytes of shared
-// references could otherwise describe billions of nodes.
+// The seconds a date node holds, if the writer can write them back: libplist hands dates out
+// only as 32-bit whole seconds, and converting NaN, an infinity or 1e20 into those is undefined,
+// so the stored double is taken from the node written out on its own.
+std::optional<double> dateSeconds(plist_t node)
+{
+    char *bytes = nullptr;
+    uint32_t length = 0;
+    plist_to_bin(node, &bytes, &length);
+    std::optional<double> seconds;
+    // "bplist00", then the date object: its marker and a big-endian double.
+    if (bytes && length >= 17 && uchar(bytes[8]) == 0x33) {
+        quint64 pattern = 0;
+        for (int i = 0; i < 8; ++i)
+            pattern = (pattern << 8) | uchar(bytes[9 + i]);
+        double value = 0;
+        std::memcpy(&value, &pattern, sizeof value);
+        if (std::isfinite(value) && value >= double(INT32_MIN) && value <= double(INT32_MAX))
+            seconds = value;
+    }
+    if (bytes)
+        plist_to_bin_free(bytes);
+    return seconds;
+}
 
 // Written with our own writer: libplist takes text as C strings and would end it at a NUL.
 std::optional<BinaryPlistWriter::Ref> encode(BinaryPlistWriter &plist, const QVariant &value,
@@ -130,10 +153,14 @@ QVariant fromNode(plist_t node, int depth)
         return bytes ? QByteArray(bytes, qsizetype(length)) : QByteArray("");
     }
     case PLIST_DATE: {
-        int32_t seconds = 0;
-        int32_t micro = 0;
-        plist_get_date_val(node, &seconds, &micro);
-        return referenceDate().addMSecs(qint64(seconds) * 1000 + micro / 1000);
+        // A date no file of ours can hold is left out like any value of no known type, so
+        // that one such value cannot make every later write of the whole dictionary fail.
+        const std::optional<double> seconds = dateSeconds(node);
+        if (!seconds) {
+            qCWarning(lcModel) << "a date out of range was left out of a property list";
+            return {};
+        }
+        return referenceDate().addMSecs(std::llround(*seconds * 1000.0));
     }
     case PLIST_ARRAY: {
         QVariantList list;
@@ -404,9 +431,9 @@ std::optional<QByteArray> binaryData(const QVariantMap &dictionary)
     return plist.finish(*root);
 }
 
-std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes)
+std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes, const GraphLimits &limits)
 {
-    if (bytes.size() > maximumFileBytes || !isSafeBinaryPlist(bytes))
+    if (bytes.size() > maximumFileBytes || !isSafeBinaryPlist(bytes, limits))
         return std::nullopt;
     plist_t parsed = nullptr;
     plist_from_bin(bytes.data(), uint32_t(bytes.size()), &parsed);

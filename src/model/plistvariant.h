@@ -26,11 +26,6 @@ std::optional<QVariant> normalized(const QVariant &value);
 // type. Integers are stored as their 64-bit pattern, so negative numbers come back intact.
 std::optional<QByteArray> binaryData(const QVariantMap &dictionary);
 
-// The dictionary at the root of a binary property list, or nothing if the bytes are no binary
-// property list, the root is no dictionary, or the structure is too deep or too large.
-// Entries of types that have no QVariant form (UIDs) are left out.
-std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes);
-
 // How large the tree that a parser builds from a file may grow. The parser copies an object
 // for every reference to it, so a small file that shares objects cleverly could otherwise
 // expand into billions of nodes.
@@ -44,5 +39,12 @@ struct GraphLimits {
 // range, no cycles, dictionary keys the parser can hold, nesting and expansion within the
 // limits.
 bool isSafeBinaryPlist(QByteArrayView bytes, const GraphLimits &limits = GraphLimits());
+
+// The dictionary at the root of a binary property list, or nothing if the bytes are no binary
+// property list, the root is no dictionary, or the structure is deeper or expands larger than
+// the limits. Entries of types that have no QVariant form (UIDs) are left out, and so are dates
+// that no property list of ours can hold (not finite, or past 32-bit seconds).
+std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes,
+                                              const GraphLimits &limits = GraphLimits());
 
 } // namespace PlistVariant

@@ -39,13 +39,44 @@ struct FileStamp {
     friend bool operator==(const FileStamp &, const FileStamp &) = default;
 };
 
+// How far a file may expand when read: libplist copies an object for every reference to it,
+// so a few hundred bytes of shared lists can describe half a million nodes, which every later
+// write would spend seconds writing out and then refuse. A value tree the store writes within
+// its quota spends a reference and mostly an object of its own on every node, several bytes
+// once the file holds more than 65,536 objects; an eighth of the quota in nodes and the quota
+// in text and data is far beyond what labels and chords need. Writes are held to the same
+// limits (see fitsQuota), so whatever the store writes always reads back.
+PlistVariant::GraphLimits storeLimits()
+{
+    PlistVariant::GraphLimits limits;
+    limits.expandedNodes = CloudKeyValueStore::maximumBytes / 8;
+    limits.expandedPayloadBytes = CloudKeyValueStore::maximumBytes;
+    return limits;
+}
+
+// The file the store would write for these values, or nothing if they pass the quota: too
+// many keys, too many bytes, or a tree that would not read back within the store's limits.
+std::optional<QByteArray> bytesWithinQuota(const QVariantMap &content)
+{
+    if (content.size() > CloudKeyValueStore::maximumKeys)
+        return std::nullopt;
+    auto bytes = PlistVariant::binaryData(content);
+    if (!bytes || bytes->size() > CloudKeyValueStore::maximumBytes
+        || !PlistVariant::isSafeBinaryPlist(*bytes, storeLimits()))
+        return std::nullopt;
+    return bytes;
+}
+
 struct FileRead {
     bool exists = false;
     QByteArray hash;
     std::optional<QVariantMap> values;
 };
 
-FileRead readStoreFile(const QString &path)
+// Reads and checks a store file; one whose hash is `knownHash` is not parsed again. A file that
+// the store could not write back within its quota is unreadable: held, it would make every
+// later write fail.
+FileRead readStoreFile(const QString &path, const QByteArray &knownHash = {})
 {
     FileRead result;
     QFile file(path);
@@ -56,13 +87,23 @@ FileRead readStoreFile(const QString &path)
         qCWarning(lcServices) << "cannot read key-value store" << path << file.errorString();
         return result;
     }
-    if (file.size() > PlistVariant::maximumFileBytes) {
+    if (file.size() > CloudKeyValueStore::maximumBytes) {
         qCWarning(lcServices) << "key-value store too large to read" << path;
         return result;
     }
-    const QByteArray bytes = file.read(PlistVariant::maximumFileBytes + 1);
+    const QByteArray bytes = file.read(CloudKeyValueStore::maximumBytes + 1);
+    if (bytes.size() > CloudKeyValueStore::maximumBytes) {
+        qCWarning(lcServices) << "key-value store too large to read" << path;
+        return result;
+    }
     result.hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
-    result.values = PlistVariant::dictionaryFromData(bytes);
+    if (result.hash == knownHash)
+        return result;
+    result.values = PlistVariant::dictionaryFromData(bytes, storeLimits());
+    if (result.values && !bytesWithinQuota(*result.values)) {
+        qCWarning(lcServices) << "key-value store holds more than its quota" << path;
+        result.values.reset();
+    }
     return result;
 }
 
@@ -162,8 +203,12 @@ struct CloudKeyValueStore::Private {
 
     bool writeValues()
     {
-        const auto bytes = PlistVariant::binaryData(values);
-        return bytes && write(values, *bytes);
+        const auto bytes = bytesWithinQuota(values);
+        if (!bytes) {
+            qCWarning(lcServices) << "key-value store over its quota, not written" << path();
+            return false;
+        }
+        return write(values, *bytes);
     }
 
     // Reads the file if it changed since we last wrote or read it, and takes in its values
@@ -179,7 +224,7 @@ struct CloudKeyValueStore::Private {
         if (stamp == knownStamp && !evenIfSameStamp)
             return;
         knownStamp = stamp;
-        const FileRead read = readStoreFile(file);
+        const FileRead read = readStoreFile(file, knownHash);
         if (!read.exists || read.hash.isEmpty() || read.hash == knownHash)
             return;
         knownHash = read.hash;
@@ -235,9 +280,9 @@ struct CloudKeyValueStore::Private {
         if (copies.isEmpty())
             return;
         if (!merged.isEmpty()) {
-            const auto bytes = PlistVariant::binaryData(content);
+            const auto bytes = bytesWithinQuota(content);
             // A merge that would pass the quota or can't be written keeps the copies for later.
-            if (!bytes || bytes->size() > maximumBytes || !write(content, *bytes))
+            if (!bytes || !write(content, *bytes))
                 return;
             announce(ServerChange, merged);
         }
@@ -273,6 +318,14 @@ struct CloudKeyValueStore::Private {
                         loaded.insert(it.key(), it.value());
                         carried = true;
                     }
+                }
+                // Values carried over that would take the file past its quota stay behind:
+                // held, they would make every later write fail.
+                if (carried && !bytesWithinQuota(loaded)) {
+                    qCWarning(lcServices) << "values held here pass the quota of" << file
+                                          << ", taking the file's alone";
+                    loaded = *read.values;
+                    carried = false;
                 }
                 const QStringList keys = changedKeys(values, loaded);
                 values = loaded;
@@ -376,8 +429,8 @@ void CloudKeyValueStore::setObject(const QVariant &value, const QString &key)
         return;
     QVariantMap content = d->values;
     content.insert(key, *stored);
-    const auto bytes = PlistVariant::binaryData(content);
-    if (!bytes || content.size() > maximumKeys || bytes->size() > maximumBytes) {
+    const auto bytes = bytesWithinQuota(content);
+    if (!bytes) {
         d->announce(QuotaViolationChange, {key});
         return;
     }

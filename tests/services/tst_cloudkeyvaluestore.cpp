@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -14,6 +15,10 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimeZone>
+#include <QtEndian>
+
+#include <cstring>
+#include <limits>
 
 namespace {
 
@@ -398,6 +403,116 @@ private Q_SLOTS:
         writeFile(storePath(), plistOf({{u"kept"_qs, u"w"_qs}}));
         QVERIFY(spy.wait(2000));
         QCOMPARE(store.objectForKey(u"kept"_qs), QVariant(u"w"_qs));
+    }
+
+    // A few hundred bytes of lists shared at every level expand to half a million nodes: under
+    // the reader's general limit, but beyond anything the store could write back within its
+    // quota. Taken in, every later write would re-encode it for seconds and then be refused.
+    void anExpandingFileIsRefusedAndWritesGoOn_data()
+    {
+        QTest::addColumn<bool>("asConflictCopy");
+        QTest::newRow("the store's file") << false;
+        QTest::newRow("a conflict copy") << true;
+    }
+
+    void anExpandingFileIsRefusedAndWritesGoOn()
+    {
+        QFETCH(bool, asConflictCopy);
+        HandMadePlist bomb;
+        bomb.add(HandMadePlist::dict({1, 2}, {3, 4}));
+        bomb.add(HandMadePlist::ascii("other"));
+        bomb.add(HandMadePlist::ascii("k"));
+        bomb.add(HandMadePlist::ascii("from the file"));
+        for (int i = 0; i < 18; ++i)
+            bomb.add(HandMadePlist::array({5 + i, 5 + i}));
+        bomb.add(HandMadePlist::yes());
+        const QByteArray bytes = bomb.data(0);
+        QVERIFY(bytes.size() < 500);
+        QVERIFY(PlistVariant::isSafeBinaryPlist(bytes)); // passes the general limit
+
+        const QString copyPath = QDir(folder->path()).filePath(
+            u"lutegrid-keyvalues.sync-conflict-20261124-073000-ABCDEF.plist"_qs);
+        if (asConflictCopy)
+            writeFile(copyPath, bytes);
+        else
+            writeFile(storePath(), bytes);
+        CloudKeyValueStore store(folder->path());
+        QVERIFY(!store.objectForKey(u"k"_qs).isValid());
+        QVERIFY(!store.objectForKey(u"other"_qs).isValid());
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        store.setObject(u"mine"_qs, u"label"_qs);
+        store.setObject(QVariantList{u"0"_qs, u"2"_qs}, u"chord"_qs);
+        QVERIFY(store.synchronize());
+        QTest::qWait(50);
+        for (const QList<QVariant> &notice : std::as_const(spy))
+            QVERIFY(notice.at(0).toInt() != CloudKeyValueStore::QuotaViolationChange);
+        QCOMPARE(store.objectForKey(u"label"_qs), QVariant(u"mine"_qs));
+        const auto onDisk = PlistVariant::dictionaryFromData(readFile(storePath()));
+        QVERIFY(onDisk);
+        QCOMPARE(onDisk->keys(), (QStringList{u"chord"_qs, u"label"_qs}));
+        // An unreadable copy is left for the user, not merged.
+        QCOMPARE(QFileInfo::exists(copyPath), asConflictCopy);
+    }
+
+    // What the store agrees to write always reads back: a value tree past the reader's
+    // expansion limit is refused as over the quota, however few bytes it would take.
+    void whatIsWrittenReadsBack()
+    {
+        CloudKeyValueStore store(folder->path());
+        QSignalSpy spy(&store, &CloudKeyValueStore::didChangeExternally);
+        // Lists of lists: a single list that long takes libplist quadratic time to read.
+        const QVariantList row(400, true);
+        store.setObject(QVariantList(500, row), u"many"_qs);
+        QTRY_COMPARE(spy.size(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), int(CloudKeyValueStore::QuotaViolationChange));
+        QVERIFY(!store.objectForKey(u"many"_qs).isValid());
+
+        store.setObject(QVariantList(250, row), u"fewer"_qs);
+        store.setObject(1, u"after"_qs);
+        CloudKeyValueStore reloaded(folder->path());
+        QCOMPARE(reloaded.arrayForKey(u"fewer"_qs), QVariantList(250, row));
+        QCOMPARE(reloaded.objectForKey(u"after"_qs), QVariant(qint64(1)));
+    }
+
+    // Dates that no file can hold are left out when read; the other keys load and every later
+    // write goes through.
+    void anUnwritableDateDoesNotBlockWrites_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::newRow("NaN") << std::numeric_limits<double>::quiet_NaN();
+        QTest::newRow("+inf") << std::numeric_limits<double>::infinity();
+        QTest::newRow("-inf") << -std::numeric_limits<double>::infinity();
+        QTest::newRow("1e20 s") << 1e20;
+        QTest::newRow("-1e20 s") << -1e20;
+    }
+
+    void anUnwritableDateDoesNotBlockWrites()
+    {
+        QFETCH(double, seconds);
+        quint64 pattern = 0;
+        std::memcpy(&pattern, &seconds, sizeof pattern);
+        const quint64 bigEndian = qToBigEndian(pattern);
+        const QByteArray date =
+            QByteArray(1, char(0x33)) + QByteArray(reinterpret_cast<const char *>(&bigEndian), 8);
+
+        HandMadePlist plist;
+        plist.add(HandMadePlist::dict({1, 2, 3}, {4, 5, 6}));
+        plist.add(HandMadePlist::ascii("when"));
+        plist.add(HandMadePlist::ascii("other"));
+        plist.add(HandMadePlist::ascii("list"));
+        plist.add(date);
+        plist.add(HandMadePlist::ascii("kept"));
+        plist.add(HandMadePlist::array({4, 5}));
+        writeFile(storePath(), plist.data(0));
+
+        CloudKeyValueStore store(folder->path());
+        QVERIFY(!store.objectForKey(u"when"_qs).isValid());
+        QCOMPARE(store.objectForKey(u"other"_qs), QVariant(u"kept"_qs));
+        QCOMPARE(store.arrayForKey(u"list"_qs), QVariantList{u"kept"_qs});
+        store.setObject(2, u"new"_qs);
+        CloudKeyValueStore reloaded(folder->path());
+        QCOMPARE(reloaded.objectForKey(u"new"_qs), QVariant(qint64(2)));
+        QCOMPARE(reloaded.objectForKey(u"other"_qs), QVariant(u"kept"_qs));
     }
 
 private:
