@@ -12,7 +12,7 @@ LUTEGRID_PACKAGES=(
     libplist-dev libsoundtouch-dev libsndfile1-dev libpulse-dev libzip-dev
     pulseaudio pulseaudio-utils
     unzip libqt6svg6 poppler-utils
-    libsmf-dev libxml2-utils python3-mido
+    libxml2-utils python3-mido
 )
 
 as_root() {

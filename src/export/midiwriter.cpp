@@ -1,16 +1,13 @@
+// Written by hand rather than with libsmf: its save reloads the file to check it and frees that
+// copy event by event, quadratic in the event count (tens of seconds for a long tab).
 #include "midiwriter.h"
 
-#include "exportlog.h"
 #include "music/stringpitches.h"
 #include "tabtimeline.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <smf.h>
-
 #include <algorithm>
-#include <memory>
+#include <array>
+#include <initializer_list>
 
 namespace {
 
@@ -21,9 +18,26 @@ struct Event {
     std::array<unsigned char, 3> bytes{};
 };
 
-struct SmfDeleter {
-    void operator()(smf_t *smf) const { smf_delete(smf); }
-};
+// Seven bits a byte, most significant first, every byte but the last with its top bit set.
+void appendVariableLength(QByteArray &out, qint64 value)
+{
+    value = std::clamp<qint64>(value, 0, 0x0fffffff);
+    unsigned char bytes[4];
+    int count = 0;
+    do {
+        bytes[count++] = static_cast<unsigned char>(value & 0x7f);
+        value >>= 7;
+    } while (value > 0);
+    while (count > 1)
+        out.append(char(bytes[--count] | 0x80));
+    out.append(char(bytes[0]));
+}
+
+void appendBigEndian(QByteArray &out, quint32 value, int size)
+{
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        out.append(char((value >> shift) & 0xff));
+}
 
 } // namespace
 
@@ -69,45 +83,39 @@ std::optional<QByteArray> MidiWriter::write(const TabData &tab)
         return int(std::min<qint64>((tick * ppqn + tpq / 2) / tpq, 0x0fffffff));
     };
 
-    std::unique_ptr<smf_t, SmfDeleter> smf(smf_new());
-    if (!smf || smf_set_ppqn(smf.get(), int(ppqn)) != 0)
-        return std::nullopt;
-    smf_track_t *track = smf_track_new();
-    if (!track)
-        return std::nullopt;
-    smf_add_track(smf.get(), track);
+    // Format 0: one track, its events in time order with delta times in pulses.
+    QByteArray track;
+    qint64 last = 0;
+    const auto add = [&](qint64 at, std::initializer_list<unsigned char> bytes,
+                         const QByteArray &data = {}) {
+        appendVariableLength(track, std::max<qint64>(at - last, 0));
+        last = std::max(last, at);
+        for (unsigned char byte : bytes)
+            track.append(char(byte));
+        track.append(data);
+    };
 
+    // The tab's title names the track.
     const QByteArray name = tab.title.toUtf8();
-    if (smf_event_t *title = smf_event_new_textual(0x03, name.constData()))
-        smf_track_add_event_pulses(track, title, 0);
-    const qint64 microseconds = 60000000 / std::max<qint64>(timeline.tempo, 1);
-    unsigned char tempo[6] = {0xff, 0x51, 0x03, static_cast<unsigned char>(microseconds >> 16),
-                              static_cast<unsigned char>(microseconds >> 8),
-                              static_cast<unsigned char>(microseconds)};
-    if (smf_event_t *event = smf_event_new_from_pointer(tempo, sizeof tempo))
-        smf_track_add_event_pulses(track, event, 0);
-    if (smf_event_t *event = smf_event_new_from_bytes(0xc0, program, -1))
-        smf_track_add_event_pulses(track, event, 0);
-    for (const Event &note : events) {
-        smf_event_t *event = smf_event_new_from_bytes(note.bytes[0], note.bytes[1], note.bytes[2]);
-        if (!event)
-            return std::nullopt;
-        smf_track_add_event_pulses(track, event, pulses(note.tick));
-    }
-    if (smf_track_add_eot_pulses(track, pulses(timeline.totalTicks)) != 0)
-        return std::nullopt;
+    QByteArray nameLength;
+    appendVariableLength(nameLength, name.size());
+    add(0, {0xff, 0x03}, nameLength + name);
+    const qint64 microseconds = std::min<qint64>(60000000 / std::max<qint64>(timeline.tempo, 1),
+                                                 0xffffff);
+    add(0, {0xff, 0x51, 0x03, static_cast<unsigned char>(microseconds >> 16),
+            static_cast<unsigned char>(microseconds >> 8), static_cast<unsigned char>(microseconds)});
+    add(0, {0xc0, static_cast<unsigned char>(program)});
+    for (const Event &note : events)
+        add(pulses(note.tick), {note.bytes[0], note.bytes[1], note.bytes[2]});
+    add(std::max<qint64>(pulses(timeline.totalTicks), last), {0xff, 0x2f, 0x00});
 
-    // The library writes only to a named file.
-    QTemporaryDir folder;
-    if (!folder.isValid())
-        return std::nullopt;
-    const QByteArray path = QFile::encodeName(folder.filePath(u"tab.mid"_qs));
-    if (smf_save(smf.get(), path.constData()) != 0) {
-        qCWarning(lcExport) << "cannot write the MIDI file";
-        return std::nullopt;
-    }
-    QFile file(QString::fromLocal8Bit(path));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    return file.readAll();
+    QByteArray file("MThd");
+    appendBigEndian(file, 6, 4);
+    appendBigEndian(file, 0, 2);
+    appendBigEndian(file, 1, 2);
+    appendBigEndian(file, quint32(ppqn), 2);
+    file.append("MTrk");
+    appendBigEndian(file, quint32(track.size()), 4);
+    file.append(track);
+    return file;
 }

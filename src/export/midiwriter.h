@@ -13,7 +13,7 @@ namespace MidiWriter {
 
 // "mid".
 QString fileExtension();
-// The file's bytes, or nothing if the MIDI library could not make them.
+// The file's bytes; always made (optional for callers that treat other writers alike).
 std::optional<QByteArray> write(const TabData &tab);
 
 } // namespace MidiWriter

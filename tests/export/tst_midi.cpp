@@ -113,6 +113,26 @@ private Q_SLOTS:
         QCOMPARE(notesOf(*midi),
                  (QStringList{u"0.0000 35"_qs, u"0.0000 28"_qs, u"0.4000 48"_qs}));
     }
+
+    // A column a second; silent columns between the notes make the gaps from one event to the
+    // next need two (a second), three (forty seconds) and four bytes (4,400 seconds) of delta.
+    void longGapsKeepTheirOnsets()
+    {
+        QList<TabColumnData> columns(4443, TabColumnData(6));
+        columns[0] = column({{0, 0}});
+        columns[41] = column({{0, 1}});
+        columns[4442] = column({{0, 2}});
+        TabData tab(u"Gaps"_qs, {TabRowData(columns, {})}, standardStringNotes(6), 0,
+                    std::nullopt);
+        ViewModePlaybackOptions playback;
+        playback.playbackSpeed = 60;
+        playback.playbackColumnsInBeat = 1;
+        tab.playbackOptions = playback;
+        const auto midi = MidiWriter::write(tab);
+        QVERIFY(midi);
+        QCOMPARE(notesOf(*midi),
+                 (QStringList{u"0.0000 64"_qs, u"41.0000 65"_qs, u"4442.0000 66"_qs}));
+    }
 };
 
 LUTEGRID_TEST_MAIN(TestMidi)
