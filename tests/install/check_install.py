@@ -43,7 +43,7 @@ with tempfile.TemporaryDirectory() as prefix:
         for line in f:
             if line.startswith("#"):
                 continue
-            _, mime, pattern = line.rstrip("\n").split(":", 2)[:3]
+            _, mime, pattern = line.rstrip("\n").split(":")[:3]
             globs[pattern] = mime
     expected = {"*.lgrdi": "application/x-lutegrid-tab", "*.lgrd": "application/x-lutegrid-exchange"}
     for pattern, mime in expected.items():
