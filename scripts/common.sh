@@ -13,6 +13,7 @@ LUTEGRID_PACKAGES=(
     pulseaudio pulseaudio-utils
     unzip libqt6svg6 poppler-utils
     libxml2-utils python3-mido
+    desktop-file-utils appstream shared-mime-info librsvg2-bin
 )
 
 as_root() {

@@ -1,6 +1,7 @@
 #include "library/icloudmanager.h"
 #include "lutegridqmlimports.h"
 #include "mainscene.h"
+#include "windowplacement.h"
 #include "shell/appmanager.h"
 
 #include <QElapsedTimer>
@@ -35,6 +36,12 @@ int main(int argc, char *argv[])
     std::unique_ptr<QQuickWindow> window(scene.loadWindow(engine));
     if (!window)
         return 1;
+    WindowPlacement::restoreAndTrack(window.get());
+    // The desktop entry's "New Tab" action: the editor on a new tab, as the list's button does.
+    if (app.arguments().contains(u"--new-tab"_qs)) {
+        if (TabsListViewController *list = scene.topList())
+            list->newTab();
+    }
     // A file handed to the program on its command line is offered for import.
     for (const QString &argument : app.arguments().mid(1)) {
         if (argument.startsWith(u'-') || !QFileInfo::exists(argument))
@@ -52,6 +59,7 @@ int main(int argc, char *argv[])
         });
     }
     const int result = app.exec();
+    WindowPlacement::saveGeometry(window->geometry());
     // The editor saves its rows as its screen goes.
     window.reset();
     return result;

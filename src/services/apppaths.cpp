@@ -43,6 +43,11 @@ QString exportsDirectory()
     return QDir(temporaryDirectory()).filePath(u"Exports"_qs);
 }
 
+QString configDirectory()
+{
+    return underHome(u"Config"_qs, QStandardPaths::AppConfigLocation, QString());
+}
+
 QString defaultSyncDirectory()
 {
     return underHome(u"Sync"_qs, QStandardPaths::HomeLocation, u"Lutegrid"_qs);

@@ -13,6 +13,8 @@ QString libraryDirectory();
 QString temporaryDirectory();
 // The "Exports" folder of the temporary area.
 QString exportsDirectory();
+// Settings of the desktop program itself, such as where its window was.
+QString configDirectory();
 // Where the program suggests a synced folder.
 QString defaultSyncDirectory();
 
