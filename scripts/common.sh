@@ -11,7 +11,7 @@ LUTEGRID_PACKAGES=(
     qml6-module-qttest libgl-dev
     libplist-dev libsoundtouch-dev libsndfile1-dev libpulse-dev libzip-dev
     pulseaudio pulseaudio-utils
-    unzip libqt6svg6 poppler-utils
+    unzip libqt6svg6 poppler-utils fonts-dejavu-core
     libxml2-utils python3-mido
     desktop-file-utils appstream shared-mime-info librsvg2-bin
 )
