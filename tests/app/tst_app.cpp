@@ -12,6 +12,8 @@
 #include "surfacepalette.h"
 #include "tabeditsurface.h"
 
+#include "appwindow.h"
+
 #include <QClipboard>
 #include <QDir>
 #include <QFile>
@@ -27,27 +29,6 @@
 #include <memory>
 
 namespace {
-
-// The first item of type T under `item`; with a name, the first visible one of that name.
-template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
-{
-    if (!item)
-        return nullptr;
-    auto *typed = qobject_cast<T *>(item);
-    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
-        return typed;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (T *found = findItem<T>(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-QString storageFolder()
-{
-    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
-}
 
 void writeFile(const QString &name, const QByteArray &bytes, const QDateTime &modified = {})
 {

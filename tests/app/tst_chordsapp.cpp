@@ -10,6 +10,8 @@
 #include "surfacepalette.h"
 #include "tabeditsurface.h"
 
+#include "appwindow.h"
+
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -52,11 +54,6 @@ template <typename T> T *findTyped(QQuickItem *item)
             return found;
     }
     return nullptr;
-}
-
-QString storageFolder()
-{
-    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
 }
 
 ChordShortcut custom(const QString &name, qint64 fret)

@@ -14,6 +14,8 @@
 #include "tabinfoviewcontroller.h"
 #include "tabslistviewcontroller.h"
 
+#include "appwindow.h"
+
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -27,26 +29,6 @@
 #include <memory>
 
 namespace {
-
-template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
-{
-    if (!item)
-        return nullptr;
-    auto *typed = qobject_cast<T *>(item);
-    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
-        return typed;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (T *found = findItem<T>(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-QString storageFolder()
-{
-    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
-}
 
 void writeTab(const QString &name, qint64 fret, const QDateTime &modified)
 {

@@ -8,6 +8,8 @@
 #include "surfacepalette.h"
 #include "tabeditsurface.h"
 
+#include "appwindow.h"
+
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -22,25 +24,6 @@
 #include <memory>
 
 namespace {
-
-template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
-{
-    if (!item)
-        return nullptr;
-    auto *typed = qobject_cast<T *>(item);
-    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
-        return typed;
-    for (QQuickItem *child : item->childItems()) {
-        if (T *found = findItem<T>(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-QString storageFolder()
-{
-    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
-}
 
 // Two rows with a phrase in row 0: frets 3 to 6 on the top string in columns 2 to 5, a 7 on the
 // second string in column 3, chord names over columns 2 and 4.

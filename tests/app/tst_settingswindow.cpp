@@ -7,6 +7,8 @@
 #include "shell/appmanager.h"
 #include "surfacepalette.h"
 
+#include "appwindow.h"
+
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -21,26 +23,6 @@
 #include <memory>
 
 namespace {
-
-template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
-{
-    if (!item)
-        return nullptr;
-    auto *typed = qobject_cast<T *>(item);
-    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
-        return typed;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (T *found = findItem<T>(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-QString storageFolder()
-{
-    return iCloudManager::shared().iCloudContainerUrl.value_or(QString());
-}
 
 // A tab of `rows` rows with a short melody in the first.
 QByteArray melody(const QString &title, int rows)

@@ -9,6 +9,8 @@
 #include "surfacepalette.h"
 #include "viewmodescreenitem.h"
 
+#include "appwindow.h"
+
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -26,21 +28,6 @@
 #include <memory>
 
 namespace {
-
-template <typename T = QQuickItem> T *findItem(QQuickItem *item, const QString &name = {})
-{
-    if (!item)
-        return nullptr;
-    auto *typed = qobject_cast<T *>(item);
-    if (typed && (name.isEmpty() || (item->objectName() == name && item->isVisible())))
-        return typed;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (T *found = findItem<T>(child, name))
-            return found;
-    }
-    return nullptr;
-}
 
 // `rows` rows of 32 columns; every column has the open A string, so each tick sounds A2.
 QByteArray tabOfRows(int rows)
