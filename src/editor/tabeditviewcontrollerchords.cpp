@@ -40,12 +40,6 @@ void TabEditViewController::setUpChordsAndLyrics()
 void TabEditViewController::toggleChordShortcutMode()
 {
     chordShortcutMode->dialogs = dialogs;
-    chordShortcutMode->leaveOtherModes = [this] {
-        if (inMagicEditMode && !shortLayout)
-            toggleMagicEditMode();
-        if (moreToolsViewShowing)
-            toggleMoreToolsView();
-    };
     chordShortcutMode->toggleChordShortcutMode();
 }
 

@@ -204,9 +204,6 @@ std::optional<QString> DocumentManager::exportFile(ExportType type,
                                                    const TabExportConfiguration &configuration,
                                                    const QString &fileName)
 {
-    const auto bytes = exportData(type, configuration);
-    if (!bytes)
-        return std::nullopt;
     const QString folder = AppPaths::exportsDirectory();
     if (!AppPaths::ensureDirectory(folder)) {
         qCWarning(lcExport).noquote() << u"error creating exports dir "_qs + folder;
@@ -216,14 +213,8 @@ std::optional<QString> DocumentManager::exportFile(ExportType type,
     // A title is free text; a slash in it must not lead the file into another folder.
     name.replace(u'/', u'-');
     name.replace(QChar(u'\0'), u'-');
-    const QString path = QDir(folder).filePath(name + u'.' + fileExtension(type));
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size()
-        || !file.commit()) {
-        qCWarning(lcExport) << "cannot write export" << path << file.errorString();
-        return std::nullopt;
-    }
-    return path;
+    return exportToPath(type, configuration,
+                        QDir(folder).filePath(name + u'.' + fileExtension(type)));
 }
 
 std::optional<QString> DocumentManager::exportToPath(ExportType type,

@@ -181,15 +181,22 @@ void TabViewController::afterManualMove()
     sequence.syncSongIndex(viewConfigState.playbackOptions.playbackByMeasure);
 }
 
+bool TabViewController::highlightFirstColumnIfNone()
+{
+    if (sequence.lastHighlightIndex)
+        return false;
+    // A move with nothing highlighted starts at the tab's first column.
+    sequence.lastHighlightIndex = QPointF(0, 0);
+    afterManualMove();
+    return true;
+}
+
 void TabViewController::moveHighlightColumn(int delta, bool allowBeforeFirst)
 {
     const int rowCount = int(tabData.tabRowDatas.size());
-    auto &highlight = sequence.lastHighlightIndex;
-    if (!highlight) {
-        highlight = QPointF(0, 0);
-        afterManualMove();
+    if (highlightFirstColumnIfNone())
         return;
-    }
+    auto &highlight = sequence.lastHighlightIndex;
     const int row = int(highlight->y());
     const int col = int(highlight->x());
     if (row < 0 || row >= rowCount) {
@@ -221,12 +228,9 @@ void TabViewController::moveHighlightColumn(int delta, bool allowBeforeFirst)
 void TabViewController::moveHighlightRow(int delta)
 {
     const int rowCount = int(tabData.tabRowDatas.size());
-    auto &highlight = sequence.lastHighlightIndex;
-    if (!highlight) {
-        highlight = QPointF(0, 0);
-        afterManualMove();
+    if (highlightFirstColumnIfNone())
         return;
-    }
+    auto &highlight = sequence.lastHighlightIndex;
     const int row = int(highlight->y());
     const int col = int(highlight->x());
     if (row >= rowCount || row + delta < 0 || row + delta >= rowCount) {

@@ -175,6 +175,8 @@ private:
     void clickIfOnBeat();
     int ticksPerBeat() const;
     void afterManualMove();
+    // Highlights the first column when nothing is; says whether it did.
+    bool highlightFirstColumnIfNone();
 
     std::unique_ptr<QtViewModeTimers> ownTimers;
     ViewModeTimers *timers;
