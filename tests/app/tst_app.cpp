@@ -1,44 +1,15 @@
-#include "editorscreenitem.h"
 #include "fretboarditem.h"
 #include "library/conflictresolver.h"
-#include "library/icloudmanager.h"
 #include "library/lutegriddocument.h"
-#include "lutegridqmlimports.h"
-#include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "services/lgundomanager.h"
 #include "services/saveddata.h"
-#include "shell/appmanager.h"
-#include "surfacepalette.h"
-#include "tabeditsurface.h"
 
 #include "appwindow.h"
 
 #include <QClipboard>
-#include <QDir>
-#include <QFile>
-#include <QGuiApplication>
-#include <QPointingDevice>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
-
-void writeFile(const QString &name, const QByteArray &bytes, const QDateTime &modified = {})
-{
-    QFile file(QDir(storageFolder()).filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-    QVERIFY(file.flush());
-    if (modified.isValid())
-        QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
-}
 
 QByteArray tabWithNote(const QString &title, qint64 fret, int rows = 1)
 {
@@ -61,7 +32,7 @@ std::optional<TabData> readTab(const QString &name)
 
 // The app as a guitarist meets it, headless: the list, a new tab, notes played in on the
 // fretboard with fingers, the tools, the dialogs, a conflict, and the tab kept across windows.
-class TestApp : public QObject {
+class TestApp : public QObject, AppWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -100,32 +71,17 @@ private Q_SLOTS:
     void pasteATextTab();
 
 private:
-    void openWindow(QSize size = QSize(390, 844));
-    void closeWindow();
-    QTest::QTouchEventSequence touches() { return QTest::touchEvent(window.get(), touch); }
-    void tap(QPoint point);
-    void tapAndSettle(const QString &name);
-    QPoint centerOf(QQuickItem *item) const;
-    QQuickItem *item(const QString &name) const;
-    void waitForStack();
     EditorScreenItem *openNewTab();
-    EditorScreenItem *openListRow(int row);
+    EditorScreenItem *openListRow(int row)
+    {
+        tapAndSettle(u"tabRow"_qs + QString::number(row));
+        return findItem<EditorScreenItem>(window->contentItem());
+    }
     // The window on the empty list and a new tab from it: sets `c` and `view`.
     bool openEditor();
     // The window on a list holding just this file, and the file opened: sets `c` and `view`.
-    bool openFile(const QString &name, const QByteArray &bytes, QSize size = QSize(390, 844));
+    bool open(const QString &name, const QByteArray &bytes, QSize size = QSize(390, 844));
     QPoint fretPoint(int stringNum, int fretNum) const;
-    TabEditViewController *editor() const;
-    void saveShot(const QString &name);
-    // The scene point of a spot in the surface's content: a column, and a height in items
-    // below the top of a shown row's lines.
-    QPoint rowPoint(int shownRow, double column, double items) const;
-    void click(QPoint point, Qt::MouseButton button = Qt::LeftButton);
-    // One finger or the left mouse button, as a test row chooses.
-    void press(QPoint point, bool mouse);
-    void move(QPoint point, bool mouse);
-    void release(QPoint point, bool mouse);
-    void typeText(const QString &text);
     // A pen's tap as items meet it: the tablet events no item takes come back as mouse events
     // from the stylus.
     void penClick(QPoint point);
@@ -133,36 +89,21 @@ private:
 
     TabEditViewController *c = nullptr;
     TabEditView *view = nullptr;
-    QPointingDevice *touch = nullptr;
     QPointingDevice *pen = nullptr;
-    QString shots;
-    std::unique_ptr<QQmlEngine> engine;
-    std::unique_ptr<MainScene> scene;
-    std::unique_ptr<QQuickWindow> window;
 };
 
 void TestApp::initTestCase()
 {
-    touch = QTest::createTouchDevice();
+    start(u"editor-shots"_qs);
     pen = new QPointingDevice(
         u"pen"_qs, 1001, QInputDevice::DeviceType::Stylus, QPointingDevice::PointerType::Pen,
         QInputDevice::Capability::Position | QInputDevice::Capability::Pressure, 1, 3, QString(),
         QPointingDeviceUniqueId(), this);
-    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/editor-shots"_qs);
-    QDir().mkpath(shots);
-    iCloudManager::shared().findCloudContainer();
-    QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
 }
 
 void TestApp::init()
 {
-    QDir folder(storageFolder());
-    const QStringList entries = folder.entryList(QDir::Files | QDir::Hidden);
-    for (const QString &entry : entries)
-        folder.remove(entry);
-    AppManager &manager = AppManager::shared();
-    manager.activeDocUrls.clear();
-    manager.existingTabPaths.clear();
+    resetStorage();
     SavedData &saved = SavedData::shared();
     saved.tabCreateCount = 0;
     saved.autoCursorAmount = 1;
@@ -170,68 +111,13 @@ void TestApp::init()
     saved.freeScrollSetting = false;
     saved.disableFlashNavArrows = false;
     saved.appearanceSetting = 0;
-    SurfacePalette::instance()->setDark(false);
-    // A handler that calls what does not exist fails silently on screen; here it fails.
-    QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
 }
 
 void TestApp::cleanup()
 {
-    closeWindow();
-}
-
-void TestApp::openWindow(QSize size)
-{
-    engine = std::make_unique<QQmlEngine>();
-    scene = std::make_unique<MainScene>();
-    window.reset(scene->loadWindow(*engine));
-    QVERIFY(window);
-    window->resize(size);
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    waitForStack();
-    QTRY_COMPARE(scene->topKind(), MainScene::TabsList);
-}
-
-void TestApp::closeWindow()
-{
     c = nullptr;
     view = nullptr;
-    window.reset();
-    scene.reset();
-    engine.reset();
-}
-
-void TestApp::waitForStack()
-{
-    QQuickItem *stack = item(u"stack"_qs);
-    QVERIFY(stack);
-    QTRY_VERIFY(!stack->property("busy").toBool());
-}
-
-QQuickItem *TestApp::item(const QString &name) const
-{
-    return findItem(window->contentItem(), name);
-}
-
-QPoint TestApp::centerOf(QQuickItem *target) const
-{
-    return target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-}
-
-void TestApp::tap(QPoint point)
-{
-    touches().press(0, point, window.get());
-    touches().release(0, point, window.get());
-    QCoreApplication::processEvents();
-}
-
-void TestApp::tapAndSettle(const QString &name)
-{
-    QQuickItem *target = item(name);
-    QVERIFY2(target, qPrintable(name));
-    tap(centerOf(target));
-    waitForStack();
+    closeWindow();
 }
 
 EditorScreenItem *TestApp::openNewTab()
@@ -244,36 +130,20 @@ EditorScreenItem *TestApp::openNewTab()
     return screen;
 }
 
-EditorScreenItem *TestApp::openListRow(int row)
-{
-    tapAndSettle(u"tabRow"_qs + QString::number(row));
-    return findItem<EditorScreenItem>(window->contentItem());
-}
-
 bool TestApp::openEditor()
 {
-    openWindow();
-    if (!openNewTab() || !(c = editor()))
+    if (!openWindow() || !openNewTab() || !(c = editor()))
         return false;
     view = c->tabEditView();
     return true;
 }
 
-bool TestApp::openFile(const QString &name, const QByteArray &bytes, QSize size)
+bool TestApp::open(const QString &name, const QByteArray &bytes, QSize size)
 {
-    writeFile(name, bytes, QDateTime::currentDateTime().addSecs(-60));
-    openWindow(size);
-    if (!QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }) || !openListRow(0) ||
-        !(c = editor()))
+    if (!(c = openFile(name, bytes, size)))
         return false;
     view = c->tabEditView();
     return true;
-}
-
-TabEditViewController *TestApp::editor() const
-{
-    auto *screen = findItem<EditorScreenItem>(window->contentItem());
-    return screen ? screen->controller() : nullptr;
 }
 
 QPoint TestApp::fretPoint(int stringNum, int fretNum) const
@@ -285,18 +155,9 @@ QPoint TestApp::fretPoint(int stringNum, int fretNum) const
     return board->mapToScene(local).toPoint();
 }
 
-void TestApp::saveShot(const QString &name)
-{
-    // Past the dialogs' fade and the pages' slide.
-    QTest::qWait(300);
-    const QImage image = window->grabWindow();
-    QVERIFY(!image.isNull());
-    QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
-}
-
 void TestApp::emptyListThenNewTab()
 {
-    openWindow();
+    QVERIFY(openWindow());
     QQuickItem *empty = item(u"emptyText"_qs);
     QVERIFY(empty);
     QCOMPARE(empty->property("text").toString(), u"No tabs created yet ✍️"_qs);
@@ -505,7 +366,7 @@ void TestApp::sizeThresholds()
 
 void TestApp::dialogsCloseByButtonOrTapOutside()
 {
-    openWindow();
+    QVERIFY(openWindow());
     DialogHost *host = scene->dialogs();
     // A tap on the message itself keeps it up.
     host->showMessage(u"Maximum column count 64"_qs);
@@ -567,10 +428,10 @@ void TestApp::dialogsCloseByButtonOrTapOutside()
 
 void TestApp::openFailureAndStandby()
 {
-    writeFile(u"Broken.lgrdi"_qs, "not a tab at all");
-    writeFile(u"Busy.lgrdi"_qs, tabWithNote(u"Busy"_qs, 4),
-              QDateTime::currentDateTime().addSecs(-3600));
-    openWindow();
+    QVERIFY(writeFile(u"Broken.lgrdi"_qs, "not a tab at all"));
+    QVERIFY(writeFile(u"Busy.lgrdi"_qs, tabWithNote(u"Busy"_qs, 4),
+              QDateTime::currentDateTime().addSecs(-3600)));
+    QVERIFY(openWindow());
     QTRY_VERIFY(item(u"tabRow1"_qs));
     TabsListViewController *list = scene->topList();
     QCOMPARE(list->rowNames(), QStringList({u"Broken"_qs, u"Busy"_qs}));
@@ -629,10 +490,10 @@ void TestApp::conflictCopyBringsDialog_data()
 void TestApp::conflictCopyBringsDialog()
 {
     QFETCH(int, choice);
-    QVERIFY(openFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1)));
+    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1)));
     const QDateTime copyDate(QDate(2026, 11, 21), QTime(10, 15, 30));
     const QString copyName = u"Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs;
-    writeFile(copyName, tabWithNote(u"Song"_qs, 2), copyDate);
+    QVERIFY(writeFile(copyName, tabWithNote(u"Song"_qs, 2), copyDate));
     DialogHost *host = scene->dialogs();
     QTRY_COMPARE_WITH_TIMEOUT(host->kind(), DialogHost::Kind::Conflict, 5000);
     QCOMPARE(host->conflictRows.size(), 3);
@@ -671,7 +532,7 @@ void TestApp::notesSurviveClosingTheWindow()
     QCOMPARE(view->editColIndex, 3);
     closeWindow();
 
-    openWindow();
+    QVERIFY(openWindow());
     QTRY_VERIFY(item(u"tabRow0"_qs));
     QCOMPARE(scene->topList()->rowNames(), QStringList({u"Untitled 1"_qs}));
     QVERIFY(openListRow(0));
@@ -683,7 +544,7 @@ void TestApp::notesSurviveClosingTheWindow()
 
 void TestApp::rowPanAndScrollIndicator()
 {
-    QVERIFY(openFile(u"Rows.lgrdi"_qs, tabWithNote(u"Rows"_qs, 2, 3)));
+    QVERIFY(open(u"Rows.lgrdi"_qs, tabWithNote(u"Rows"_qs, 2, 3)));
     QCOMPARE(view->showingCount(), 1);
     // A finger drags the rows up by most of a row: the next row comes into the window.
     QQuickItem *surface = item(u"surface"_qs);
@@ -726,7 +587,7 @@ void TestApp::tuningAndCapoFollowAReload()
     const QStringList dropD = {u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
     const QStringList openG = {u"D"_qs, u"G"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"D"_qs};
     TabData tab(u"Capo"_qs, {TabRowData(32, 6)}, dropD, 3, std::nullopt);
-    QVERIFY(openFile(u"Capo.lgrdi"_qs, documentData(tab)));
+    QVERIFY(open(u"Capo.lgrdi"_qs, documentData(tab)));
     QQuickItem *tabLetters = item(u"tabLetters"_qs);
     QQuickItem *fretLetters = item(u"fretLetters"_qs);
     QVERIFY(tabLetters && fretLetters);
@@ -736,7 +597,7 @@ void TestApp::tuningAndCapoFollowAReload()
     // Another device retunes the tab and takes the capo off; the file comes back changed.
     tab.stringNotes = openG;
     tab.capoFret = 0;
-    writeFile(u"Capo.lgrdi"_qs, documentData(tab));
+    QVERIFY(writeFile(u"Capo.lgrdi"_qs, documentData(tab)));
     QTRY_COMPARE_WITH_TIMEOUT(tabLetters->property("letters").toStringList(), openG, 5000);
     QCOMPARE(fretLetters->property("letters").toStringList(), openG);
     QCOMPARE(tabLetters->property("capoNum").toInt(), 0);
@@ -777,11 +638,11 @@ void TestApp::screenshots()
     QFETCH(bool, dark);
     const QString tag = QString::fromLatin1(QTest::currentDataTag());
     SavedData::shared().appearanceSetting = dark ? 2 : 1;
-    writeFile(u"Wish You Were Here.lgrdi"_qs, tabWithNote(u"Wish You Were Here"_qs, 3, 3),
-              QDateTime::currentDateTime().addDays(-2));
-    writeFile(u"Blackbird.lgrdi"_qs, tabWithNote(u"Blackbird"_qs, 7),
-              QDateTime::currentDateTime().addDays(-1));
-    openWindow(size);
+    QVERIFY(writeFile(u"Wish You Were Here.lgrdi"_qs, tabWithNote(u"Wish You Were Here"_qs, 3, 3),
+              QDateTime::currentDateTime().addDays(-2)));
+    QVERIFY(writeFile(u"Blackbird.lgrdi"_qs, tabWithNote(u"Blackbird"_qs, 7),
+              QDateTime::currentDateTime().addDays(-1)));
+    QVERIFY(openWindow(size));
     QTRY_VERIFY(item(u"tabRow1"_qs));
     saveShot(tag + u"-list"_qs);
     QVERIFY(openListRow(1));
@@ -791,52 +652,6 @@ void TestApp::screenshots()
     c->tabEditView()->setEditPosition(1, 0);
     QVERIFY(c->fretboard()->visibleHighlights().size() >= 1);
     saveShot(tag + u"-editor"_qs);
-}
-
-QPoint TestApp::rowPoint(int shownRow, double column, double items) const
-{
-    auto *surface = findItem<TabEditSurface>(window->contentItem());
-    const TabEditView *v = surface->view();
-    const QPointF content(v->tabLeftInset() + column * TabEditView::tabColumnWidth,
-                          v->headerBandHeight() + shownRow * v->tabRowPitch() +
-                              items * v->itemHeight());
-    return surface->mapToScene(content - v->contentOffset).toPoint();
-}
-
-void TestApp::click(QPoint point, Qt::MouseButton button)
-{
-    QTest::mouseClick(window.get(), button, {}, point);
-    QCoreApplication::processEvents();
-}
-
-void TestApp::press(QPoint point, bool mouse)
-{
-    if (mouse)
-        QTest::mousePress(window.get(), Qt::LeftButton, {}, point);
-    else
-        touches().press(0, point, window.get());
-}
-
-void TestApp::move(QPoint point, bool mouse)
-{
-    if (mouse)
-        QTest::mouseMove(window.get(), point);
-    else
-        touches().move(0, point, window.get());
-}
-
-void TestApp::release(QPoint point, bool mouse)
-{
-    if (mouse)
-        QTest::mouseRelease(window.get(), Qt::LeftButton, {}, point);
-    else
-        touches().release(0, point, window.get());
-}
-
-void TestApp::typeText(const QString &text)
-{
-    for (QChar ch : text)
-        QTest::keyClick(window.get(), ch.toLatin1());
 }
 
 void TestApp::penClick(QPoint point)
@@ -864,7 +679,7 @@ QImage TestApp::grabItem(QQuickItem *target)
 
 void TestApp::mouseOnTheRows()
 {
-    QVERIFY(openFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3), QSize(820, 1180)));
+    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3), QSize(820, 1180)));
     QVERIFY(view->showingCount() >= 2);
 
     // A click on a column moves the cursor there, to the string under the pointer.
@@ -912,7 +727,7 @@ void TestApp::heldPressOpensNoteMenu_data()
 void TestApp::heldPressOpensNoteMenu()
 {
     QFETCH(bool, mouse);
-    QVERIFY(openFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
+    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
     auto *surface = findItem<TabEditSurface>(window->contentItem());
     // Row 1, column 0, string 2 holds fret 3.
     const QPoint point = rowPoint(0, 0.5, 1.5);
@@ -943,7 +758,7 @@ void TestApp::heldPressOpensNoteMenu()
 
 void TestApp::rightClickOpensNoteMenu()
 {
-    QVERIFY(openFile(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
+    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
     auto *surface = findItem<TabEditSurface>(window->contentItem());
     // A right click opens the menu at once and leaves it open for the next click.
     const QPoint point = rowPoint(0, 0.5, 1.5);
@@ -1035,7 +850,7 @@ void TestApp::sidewaysDragScrollsAWideRow()
     QFETCH(bool, mouse);
     TabData tab(u"Wide"_qs, 6);
     tab.tabRowDatas = {TabRowData(64, 6), TabRowData(64, 6)};
-    QVERIFY(openFile(u"Wide.lgrdi"_qs, documentData(tab)));
+    QVERIFY(open(u"Wide.lgrdi"_qs, documentData(tab)));
     QCOMPARE(view->numTabColumns, 64);
     QCOMPARE(view->contentOffset.x(), 0.0);
     const QPoint start = rowPoint(0, 10.5, 2.5);
@@ -1071,7 +886,7 @@ void TestApp::previewFollowsADeletedRow()
             row.colDatas[column].chordName = r % 2 ? u"Am"_qs : u"G7"_qs;
         tab.tabRowDatas.append(row);
     }
-    QVERIFY(openFile(u"Verses.lgrdi"_qs, documentData(tab)));
+    QVERIFY(open(u"Verses.lgrdi"_qs, documentData(tab)));
     QQuickItem *preview = item(u"nextRowPreview"_qs);
     QVERIFY(preview);
     const int previewRow = c->nextRowPreviewRow;
@@ -1089,16 +904,6 @@ void TestApp::previewFollowsADeletedRow()
     QCOMPARE(grabItem(preview), shown);
 }
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestApp test;
-    return QTest::qExec(&test, argc, argv);
-}
-
-#include "tst_app.moc"
 
 void TestApp::keyboardInTheWindow()
 {
@@ -1205,3 +1010,6 @@ void TestApp::pasteATextTab()
     saveShot(u"paste-no-tab"_qs);
     QCOMPARE(view->tab().tabRowDatas, before);
 }
+
+LUTEGRID_WINDOW_TEST_MAIN(TestApp)
+#include "tst_app.moc"

@@ -1,60 +1,11 @@
-#include "editorscreenitem.h"
-#include "library/icloudmanager.h"
-#include "lutegridqmlimports.h"
-#include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "music/chordshortcutlibrary.h"
 #include "services/lgundomanager.h"
 #include "services/saveddata.h"
-#include "shell/appmanager.h"
-#include "surfacepalette.h"
-#include "tabeditsurface.h"
 
 #include "appwindow.h"
 
-#include <QDir>
-#include <QFile>
-#include <QGuiApplication>
-#include <QPointingDevice>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
-
 namespace {
-
-// The first visible item of that name under `item`.
-QQuickItem *findNamed(QQuickItem *item, const QString &name)
-{
-    if (!item)
-        return nullptr;
-    if (item->objectName() == name && item->isVisible())
-        return item;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (QQuickItem *found = findNamed(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-template <typename T> T *findTyped(QQuickItem *item)
-{
-    if (!item)
-        return nullptr;
-    if (auto *typed = qobject_cast<T *>(item))
-        return typed;
-    const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *child : children) {
-        if (T *found = findTyped<T>(child))
-            return found;
-    }
-    return nullptr;
-}
 
 ChordShortcut custom(const QString &name, qint64 fret)
 {
@@ -65,7 +16,7 @@ ChordShortcut custom(const QString &name, qint64 fret)
 
 // Chords and lyrics in the window: chord mode by finger, mouse and keys, the user's chords,
 // column headers and lyric lines, with screenshots at phone and desktop sizes.
-class TestChordsApp : public QObject {
+class TestChordsApp : public QObject, AppWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -82,71 +33,31 @@ private Q_SLOTS:
     void screenshots();
 
 private:
-    void openEditor(QSize size = QSize(390, 844));
-    QQuickItem *item(const QString &name) const { return findNamed(window->contentItem(), name); }
-    QPoint centerOf(QQuickItem *target) const
+    // The window on the empty list and a new tab from it: sets `c` and `view`.
+    bool openEditor(QSize size = QSize(390, 844))
     {
-        return target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-    }
-    void tap(QPoint point)
-    {
-        QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-        QTest::touchEvent(window.get(), touch).release(0, point, window.get());
-        QCoreApplication::processEvents();
-    }
-    void tapItem(const QString &name)
-    {
-        QQuickItem *target = item(name);
-        QVERIFY2(target, qPrintable(name));
-        tap(centerOf(target));
-    }
-    void clickItem(const QString &name)
-    {
-        QQuickItem *target = item(name);
-        QVERIFY2(target, qPrintable(name));
-        QTest::mouseClick(window.get(), Qt::LeftButton, {}, centerOf(target));
-        QCoreApplication::processEvents();
-    }
-    void typeText(const QString &text)
-    {
-        for (QChar ch : text)
-            QTest::keyClick(window.get(), ch.toLatin1());
-    }
-    void saveShot(const QString &name)
-    {
-        QTest::qWait(300);
-        const QImage image = window->grabWindow();
-        QVERIFY(!image.isNull());
-        QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
+        if (!openWindow(size) || !QTest::qWaitFor([this] { return item(u"newTabButt"_qs); }))
+            return false;
+        tap(u"newTabButt"_qs);
+        if (!(c = waitForEditor()))
+            return false;
+        view = c->tabEditView();
+        return true;
     }
     const TabColumnData &column(int c) const { return view->tabRows[0].colDatas[c]; }
 
     TabEditViewController *c = nullptr;
     TabEditView *view = nullptr;
-    QPointingDevice *touch = nullptr;
-    QString shots;
-    std::unique_ptr<QQmlEngine> engine;
-    std::unique_ptr<MainScene> scene;
-    std::unique_ptr<QQuickWindow> window;
 };
 
 void TestChordsApp::initTestCase()
 {
-    touch = QTest::createTouchDevice();
-    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-chords"_qs);
-    QDir().mkpath(shots);
-    iCloudManager::shared().findCloudContainer();
-    QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
+    start(u"shots-chords"_qs);
 }
 
 void TestChordsApp::init()
 {
-    QDir folder(storageFolder());
-    for (const QString &entry : folder.entryList(QDir::Files | QDir::Hidden))
-        folder.remove(entry);
-    AppManager &manager = AppManager::shared();
-    manager.activeDocUrls.clear();
-    manager.existingTabPaths.clear();
+    resetStorage();
     SavedData &saved = SavedData::shared();
     saved.tabCreateCount = 0;
     saved.autoCursorAmount = 1;
@@ -157,46 +68,20 @@ void TestChordsApp::init()
     saved.customChordShortcuts = QList<ChordShortcut>();
     saved.storeCloudCustomChords({});
     saved.save();
-    SurfacePalette::instance()->setDark(false);
-    QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
 }
 
 void TestChordsApp::cleanup()
 {
     c = nullptr;
     view = nullptr;
-    window.reset();
-    scene.reset();
-    engine.reset();
-}
-
-void TestChordsApp::openEditor(QSize size)
-{
-    engine = std::make_unique<QQmlEngine>();
-    scene = std::make_unique<MainScene>();
-    window.reset(scene->loadWindow(*engine));
-    QVERIFY(window);
-    window->resize(size);
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    QTRY_COMPARE(scene->topKind(), MainScene::TabsList);
-    QTRY_VERIFY(item(u"newTabButt"_qs));
-    tapItem(u"newTabButt"_qs);
-    QTRY_VERIFY(findTyped<EditorScreenItem>(window->contentItem()) &&
-                findTyped<EditorScreenItem>(window->contentItem())->controller());
-    c = findTyped<EditorScreenItem>(window->contentItem())->controller();
-    view = c->tabEditView();
-    QQuickItem *stack = item(u"stack"_qs);
-    QTRY_VERIFY(!stack->property("busy").toBool());
+    closeWindow();
 }
 
 void TestChordsApp::chordModeByTouchMouseAndKeys()
 {
-    openEditor();
-    if (QTest::currentTestFailed())
-        return;
+    QVERIFY(openEditor());
     QVERIFY(!item(u"chordCoverView"_qs));
-    tapItem(u"chordShortcutButt"_qs);
+    tap(u"chordShortcutButt"_qs);
     QVERIFY(item(u"chordCoverView"_qs));
     // The cover hides the fretboard; the bar starts with the library's first chord.
     QQuickItem *first = item(u"barChord0"_qs);
@@ -207,18 +92,18 @@ void TestChordsApp::chordModeByTouchMouseAndKeys()
         QVERIFY(button->mapToScene(QPointF(button->width(), 0)).x() <= window->width());
 
     // A finger puts a chord in, as one step, and the cursor moves on.
-    tapItem(u"barChord1"_qs);
+    tap(u"barChord1"_qs);
     QCOMPARE(column(0).chordName, std::optional<QString>(u"C"_qs));
     QCOMPARE(view->editColIndex, 1);
     // A click does the same.
-    clickItem(u"barChord2"_qs);
+    click(u"barChord2"_qs);
     QCOMPARE(column(1).chordName, std::optional<QString>(u"D"_qs));
     QCOMPARE(column(1).columnItems, c->chordShortcuts()->topButtons[2].chord.colItems);
-    tapItem(u"undoButton"_qs);
+    tap(u"undoButton"_qs);
     QVERIFY(!column(1).chordName);
 
     // Typing searches; Enter takes the best result, which joins the bar's front.
-    clickItem(u"csSearchBar"_qs);
+    click(u"csSearchBar"_qs);
     QTRY_VERIFY(item(u"csSearchBar"_qs)->hasActiveFocus());
     typeText(u"am"_qs);
     QTRY_VERIFY(item(u"resultChord0"_qs));
@@ -229,16 +114,16 @@ void TestChordsApp::chordModeByTouchMouseAndKeys()
     QCOMPARE(item(u"barChord0"_qs)->property("chord").toMap().value(u"name"_qs).toString(),
              u"Am"_qs);
     // A result by finger.
-    clickItem(u"csSearchBar"_qs);
+    click(u"csSearchBar"_qs);
     QTest::keyClick(window.get(), Qt::Key_A, Qt::ControlModifier);
     typeText(u"e minor"_qs);
     QTRY_COMPARE(item(u"resultChord0"_qs)->property("chord").toMap().value(u"name"_qs).toString(),
                  u"Em"_qs);
-    tapItem(u"resultChord0"_qs);
+    tap(u"resultChord0"_qs);
     QCOMPARE(column(2).chordName, std::optional<QString>(u"Em"_qs));
 
     // Escape in the field leaves the mode.
-    clickItem(u"csSearchBar"_qs);
+    click(u"csSearchBar"_qs);
     QTRY_VERIFY(item(u"csSearchBar"_qs)->hasActiveFocus());
     QTest::keyClick(window.get(), Qt::Key_Escape);
     QVERIFY(!c->chordShortcuts()->active());
@@ -249,59 +134,55 @@ void TestChordsApp::chordModeByTouchMouseAndKeys()
 
 void TestChordsApp::customChordMadeAndDeletedInTheWindow()
 {
-    openEditor();
-    if (QTest::currentTestFailed())
-        return;
-    tapItem(u"chordShortcutButt"_qs);
+    QVERIFY(openEditor());
+    tap(u"chordShortcutButt"_qs);
     QVERIFY(!item(u"csCustomButt"_qs)->isEnabled());
     c->tabEditView()->putColumnAtCursor(std::nullopt,
                                         QList<ColumnItemType>(6, ColumnItemType::note(5)));
     c->refreshFretHighlights();
     QTRY_VERIFY(item(u"csCustomButt"_qs)->isEnabled());
-    tapItem(u"csCustomButt"_qs);
+    tap(u"csCustomButt"_qs);
     QTRY_VERIFY(item(u"customChordDialog"_qs));
     QTRY_VERIFY(item(u"customChordName"_qs)->hasActiveFocus());
     // No name: the message stands in the dialog, which stays.
-    clickItem(u"customChordCreate"_qs);
+    click(u"customChordCreate"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(), u"Name cannot be empty"_qs);
     typeText(u"Five"_qs);
     QVERIFY(!item(u"errorLabel"_qs));
     saveShot(u"custom-chord-dialog"_qs);
-    clickItem(u"customChordCreate"_qs);
+    click(u"customChordCreate"_qs);
     QTRY_VERIFY(!item(u"customChordDialog"_qs));
     QCOMPARE(SavedData::shared().customChordShortcuts->first().name, u"Five"_qs);
 
     // The new chord stands in the search, marked as one's own; a held press offers to delete it.
-    clickItem(u"csSearchBar"_qs);
+    click(u"csSearchBar"_qs);
     typeText(u"five"_qs);
     QTRY_VERIFY(item(u"resultChord0"_qs));
     QTRY_COMPARE(item(u"resultChord0"_qs)->property("chord").toMap().value(u"name"_qs).toString(),
                  u"Five"_qs);
     QQuickItem *result = item(u"resultChord0"_qs);
-    QVERIFY(findNamed(result, u"customLine"_qs));
+    QVERIFY(findItem(result, u"customLine"_qs));
     const QPoint at = centerOf(result);
-    QTest::touchEvent(window.get(), touch).press(0, at, window.get());
+    touches().press(0, at, window.get());
     QTest::qWait(1000);
-    QTest::touchEvent(window.get(), touch).release(0, at, window.get());
+    touches().release(0, at, window.get());
     QTRY_VERIFY(item(u"confirmButt"_qs));
     QCOMPARE(item(u"msgLabel"_qs)->property("text").toString(),
              u"Delete the custom chord shortcut \"Five\"? This cannot be undone."_qs);
     saveShot(u"custom-chord-delete"_qs);
-    tapItem(u"confirmButt"_qs);
+    tap(u"confirmButt"_qs);
     QVERIFY(SavedData::shared().customChordShortcuts->isEmpty());
     QTRY_VERIFY(!item(u"resultChord0"_qs));
 }
 
 void TestChordsApp::columnHeaderDialog()
 {
-    openEditor(QSize(1280, 800));
-    if (QTest::currentTestFailed())
-        return;
+    QVERIFY(openEditor(QSize(1280, 800)));
     QQuickItem *names = item(u"chordNames0"_qs);
     QVERIFY(names);
     const QPointF inColumn(view->tabLeftInset() + 2.5 * TabEditView::tabColumnWidth -
                                names->x(), names->height() / 2);
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, names->mapToScene(inColumn).toPoint());
+    click(names->mapToScene(inColumn).toPoint());
     QTRY_VERIFY(item(u"chordNameDialog"_qs));
     QTRY_VERIFY(item(u"chordNameField"_qs)->hasActiveFocus());
     typeText(u"Bb7sus4add9"_qs);
@@ -312,9 +193,9 @@ void TestChordsApp::columnHeaderDialog()
     const int col = view->editColIndex;
     QCOMPARE(column(col).chordName, std::optional<QString>(u"Bb7sus4add"_qs));
     // A tap outside the dialog changes nothing.
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, names->mapToScene(inColumn).toPoint());
+    click(names->mapToScene(inColumn).toPoint());
     QTRY_VERIFY(item(u"chordNameDialog"_qs));
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, QPoint(5, 5));
+    click(QPoint(5, 5));
     QTRY_VERIFY(!item(u"chordNameDialog"_qs));
     QCOMPARE(column(col).chordName, std::optional<QString>(u"Bb7sus4add"_qs));
     c->undoEdit();
@@ -323,25 +204,23 @@ void TestChordsApp::columnHeaderDialog()
 
 void TestChordsApp::lyricLinesFromTheDropdown()
 {
-    openEditor();
-    if (QTest::currentTestFailed())
-        return;
-    tapItem(u"lyricLineButt0"_qs);
+    QVERIFY(openEditor());
+    tap(u"lyricLineButt0"_qs);
     QTRY_VERIFY(item(u"lyricLineDropdown"_qs));
     QVERIFY(item(u"lyricLineEntry0"_qs));
     // The adding entry, by finger, twice.
-    tapItem(u"lyricLineEntry0"_qs);
+    tap(u"lyricLineEntry0"_qs);
     QTRY_VERIFY(item(u"lyricLineEntry1"_qs));
-    clickItem(u"lyricLineEntry1"_qs);
+    click(u"lyricLineEntry1"_qs);
     QCOMPARE(view->tabRows[0].lyricLines, (QStringList{QString(), QString()}));
     // Choosing the first line closes the dropdown.
-    tapItem(u"lyricLineEntry0"_qs);
+    tap(u"lyricLineEntry0"_qs);
     QTRY_VERIFY(!item(u"lyricLineDropdown"_qs));
     QCOMPARE(view->tabRows[0].selectedLyricLineIndex, 0);
     // Removing a line, then a press elsewhere closes.
-    tapItem(u"lyricLineButt0"_qs);
+    tap(u"lyricLineButt0"_qs);
     QTRY_VERIFY(item(u"lyricLineRemove1"_qs));
-    tapItem(u"lyricLineRemove1"_qs);
+    tap(u"lyricLineRemove1"_qs);
     QCOMPARE(view->tabRows[0].lyricLines.size(), 1);
     QVERIFY(item(u"lyricLineDropdown"_qs));
     tap(QPoint(300, 20));
@@ -350,17 +229,14 @@ void TestChordsApp::lyricLinesFromTheDropdown()
 
 void TestChordsApp::lyricsTypedJustBeforeLeavingAreKept()
 {
-    openEditor();
-    if (QTest::currentTestFailed())
-        return;
+    QVERIFY(openEditor());
     QQuickItem *field = item(u"lyricsField0"_qs);
     QVERIFY(field);
-    QTest::mouseClick(window.get(), Qt::LeftButton, {},
-                      field->mapToScene(QPointF(60, field->height() / 2)).toPoint());
+    click(field->mapToScene(QPointF(60, field->height() / 2)).toPoint());
     QTRY_VERIFY(field->hasActiveFocus());
     typeText(u"gone so soon"_qs);
     // Back at once, well within the second the field waits before writing.
-    tapItem(u"backButton"_qs);
+    tap(u"backButton"_qs);
     QTRY_COMPARE(scene->topKind(), MainScene::TabsList);
     QQuickItem *stack = item(u"stack"_qs);
     QTRY_VERIFY(!stack->property("busy").toBool());
@@ -390,9 +266,7 @@ void TestChordsApp::screenshots()
     saved.appearanceSetting = dark ? 2 : 1;
     saved.saveCustomChord(custom(u"Mine"_qs, 3));
     saved.recentChords = QList<RecentChord>{{u"Am"_qs, false}, {u"Mine"_qs, true}};
-    openEditor(size);
-    if (QTest::currentTestFailed())
-        return;
+    QVERIFY(openEditor(size));
     // A row with two lyric lines and chord names.
     view->setLyricLine(0, 0, u"Hello darkness my old friend"_qs);
     view->insertLyricLine(0, 1, u"second verse"_qs);
@@ -405,23 +279,15 @@ void TestChordsApp::screenshots()
                 name == u"Am"_qs ? 7 : name == u"C"_qs ? 1 : name == u"G"_qs ? 0 : 38),
             false);
     }
-    tapItem(u"lyricLineButt0"_qs);
+    tap(u"lyricLineButt0"_qs);
     QTRY_VERIFY(item(u"lyricLineDropdown"_qs));
     saveShot(tag + u"-lyric-lines"_qs);
     c->lyricLines()->closeLyricDropdown();
-    tapItem(u"chordShortcutButt"_qs);
+    tap(u"chordShortcutButt"_qs);
     QTRY_VERIFY(item(u"barChord0"_qs));
     c->chordShortcuts()->searchTextChanged(u"a"_qs);
     saveShot(tag + u"-chord-mode"_qs);
 }
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestChordsApp test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+LUTEGRID_WINDOW_TEST_MAIN(TestChordsApp)
 #include "tst_chordsapp.moc"

@@ -3,30 +3,13 @@
 #include "exportalldialogviewcontroller.h"
 #include "filechoosercontroller.h"
 #include "importdialogviewcontroller.h"
-#include "library/icloudmanager.h"
-#include "lutegridqmlimports.h"
-#include "mainscene.h"
 #include "menudialogviewcontroller.h"
 #include "model/tabfileformat.h"
 #include "services/saveddata.h"
-#include "shell/appmanager.h"
-#include "surfacepalette.h"
 #include "tabinfoviewcontroller.h"
 #include "tabslistviewcontroller.h"
 
 #include "appwindow.h"
-
-#include <QDir>
-#include <QFile>
-#include <QGuiApplication>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
 
@@ -46,7 +29,7 @@ void writeTab(const QString &name, qint64 fret, const QDateTime &modified)
 
 // The library in the window: the list with search and sort, delete and restore, the tab info
 // dialog with its labels, import, the Menu with the sync folder and the look, and the back-up.
-class TestLibraryWindow : public QObject {
+class TestLibraryWindow : public QObject, AppWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -67,28 +50,28 @@ private Q_SLOTS:
     void screenshots();
 
 private:
-    void openWindow(QSize size = QSize(390, 844));
-    QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }
-    void tap(const QString &name);
-    void settle();
+    bool open(QSize size = QSize(390, 844))
+    {
+        if (!openWindow(size))
+            return false;
+        settle();
+        return true;
+    }
+    // A tap once the item has shown and laid out, and the screens still after it.
+    void tapWhenStill(const QString &name)
+    {
+        QTRY_VERIFY2(item(name), qPrintable(name));
+        QTest::qWait(60);
+        tap(name);
+        settle();
+    }
     void typeInto(const QString &field, const QString &text);
-    void saveShot(const QString &name);
     void writeThreeTabs();
-
-    QPointingDevice *touch = nullptr;
-    QString shots;
-    std::unique_ptr<QQmlEngine> engine;
-    std::unique_ptr<MainScene> scene;
-    std::unique_ptr<QQuickWindow> window;
 };
 
 void TestLibraryWindow::initTestCase()
 {
-    touch = QTest::createTouchDevice();
-    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-library"_qs);
-    QDir().mkpath(shots);
-    iCloudManager::shared().findCloudContainer();
-    QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
+    start(u"shots-library"_qs);
 }
 
 void TestLibraryWindow::init()
@@ -103,54 +86,12 @@ void TestLibraryWindow::init()
     saved.tagMapLoaded = true;
     iCloudManager::shared().iCloudAccountAvailabilityChanged();
     QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
-    QDir(storageFolder()).removeRecursively();
-    QDir().mkpath(storageFolder());
-    AppManager::shared().activeDocUrls.clear();
-    SurfacePalette::instance()->setDark(false);
-    QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
+    resetStorage();
 }
 
 void TestLibraryWindow::cleanup()
 {
-    window.reset();
-    scene.reset();
-    engine.reset();
-}
-
-void TestLibraryWindow::openWindow(QSize size)
-{
-    engine = std::make_unique<QQmlEngine>();
-    scene = std::make_unique<MainScene>();
-    window.reset(scene->loadWindow(*engine));
-    QVERIFY(window);
-    window->resize(size);
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    QTRY_COMPARE(scene->topKind(), MainScene::TabsList);
-    settle();
-}
-
-void TestLibraryWindow::settle()
-{
-    QQuickItem *stack = item(u"stack"_qs);
-    QTRY_VERIFY(!stack->property("busy").toBool());
-    QTest::qWait(50);
-}
-
-void TestLibraryWindow::tap(const QString &name)
-{
-    // Dialogs fade in: wait until it shows.
-    QTRY_VERIFY2(item(name), qPrintable(name));
-    // Past the next layout pass, which may move it.
-    QTest::qWait(60);
-    QQuickItem *target = item(name);
-    QVERIFY2(target, qPrintable(name));
-    const QPoint point =
-        target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
-    QCoreApplication::processEvents();
-    settle();
+    closeWindow();
 }
 
 void TestLibraryWindow::typeInto(const QString &field, const QString &text)
@@ -159,17 +100,8 @@ void TestLibraryWindow::typeInto(const QString &field, const QString &text)
     QVERIFY2(target, qPrintable(field));
     target->forceActiveFocus();
     QMetaObject::invokeMethod(target, "selectAll");
-    for (QChar ch : text)
-        QTest::keyClick(window.get(), ch.toLatin1());
+    typeText(text);
     QCoreApplication::processEvents();
-}
-
-void TestLibraryWindow::saveShot(const QString &name)
-{
-    QTest::qWait(300);
-    const QImage image = window->grabWindow();
-    QVERIFY(!image.isNull());
-    QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
 }
 
 void TestLibraryWindow::writeThreeTabs()
@@ -183,7 +115,7 @@ void TestLibraryWindow::writeThreeTabs()
 void TestLibraryWindow::searchAndSort()
 {
     writeThreeTabs();
-    openWindow();
+    QVERIFY(open());
     TabsListViewController *list = scene->topList();
     QTRY_COMPARE(list->rowNames(), (QStringList{u"Blackbird"_qs, u"Song 2"_qs, u"Song 10"_qs}));
     QVERIFY(list->rows().first().toMap().value(u"detail"_qs).toString().size() > 0);
@@ -203,21 +135,21 @@ void TestLibraryWindow::searchAndSort()
     QVERIFY(!list->emptyHasHelp());
 
     list->setSearchText(QString());
-    tap(u"sortButt"_qs);
+    tapWhenStill(u"sortButt"_qs);
     QCOMPARE(scene->dialogs()->kind(), DialogHost::Kind::TwoOption);
     QCOMPARE(scene->dialogs()->optionTxt2, u"Sort Alphabetically"_qs);
-    tap(u"optionTwoButt"_qs);
+    tapWhenStill(u"optionTwoButt"_qs);
     QCOMPARE(list->rowNames(),
              (QStringList{u"Blackbird"_qs, u"Song 2"_qs, u"Song 10"_qs, u"Songbird"_qs}));
-    tap(u"sortButt"_qs);
-    tap(u"optionOneButt"_qs);
+    tapWhenStill(u"sortButt"_qs);
+    tapWhenStill(u"optionOneButt"_qs);
     QCOMPARE(list->rowNames().first(), u"Songbird"_qs);
 }
 
 void TestLibraryWindow::deleteAndRestoreInTheWindow()
 {
     writeThreeTabs();
-    openWindow();
+    QVERIFY(open());
     TabsListViewController *list = scene->topList();
     QTRY_COMPARE(list->rowNames().size(), 3);
     // The Delete key on a focused row asks first.
@@ -227,7 +159,7 @@ void TestLibraryWindow::deleteAndRestoreInTheWindow()
     QCOMPARE(scene->dialogs()->kind(), DialogHost::Kind::Confirm);
     QCOMPARE(scene->dialogs()->messageString,
              u"Are you sure you want to delete \"Blackbird\"?\n\nIt will be removed from all custom folders."_qs);
-    tap(u"confirmButt"_qs);
+    tapWhenStill(u"confirmButt"_qs);
     QCOMPARE(list->rowNames(), (QStringList{u"Song 2"_qs, u"Song 10"_qs}));
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Deleted/Blackbird.lgrdi"_qs)));
 
@@ -235,15 +167,15 @@ void TestLibraryWindow::deleteAndRestoreInTheWindow()
     QQuickItem *second = item(u"tabRow1"_qs);
     const QPointF centre(second->width() / 2, second->height() / 2);
     QPoint at = second->mapToScene(centre + QPointF(120, 0)).toPoint();
-    QTest::touchEvent(window.get(), touch).press(0, at, window.get());
+    touches().press(0, at, window.get());
     for (int step = 0; step < 12; ++step) {
         at.rx() -= 20;
-        QTest::touchEvent(window.get(), touch).move(0, at, window.get());
+        touches().move(0, at, window.get());
         QTest::qWait(10);
     }
-    QTest::touchEvent(window.get(), touch).release(0, at, window.get());
+    touches().release(0, at, window.get());
     saveShot(u"swipe-delete"_qs);
-    tap(u"swipeDeleteButt"_qs);
+    tapWhenStill(u"swipeDeleteButt"_qs);
     QCOMPARE(scene->dialogs()->messageString.left(40),
              u"Are you sure you want to delete \"Song 10\""_qs.left(40));
     scene->dialogs()->tapOutside();
@@ -252,19 +184,19 @@ void TestLibraryWindow::deleteAndRestoreInTheWindow()
     // The Deleted list: a touch asks to restore.
     scene->goBack();
     settle();
-    tap(u"folderRow2"_qs);
+    tapWhenStill(u"folderRow2"_qs);
     TabsListViewController *deleted = scene->topList();
     QVERIFY(deleted->isDeletedFolder());
     QTRY_COMPARE(deleted->rowNames(), QStringList{u"Blackbird"_qs});
     QVERIFY(item(u"clearButt"_qs));
     QVERIFY(!item(u"newTabButt"_qs));
-    tap(u"tabRow0"_qs);
+    tapWhenStill(u"tabRow0"_qs);
     QCOMPARE(scene->dialogs()->messageString, u"Restore this tab?"_qs);
     QCOMPARE(scene->dialogs()->confirmTxt, u"Restore"_qs);
-    tap(u"confirmButt"_qs);
+    tapWhenStill(u"confirmButt"_qs);
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Blackbird.lgrdi"_qs)));
     QVERIFY(deleted->rowNames().isEmpty());
-    tap(u"clearButt"_qs);
+    tapWhenStill(u"clearButt"_qs);
     QCOMPARE(scene->dialogs()->messageString, u"No deleted tabs to clear."_qs);
     scene->dialogs()->acknowledgeMessage();
 }
@@ -272,37 +204,37 @@ void TestLibraryWindow::deleteAndRestoreInTheWindow()
 void TestLibraryWindow::tabInfoRenameCopyAndLabels()
 {
     writeThreeTabs();
-    openWindow();
+    QVERIFY(open());
     TabsListViewController *list = scene->topList();
     QTRY_COMPARE(list->rowNames().size(), 3);
-    tap(u"infoButt"_qs); // the first row's
+    tapWhenStill(u"infoButt"_qs); // the first row's
     QVERIFY(item(u"tabInfoView"_qs));
     auto *name = item(u"nameField"_qs);
     QCOMPARE(name->property("text").toString(), u"Blackbird"_qs);
 
-    tap(u"copyButt"_qs);
+    tapWhenStill(u"copyButt"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(),
              u"Name must be different for copy"_qs);
     typeInto(u"nameField"_qs, QString(51, u'x'));
-    tap(u"okButt"_qs);
+    tapWhenStill(u"okButt"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(),
              u"Name too long. 51/50 characters."_qs);
     QVERIFY(!item(u"tagsContainer"_qs));
     typeInto(u"nameField"_qs, u"Song 2"_qs);
     QVERIFY(item(u"tagsContainer"_qs));
-    tap(u"okButt"_qs);
+    tapWhenStill(u"okButt"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(),
              u"A tab with that name already exists"_qs);
 
     // A label, then the new name.
     typeInto(u"nameField"_qs, u"Blackbird Live"_qs);
-    tap(u"addTagButt"_qs);
+    tapWhenStill(u"addTagButt"_qs);
     QVERIFY(item(u"addTagCoverView"_qs));
     typeInto(u"newTagNameField"_qs, u"Beatles"_qs);
-    tap(u"confirmAddTagButt"_qs);
+    tapWhenStill(u"confirmAddTagButt"_qs);
     QVERIFY(!item(u"addTagCoverView"_qs));
     QCOMPARE(item(u"tag0"_qs)->property("text").toString(), u"Beatles"_qs);
-    tap(u"okButt"_qs);
+    tapWhenStill(u"okButt"_qs);
     QVERIFY(!item(u"tabInfoView"_qs));
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Blackbird Live.lgrdi"_qs)));
     QVERIFY(list->rowNames().contains(u"Blackbird Live"_qs));
@@ -314,13 +246,13 @@ void TestLibraryWindow::tabInfoRenameCopyAndLabels()
     scene->goBack();
     settle();
     QCOMPARE(scene->folders()->rows().last(), u"Beatles"_qs);
-    tap(u"folderRow3"_qs);
+    tapWhenStill(u"folderRow3"_qs);
     QTRY_COMPARE(scene->topList()->rowNames(), QStringList{u"Blackbird Live"_qs});
 
     // Copying from here: the copy takes the dialog's labels.
-    tap(u"infoButt"_qs);
+    tapWhenStill(u"infoButt"_qs);
     typeInto(u"nameField"_qs, u"Blackbird Copy"_qs);
-    tap(u"copyButt"_qs);
+    tapWhenStill(u"copyButt"_qs);
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Blackbird Copy.lgrdi"_qs)));
     QCOMPARE(scene->topList()->rowNames().size(), 2);
 }
@@ -328,7 +260,7 @@ void TestLibraryWindow::tabInfoRenameCopyAndLabels()
 void TestLibraryWindow::labelLimitAndRemoval()
 {
     writeThreeTabs();
-    openWindow();
+    QVERIFY(open());
     TabsListViewController *list = scene->topList();
     QTRY_COMPARE(list->rowNames().size(), 3);
     QStringList fifteen;
@@ -369,33 +301,33 @@ void TestLibraryWindow::removeFolderFromEmptyLabelList()
 {
     writeThreeTabs();
     AppManager::shared().setTabTags(u"Song 2"_qs, {u"Gig"_qs});
-    openWindow();
+    QVERIFY(open());
     scene->goBack();
     settle();
-    tap(u"folderRow3"_qs);
+    tapWhenStill(u"folderRow3"_qs);
     TabsListViewController *list = scene->topList();
     QTRY_COMPARE(list->rowNames(), QStringList{u"Song 2"_qs});
     // "Remove From Folder" keeps the file.
     list->deleteRow(0);
     QCOMPARE(scene->dialogs()->optionTxt1, u"Remove From Folder"_qs);
-    tap(u"optionOneButt"_qs);
+    tapWhenStill(u"optionOneButt"_qs);
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Song 2.lgrdi"_qs)));
     QVERIFY(list->rowNames().isEmpty());
     // The empty label list offers to remove the label itself.
-    tap(u"removeFolderButt"_qs);
+    tapWhenStill(u"removeFolderButt"_qs);
     QCOMPARE(scene->dialogs()->messageString, u"Remove this folder?"_qs);
-    tap(u"confirmButt"_qs);
+    tapWhenStill(u"confirmButt"_qs);
     QTRY_COMPARE(scene->topKind(), MainScene::Folders);
     QVERIFY(AppManager::shared().allTagNames().isEmpty());
 }
 
 void TestLibraryWindow::importDialog()
 {
-    openWindow();
+    QVERIFY(open());
     TabsListViewController *list = scene->topList();
     // The empty main list explains where tabs may have gone.
     QCOMPARE(list->emptyText(), u"No tabs found..."_qs);
-    tap(u"helpButt"_qs);
+    tapWhenStill(u"helpButt"_qs);
     QVERIFY(scene->dialogs()->messageString.contains(u"DO NOT delete"_qs));
     QVERIFY(scene->dialogs()->messageString.contains(TabsListViewController::supportAddress));
     scene->dialogs()->acknowledgeMessage();
@@ -409,9 +341,9 @@ void TestLibraryWindow::importDialog()
         file.write(*exchangeData(tab));
     }
     // The file chooser lists the folder's .lgrd files.
-    tap(u"importButt"_qs);
+    tapWhenStill(u"importButt"_qs);
     QVERIFY(item(u"fileChooserView"_qs));
-    tap(u"cancelChooserButt"_qs);
+    tapWhenStill(u"cancelChooserButt"_qs);
     QVERIFY(!item(u"fileChooserView"_qs));
 
     list->startImport(good);
@@ -419,20 +351,20 @@ void TestLibraryWindow::importDialog()
     QVERIFY(item(u"importDialogView"_qs));
     QCOMPARE(item(u"tabNameField"_qs)->property("text").toString(), u"Riff"_qs);
     typeInto(u"tabNameField"_qs, u"a.LGRD"_qs);
-    tap(u"confirmImportButt"_qs);
+    tapWhenStill(u"confirmImportButt"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(), u"Cannot contain '.lgrd'"_qs);
     typeInto(u"tabNameField"_qs, u"Riff"_qs);
-    tap(u"confirmImportButt"_qs);
+    tapWhenStill(u"confirmImportButt"_qs);
     QVERIFY(!item(u"importDialogView"_qs));
     QTRY_VERIFY(list->rowNames().contains(u"Riff"_qs));
 
     // Again: the name is taken, and the dialog stays.
     list->startImport(good);
     settle();
-    tap(u"confirmImportButt"_qs);
+    tapWhenStill(u"confirmImportButt"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(), u"That name is already taken"_qs);
     saveShot(u"import-taken"_qs);
-    tap(u"cancelImportButt"_qs);
+    tapWhenStill(u"cancelImportButt"_qs);
 
     // Not a tab at all.
     const QString bad = home.filePath(u"junk.lgrd"_qs);
@@ -443,11 +375,11 @@ void TestLibraryWindow::importDialog()
     }
     list->startImport(bad);
     settle();
-    tap(u"confirmImportButt"_qs);
+    tapWhenStill(u"confirmImportButt"_qs);
     QVERIFY(item(u"errorLabel"_qs)->property("text").toString().startsWith(
         u"Import was unsuccessful.\n\n"_qs));
     saveShot(u"import-bad"_qs);
-    tap(u"cancelImportButt"_qs);
+    tapWhenStill(u"cancelImportButt"_qs);
     QCOMPARE(list->rowNames(), QStringList{u"Riff"_qs});
 }
 
@@ -455,7 +387,7 @@ void TestLibraryWindow::importDialog()
 // in it says so in the reader's words.
 void TestLibraryWindow::importOtherForms()
 {
-    openWindow();
+    QVERIFY(open());
     TabsListViewController *list = scene->topList();
     const QDir home(qEnvironmentVariable("LUTEGRID_HOME"));
     QFile(home.filePath(u"Tune.txt"_qs)).remove();
@@ -487,18 +419,18 @@ void TestLibraryWindow::importOtherForms()
     list->startImport(home.filePath(u"Notes.txt"_qs));
     settle();
     QCOMPARE(item(u"tabNameField"_qs)->property("text").toString(), u"Notes"_qs);
-    tap(u"confirmImportButt"_qs);
+    tapWhenStill(u"confirmImportButt"_qs);
     QCOMPARE(item(u"errorLabel"_qs)->property("text").toString(),
              u"Import was unsuccessful.\n\n"_qs + AsciiTabReader::noTabMessage());
     saveShot(u"import-not-a-tab"_qs);
-    tap(u"cancelImportButt"_qs);
+    tapWhenStill(u"cancelImportButt"_qs);
 
     for (const QString &file : {u"Tune.txt"_qs, u"Score.musicxml"_qs}) {
         list->startImport(home.filePath(file));
         settle();
         const QString name = file.section(u'.', 0, 0);
         QCOMPARE(item(u"tabNameField"_qs)->property("text").toString(), name);
-        tap(u"confirmImportButt"_qs);
+        tapWhenStill(u"confirmImportButt"_qs);
         QVERIFY(!item(u"importDialogView"_qs));
         QTRY_VERIFY(list->rowNames().contains(name));
     }
@@ -508,33 +440,33 @@ void TestLibraryWindow::importOtherForms()
 void TestLibraryWindow::menuSyncFolderAndAppearance()
 {
     writeThreeTabs();
-    openWindow();
+    QVERIFY(open());
     scene->goBack();
     settle();
     QCOMPARE(scene->folders()->title(), u"Folders (Local)"_qs);
-    tap(u"menuButt"_qs);
+    tapWhenStill(u"menuButt"_qs);
     QVERIFY(item(u"menuDialogView"_qs));
     // No sync folder: the switch springs back with the message.
     auto *menu = qvariant_cast<MenuDialogViewController *>(
         item(u"menuDialogView"_qs)->property("menu"));
     QVERIFY(menu);
-    tap(u"iCloudSwitch"_qs);
+    tapWhenStill(u"iCloudSwitch"_qs);
     QVERIFY(!menu->switchOn());
     QCOMPARE(scene->dialogs()->messageString, MenuDialogViewController::unavailableMessage);
     scene->dialogs()->acknowledgeMessage();
 
     // The folder chooser, then the folder.
-    tap(u"chooseSyncFolderButt"_qs);
+    tapWhenStill(u"chooseSyncFolderButt"_qs);
     QVERIFY(item(u"fileChooserView"_qs));
-    tap(u"cancelChooserButt"_qs);
+    tapWhenStill(u"cancelChooserButt"_qs);
     QTemporaryDir sync;
     menu->chooseSyncFolder(sync.path());
-    tap(u"iCloudSwitch"_qs);
+    tapWhenStill(u"iCloudSwitch"_qs);
     QVERIFY(menu->switchOn());
-    tap(u"appearance2"_qs);
+    tapWhenStill(u"appearance2"_qs);
     QVERIFY(SurfacePalette::instance()->isDark());
     QCOMPARE(SavedData::shared().appearanceSetting, 2);
-    tap(u"menuDoneButt"_qs);
+    tapWhenStill(u"menuDoneButt"_qs);
     QVERIFY(!item(u"menuDialogView"_qs));
     QTRY_COMPARE(storageFolder(), QDir(sync.path()).filePath(u"Documents"_qs));
     QTRY_COMPARE(scene->folders()->title(), u"Folders"_qs);
@@ -548,19 +480,19 @@ void TestLibraryWindow::menuSyncFolderAndAppearance()
     // Back to the synced folder, then off by the switch: the warning once in the app's life.
     QDir().mkpath(sync.path());
     QVERIFY(iCloudManager::shared().checkAvailability());
-    tap(u"menuButt"_qs);
+    tapWhenStill(u"menuButt"_qs);
     menu = qvariant_cast<MenuDialogViewController *>(item(u"menuDialogView"_qs)->property("menu"));
     menu->setSwitch(true);
     menu->close();
     QTRY_COMPARE(storageFolder(), QDir(sync.path()).filePath(u"Documents"_qs));
-    tap(u"menuButt"_qs);
+    tapWhenStill(u"menuButt"_qs);
     menu = qvariant_cast<MenuDialogViewController *>(item(u"menuDialogView"_qs)->property("menu"));
     // Off and on again within one opening changes nothing.
     menu->setSwitch(false);
     menu->setSwitch(true);
     menu->close();
     QVERIFY(!scene->dialogs()->isPresenting());
-    tap(u"menuButt"_qs);
+    tapWhenStill(u"menuButt"_qs);
     menu = qvariant_cast<MenuDialogViewController *>(item(u"menuDialogView"_qs)->property("menu"));
     menu->setSwitch(false);
     menu->close();
@@ -574,11 +506,11 @@ void TestLibraryWindow::menuSyncFolderAndAppearance()
 void TestLibraryWindow::backupDialog()
 {
     writeThreeTabs();
-    openWindow();
+    QVERIFY(open());
     scene->goBack();
     settle();
-    tap(u"menuButt"_qs);
-    tap(u"backupRow"_qs);
+    tapWhenStill(u"menuButt"_qs);
+    tapWhenStill(u"backupRow"_qs);
     QVERIFY(!item(u"menuDialogView"_qs));
     QVERIFY(item(u"exportAllDialogView"_qs));
     QTRY_VERIFY(item(u"shareButt"_qs));
@@ -586,7 +518,7 @@ void TestLibraryWindow::backupDialog()
         u"3 tabs exported"_qs));
     QCOMPARE(item(u"progressBar"_qs)->property("value").toDouble(), 1.0);
     saveShot(u"backup-done"_qs);
-    tap(u"closeButt"_qs);
+    tapWhenStill(u"closeButt"_qs);
     QVERIFY(!item(u"exportAllDialogView"_qs));
 }
 
@@ -608,7 +540,7 @@ void TestLibraryWindow::screenshots()
     SavedData::shared().appearanceSetting = dark ? 2 : 1;
     writeThreeTabs();
     AppManager::shared().setTabTags(u"Blackbird"_qs, {u"Beatles"_qs, u"Fingerstyle"_qs});
-    openWindow(size);
+    QVERIFY(open(size));
     TabsListViewController *list = scene->topList();
     QTRY_COMPARE(list->rowNames().size(), 3);
     saveShot(tag + u"-list"_qs);
@@ -616,35 +548,27 @@ void TestLibraryWindow::screenshots()
     saveShot(tag + u"-search"_qs);
     list->setSearchText(QString());
     settle();
-    tap(u"infoButt"_qs);
+    tapWhenStill(u"infoButt"_qs);
     saveShot(tag + u"-tabinfo"_qs);
-    tap(u"addTagButt"_qs);
+    tapWhenStill(u"addTagButt"_qs);
     saveShot(tag + u"-addtag"_qs);
-    tap(u"cancelAddTagButt"_qs);
-    tap(u"cancelButt"_qs);
+    tapWhenStill(u"cancelAddTagButt"_qs);
+    tapWhenStill(u"cancelButt"_qs);
     const QString file = QDir(qEnvironmentVariable("LUTEGRID_HOME")).filePath(u"Riff.lgrd"_qs);
     list->startImport(file);
     settle();
     saveShot(tag + u"-import"_qs);
-    tap(u"cancelImportButt"_qs);
+    tapWhenStill(u"cancelImportButt"_qs);
     scene->goBack();
     settle();
     saveShot(tag + u"-folders"_qs);
-    tap(u"menuButt"_qs);
+    tapWhenStill(u"menuButt"_qs);
     saveShot(tag + u"-menu"_qs);
-    tap(u"backupRow"_qs);
+    tapWhenStill(u"backupRow"_qs);
     QTRY_VERIFY(item(u"shareButt"_qs));
     saveShot(tag + u"-backup"_qs);
-    tap(u"closeButt"_qs);
+    tapWhenStill(u"closeButt"_qs);
 }
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestLibraryWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+LUTEGRID_WINDOW_TEST_MAIN(TestLibraryWindow)
 #include "tst_library.moc"

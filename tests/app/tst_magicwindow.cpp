@@ -1,27 +1,7 @@
-#include "editorscreenitem.h"
-#include "library/icloudmanager.h"
-#include "lutegridqmlimports.h"
-#include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "services/saveddata.h"
-#include "shell/appmanager.h"
-#include "surfacepalette.h"
-#include "tabeditsurface.h"
 
 #include "appwindow.h"
-
-#include <QDir>
-#include <QFile>
-#include <QGuiApplication>
-#include <QPointingDevice>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
 
@@ -45,38 +25,23 @@ QByteArray phraseTab()
 
 // Magic edit in the real window, with fingers and with the mouse: drawing the band, dragging
 // the block, copying with the toggle or a modifier, the edge scroll, and how it looks.
-class TestMagicWindow : public QObject {
+class TestMagicWindow : public QObject, AppWindow {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        touch = QTest::createTouchDevice();
-        shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-sel"_qs);
-        QDir().mkpath(shots);
-        iCloudManager::shared().findCloudContainer();
-        QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
-    }
+    void initTestCase() { start(u"shots-sel"_qs); }
     void init()
     {
-        QDir folder(storageFolder());
-        for (const QString &entry : folder.entryList(QDir::Files | QDir::Hidden))
-            folder.remove(entry);
-        AppManager::shared().activeDocUrls.clear();
-        AppManager::shared().existingTabPaths.clear();
+        resetStorage();
         SavedData &saved = SavedData::shared();
         saved.playSounds = false;
         saved.freeScrollSetting = false;
         saved.appearanceSetting = 1;
-        SurfacePalette::instance()->setDark(false);
-        QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
     }
     void cleanup()
     {
         c = nullptr;
-        window.reset();
-        scene.reset();
-        engine.reset();
+        closeWindow();
     }
 
     void bandDragAndDrop_data()
@@ -93,7 +58,7 @@ private Q_SLOTS:
         QVERIFY(c->inMagicEditMode);
         QVERIFY(item(u"fretboardCover"_qs));
         // A band from above the lines of column 1 to the second string of column 6.
-        drag(rowPoint(1.2, -1.0), rowPoint(6.2, 1.5), mouse);
+        drag(rowPoint(0, 1.2, -1.0), rowPoint(0, 6.2, 1.5), mouse);
         const TabEditView *view = c->tabEditView();
         QVERIFY(view->magicSelectionBox);
         QCOMPARE(view->magicSelectionBox->colIndexStart, 2);
@@ -101,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(view->magicSelectionBox->colHeaderStart, 2);
         QVERIFY(item(u"semiUpButt"_qs));
         // Dragged three columns on and a string down: a move.
-        drag(rowPoint(2.5, 0.5), rowPoint(5.5, 1.5), mouse, true);
+        drag(rowPoint(0, 2.5, 0.5), rowPoint(0, 5.5, 1.5), mouse);
         const QList<TabColumnData> &cols = view->tabRows[0].colDatas;
         QCOMPARE(cols[2].columnItems[0], ColumnItemType::blank());
         QCOMPARE(cols[5].columnItems[1], ColumnItemType::note(3));
@@ -120,10 +85,10 @@ private Q_SLOTS:
     {
         QVERIFY(openPhrase(QSize(1280, 800)));
         tapItem(u"magicEditButt"_qs);
-        drag(rowPoint(1.2, 0.2), rowPoint(6.2, 1.5), true);
+        drag(rowPoint(0, 1.2, 0.2), rowPoint(0, 6.2, 1.5), true);
         QVERIFY(c->tabEditView()->magicSelectionBox);
         // The mouse with Ctrl held at the drop copies.
-        dragWith(rowPoint(2.5, 0.5), rowPoint(10.5, 0.5), Qt::ControlModifier);
+        dragWith(rowPoint(0, 2.5, 0.5), rowPoint(0, 10.5, 0.5), Qt::ControlModifier);
         const QList<TabColumnData> &cols = c->tabEditView()->tabRows[0].colDatas;
         QCOMPARE(cols[2].columnItems[0], ColumnItemType::note(3));
         QCOMPARE(cols[10].columnItems[0], ColumnItemType::note(3));
@@ -133,7 +98,7 @@ private Q_SLOTS:
         const TabEditView *view = c->tabEditView();
         const int shown = view->showingCount();
         if (shown > 1) {
-            drag(rowPoint(10.5, 0.5), rowPoint(10.5, 0.5, 1), false, true);
+            drag(rowPoint(0, 10.5, 0.5), rowPoint(1, 10.5, 0.5), false);
             QCOMPARE(view->tabRows[1].colDatas[10].columnItems[0], ColumnItemType::note(3));
             QCOMPARE(cols[10].columnItems[0], ColumnItemType::note(3));
         }
@@ -151,13 +116,13 @@ private Q_SLOTS:
         double now = 0.0;
         view->uptime = [&now] { return now; };
         tapItem(u"magicEditButt"_qs);
-        drag(rowPoint(1.2, 0.2), rowPoint(6.2, 1.5), false);
+        drag(rowPoint(0, 1.2, 0.2), rowPoint(0, 6.2, 1.5), false);
         QVERIFY(view->magicSelectionBox);
         // Held against the right edge: after the wait the rows scroll a column at a time.
-        touches().press(0, rowPoint(2.5, 0.5), window.get());
+        touches().press(0, rowPoint(0, 2.5, 0.5), window.get());
         auto *surface = findItem<TabEditSurface>(window->contentItem());
         const QPoint edge = surface->mapToScene(QPointF(surface->width() - 2, 0)).toPoint();
-        const QPoint at(edge.x(), rowPoint(2.5, 0.5).y());
+        const QPoint at(edge.x(), rowPoint(0, 2.5, 0.5).y());
         touches().move(0, at, window.get());
         // Touch moves reach the items with the next frame.
         QTRY_VERIFY(view->dragDir == DragScrollDirection::right);
@@ -222,14 +187,14 @@ private Q_SLOTS:
         QVERIFY(openPhrase(size));
         if (!c->inMagicEditMode)
             tapItem(u"magicEditButt"_qs);
-        drag(rowPoint(1.2, -1.0), rowPoint(6.2, 1.5), false);
+        drag(rowPoint(0, 1.2, -1.0), rowPoint(0, 6.2, 1.5), false);
         QVERIFY(c->tabEditView()->magicSelectionBox);
         saveShot(tag + u"-selection"_qs);
         // Mid-drag: the block under the finger, the source covered.
-        touches().press(0, rowPoint(2.5, 0.5), window.get());
-        touches().move(0, rowPoint(4.5, 1.5), window.get());
+        touches().press(0, rowPoint(0, 2.5, 0.5), window.get());
+        touches().move(0, rowPoint(0, 4.5, 1.5), window.get());
         saveShot(tag + u"-dragging"_qs);
-        touches().release(0, rowPoint(4.5, 1.5), window.get());
+        touches().release(0, rowPoint(0, 4.5, 1.5), window.get());
         if (!c->shortLayout) {
             tapItem(u"magicEditButt"_qs);
             tapItem(u"moreToolsButt"_qs);
@@ -241,76 +206,17 @@ private Q_SLOTS:
 private:
     bool openPhrase(QSize size)
     {
-        QFile file(QDir(storageFolder()).filePath(u"Phrase.lgrdi"_qs));
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            return false;
-        file.write(phraseTab());
-        file.close();
-        engine = std::make_unique<QQmlEngine>();
-        scene = std::make_unique<MainScene>();
-        window.reset(scene->loadWindow(*engine));
-        if (!window)
-            return false;
-        window->resize(size);
-        window->show();
-        if (!QTest::qWaitForWindowExposed(window.get()))
-            return false;
-        if (!QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }))
-            return false;
-        QTest::qWait(350);
-        tapItem(u"tabRow0"_qs);
-        return QTest::qWaitFor([this] {
-                   auto *screen = findItem<EditorScreenItem>(window->contentItem());
-                   c = screen ? screen->controller() : nullptr;
-                   return c != nullptr;
-               }) &&
+        return (c = openFile(u"Phrase.lgrdi"_qs, phraseTab(), size)) &&
                QTest::qWaitFor([this] {
                    return item(u"magicEditButt"_qs) != nullptr ||
                           item(u"magicEditOnLabel"_qs) != nullptr;
                });
     }
-    QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }
-    QTest::QTouchEventSequence touches() { return QTest::touchEvent(window.get(), touch); }
+    // A tap, and past what it sets moving.
     void tapItem(const QString &name)
     {
-        QQuickItem *target = item(name);
-        QVERIFY2(target, qPrintable(name));
-        const QPoint p =
-            target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-        touches().press(0, p, window.get());
-        touches().release(0, p, window.get());
+        tap(name);
         QTest::qWait(350);
-    }
-    // A spot in row `shownRow`: a column, and a height in items below the top string line.
-    QPoint rowPoint(double column, double items, int shownRow = 0) const
-    {
-        auto *surface = findItem<TabEditSurface>(window->contentItem());
-        const TabEditView *v = surface->view();
-        const QPointF content(v->tabLeftInset() + column * TabEditView::tabColumnWidth,
-                              v->headerBandHeight() + shownRow * v->tabRowPitch() +
-                                  items * v->itemHeight());
-        return surface->mapToScene(content - v->contentOffset).toPoint();
-    }
-    // Press, move in steps, release: a finger or the left mouse button.
-    void drag(QPoint from, QPoint to, bool mouse, bool dragging = false)
-    {
-        Q_UNUSED(dragging);
-        if (mouse)
-            QTest::mousePress(window.get(), Qt::LeftButton, {}, from);
-        else
-            touches().press(0, from, window.get());
-        for (int step = 1; step <= 4; ++step) {
-            const QPoint p = from + (to - from) * step / 4;
-            if (mouse)
-                QTest::mouseMove(window.get(), p);
-            else
-                touches().move(0, p, window.get());
-        }
-        if (mouse)
-            QTest::mouseRelease(window.get(), Qt::LeftButton, {}, to);
-        else
-            touches().release(0, to, window.get());
-        QCoreApplication::processEvents();
     }
     void dragWith(QPoint from, QPoint to, Qt::KeyboardModifiers modifiers)
     {
@@ -320,29 +226,9 @@ private:
         QTest::mouseRelease(window.get(), Qt::LeftButton, modifiers, to);
         QCoreApplication::processEvents();
     }
-    void saveShot(const QString &name)
-    {
-        QTest::qWait(300);
-        const QImage image = window->grabWindow();
-        QVERIFY(!image.isNull());
-        QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
-    }
 
     TabEditViewController *c = nullptr;
-    QPointingDevice *touch = nullptr;
-    QString shots;
-    std::unique_ptr<QQmlEngine> engine;
-    std::unique_ptr<MainScene> scene;
-    std::unique_ptr<QQuickWindow> window;
 };
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestMagicWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+LUTEGRID_WINDOW_TEST_MAIN(TestMagicWindow)
 #include "tst_magicwindow.moc"

@@ -1,26 +1,7 @@
-#include "editorscreenitem.h"
-#include "library/icloudmanager.h"
-#include "lutegridqmlimports.h"
-#include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "services/saveddata.h"
-#include "shell/appmanager.h"
-#include "surfacepalette.h"
 
 #include "appwindow.h"
-
-#include <QDir>
-#include <QFile>
-#include <QGuiApplication>
-#include <QPointingDevice>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
 
@@ -42,7 +23,7 @@ QByteArray melody(const QString &title, int rows)
 
 // The tab settings dialog in the real window, by finger, mouse and keys, and the editor on
 // a desktop-sized window.
-class TestSettingsWindow : public QObject {
+class TestSettingsWindow : public QObject, AppWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -59,42 +40,23 @@ private Q_SLOTS:
     void wideEditor();
 
 private:
-    bool openFile(const QString &name, const QByteArray &bytes, QSize size);
-    QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }
-    QPoint centerOf(QQuickItem *target) const
+    bool open(const QString &name, const QByteArray &bytes, QSize size)
     {
-        return target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
+        return (c = openFile(name + u".lgrdi"_qs, bytes, size)) != nullptr;
     }
-    void tap(const QString &name);
-    void click(const QString &name);
-    void waitForStack();
-    void saveShot(const QString &name);
     TabSettingsDialogViewController *dialog() const { return c ? c->settingsDialog() : nullptr; }
 
     TabEditViewController *c = nullptr;
-    QPointingDevice *touch = nullptr;
-    QString shots;
-    std::unique_ptr<QQmlEngine> engine;
-    std::unique_ptr<MainScene> scene;
-    std::unique_ptr<QQuickWindow> window;
 };
 
 void TestSettingsWindow::initTestCase()
 {
-    touch = QTest::createTouchDevice();
-    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-settings"_qs);
-    QDir().mkpath(shots);
-    iCloudManager::shared().findCloudContainer();
-    QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
+    start(u"shots-settings"_qs);
 }
 
 void TestSettingsWindow::init()
 {
-    QDir folder(storageFolder());
-    for (const QString &entry : folder.entryList(QDir::Files | QDir::Hidden))
-        folder.remove(entry);
-    AppManager::shared().activeDocUrls.clear();
-    AppManager::shared().existingTabPaths.clear();
+    resetStorage();
     SavedData &saved = SavedData::shared();
     saved.autoCursorAmount = 0;
     saved.playSounds = false;
@@ -103,80 +65,17 @@ void TestSettingsWindow::init()
     saved.notesOnTab = false;
     saved.lastFretCount = 25;
     saved.appearanceSetting = 1;
-    SurfacePalette::instance()->setDark(false);
-    QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
 }
 
 void TestSettingsWindow::cleanup()
 {
     c = nullptr;
-    window.reset();
-    scene.reset();
-    engine.reset();
-}
-
-void TestSettingsWindow::waitForStack()
-{
-    QQuickItem *stack = item(u"stack"_qs);
-    QVERIFY(stack);
-    QTRY_VERIFY(!stack->property("busy").toBool());
-}
-
-bool TestSettingsWindow::openFile(const QString &name, const QByteArray &bytes, QSize size)
-{
-    QFile file(QDir(storageFolder()).filePath(name + u".lgrdi"_qs));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return false;
-    file.close();
-    engine = std::make_unique<QQmlEngine>();
-    scene = std::make_unique<MainScene>();
-    window.reset(scene->loadWindow(*engine));
-    if (!window)
-        return false;
-    window->resize(size);
-    window->show();
-    if (!QTest::qWaitForWindowExposed(window.get()) ||
-        !QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }))
-        return false;
-    waitForStack();
-    tap(u"tabRow0"_qs);
-    waitForStack();
-    auto *screen = findItem<EditorScreenItem>(window->contentItem());
-    if (!screen || !QTest::qWaitFor([screen] { return screen->controller() != nullptr; }))
-        return false;
-    c = screen->controller();
-    return true;
-}
-
-void TestSettingsWindow::tap(const QString &name)
-{
-    QQuickItem *target = item(name);
-    QVERIFY2(target, qPrintable(name));
-    const QPoint p = centerOf(target);
-    QTest::touchEvent(window.get(), touch).press(0, p, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, p, window.get());
-    QCoreApplication::processEvents();
-}
-
-void TestSettingsWindow::click(const QString &name)
-{
-    QQuickItem *target = item(name);
-    QVERIFY2(target, qPrintable(name));
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, centerOf(target));
-    QCoreApplication::processEvents();
-}
-
-void TestSettingsWindow::saveShot(const QString &name)
-{
-    QTest::qWait(250);
-    const QImage image = window->grabWindow();
-    QVERIFY(!image.isNull());
-    QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
+    closeWindow();
 }
 
 void TestSettingsWindow::settingsByTouchMouseAndKeys()
 {
-    QVERIFY(openFile(u"Touch"_qs, melody(u"Touch"_qs, 1), QSize(390, 844)));
+    QVERIFY(open(u"Touch"_qs, melody(u"Touch"_qs, 1), QSize(390, 844)));
     const TabData &tab = c->tabData();
 
     // A finger: the settings button, one more string, sounds on, save.
@@ -234,26 +133,25 @@ void TestSettingsWindow::settingsByTouchMouseAndKeys()
     tap(u"tabSettingsButt"_qs);
     QTRY_VERIFY(item(u"dialogBg"_qs));
     tap(u"lyricSizeDown"_qs);
-    QTest::touchEvent(window.get(), touch).press(0, QPoint(10, 830), window.get());
-    QTest::touchEvent(window.get(), touch).release(0, QPoint(10, 830), window.get());
+    tap(QPoint(10, 830));
     QTRY_VERIFY(!dialog());
     QCOMPARE(tab.lyricSize, 105);
 }
 
 void TestSettingsWindow::stringLabelNoteMenu()
 {
-    QVERIFY(openFile(u"Tuning"_qs, melody(u"Tuning"_qs, 1), QSize(390, 844)));
+    QVERIFY(open(u"Tuning"_qs, melody(u"Tuning"_qs, 1), QSize(390, 844)));
     tap(u"tabSettingsButt"_qs);
     QTRY_VERIFY(item(u"stringLabel6"_qs));
     // A finger on the low string, slid to D and lifted.
     const QPoint start = centerOf(item(u"stringLabel6"_qs));
-    QTest::touchEvent(window.get(), touch).press(0, start, window.get());
+    touches().press(0, start, window.get());
     QTRY_VERIFY(item(u"noteEntryD"_qs));
     saveShot(u"settings-note-menu"_qs);
     const QPoint d = centerOf(item(u"noteEntryD"_qs));
-    QTest::touchEvent(window.get(), touch).move(0, (start + d) / 2, window.get());
-    QTest::touchEvent(window.get(), touch).move(0, d, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, d, window.get());
+    touches().move(0, (start + d) / 2, window.get());
+    touches().move(0, d, window.get());
+    touches().release(0, d, window.get());
     QCoreApplication::processEvents();
     QCOMPARE(dialog()->stringLabel(6), u"D"_qs);
     // A string changed by hand makes the tuning custom, even where it matches a preset.
@@ -278,7 +176,7 @@ void TestSettingsWindow::stringLabelNoteMenu()
 
 void TestSettingsWindow::warningAndIntro()
 {
-    QVERIFY(openFile(u"Intro"_qs, melody(u"Intro"_qs, 1), QSize(390, 844)));
+    QVERIFY(open(u"Intro"_qs, melody(u"Intro"_qs, 1), QSize(390, 844)));
     tap(u"tabSettingsButt"_qs);
     QTRY_VERIFY(item(u"dialogBg"_qs));
     tap(u"stringCountDown"_qs);
@@ -292,8 +190,7 @@ void TestSettingsWindow::warningAndIntro()
     tap(u"introButt"_qs);
     QTRY_VERIFY(item(u"introTextView"_qs));
     QTRY_VERIFY(item(u"introTextView"_qs)->hasActiveFocus());
-    for (QChar ch : u"Capo 2, slowly"_qs)
-        QTest::keyClick(window.get(), ch.toLatin1());
+    typeText(u"Capo 2, slowly"_qs);
     tap(u"introDoneButt"_qs);
     QTRY_VERIFY(!item(u"introEditor"_qs));
     QCOMPARE(dialog()->introButtTitle(), u"Edit tab intro"_qs);
@@ -318,7 +215,7 @@ void TestSettingsWindow::dialogScreenshots()
     QFETCH(bool, dark);
     const QString tag = QString::fromLatin1(QTest::currentDataTag());
     SavedData::shared().appearanceSetting = dark ? 2 : 1;
-    QVERIFY(openFile(u"Shots"_qs, melody(u"Shots"_qs, 2), size));
+    QVERIFY(open(u"Shots"_qs, melody(u"Shots"_qs, 2), size));
     tap(u"tabSettingsButt"_qs);
     QTRY_VERIFY(item(u"dialogBg"_qs));
     saveShot(u"settings-"_qs + tag);
@@ -356,7 +253,7 @@ void TestSettingsWindow::wideEditor()
     QFETCH(int, rows);
     QFETCH(bool, freeScroll);
     SavedData::shared().freeScrollSetting = freeScroll;
-    QVERIFY(openFile(u"Wide"_qs, melody(u"Wide"_qs, 4), size));
+    QVERIFY(open(u"Wide"_qs, melody(u"Wide"_qs, 4), size));
     // The rows take the width beside the letters and the indicator.
     QCOMPARE(c->tabEditViewWidth, size.width() - 28.0 - 14.0);
     auto *surface = item(u"surface"_qs);
@@ -373,13 +270,5 @@ void TestSettingsWindow::wideEditor()
     saveShot(u"editor-"_qs + QString::fromLatin1(QTest::currentDataTag()));
 }
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestSettingsWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+LUTEGRID_WINDOW_TEST_MAIN(TestSettingsWindow)
 #include "tst_settingswindow.moc"

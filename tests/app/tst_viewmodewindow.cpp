@@ -1,31 +1,15 @@
 #include "../sound/audioprobe.h"
-#include "editorscreenitem.h"
-#include "library/icloudmanager.h"
-#include "lutegridqmlimports.h"
-#include "mainscene.h"
 #include "model/tabfileformat.h"
 #include "services/saveddata.h"
-#include "shell/appmanager.h"
-#include "surfacepalette.h"
 #include "viewmodescreenitem.h"
 
 #include "appwindow.h"
 
-#include <QDir>
-#include <QFile>
-#include <QGuiApplication>
 #include <QProcess>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QRegularExpression>
 #include <QScopeGuard>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
 
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -63,7 +47,7 @@ int runProgram(const QString &program, const QStringList &arguments, QByteArray 
 
 // View mode in the real window: opened from the editor on its cursor, played with the button
 // and the keys, its options dialog, and the row handed back on closing.
-class TestViewModeWindow : public QObject {
+class TestViewModeWindow : public QObject, AppWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -79,29 +63,22 @@ private Q_SLOTS:
     void screenshotsWhilePlaying();
 
 private:
-    bool openFile(const QByteArray &bytes, QSize size);
+    bool open(const QByteArray &bytes, QSize size)
+    {
+        editor = openFile(u"Reading.lgrdi"_qs, bytes, size);
+        QTest::qWait(400); // past the push
+        return editor != nullptr;
+    }
     ViewModeScreenItem *openViewMode();
-    QQuickItem *item(const QString &name) const { return findItem(window->contentItem(), name); }
-    void tap(QQuickItem *target);
-    void saveShot(const QString &name);
 
-    QPointingDevice *touch = nullptr;
-    QString shots;
     QString sink;
     QString sinkModule;
-    std::unique_ptr<QQmlEngine> engine;
-    std::unique_ptr<MainScene> scene;
-    std::unique_ptr<QQuickWindow> window;
     TabEditViewController *editor = nullptr;
 };
 
 void TestViewModeWindow::initTestCase()
 {
-    touch = QTest::createTouchDevice();
-    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/shots-view"_qs);
-    QDir().mkpath(shots);
-    iCloudManager::shared().findCloudContainer();
-    QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
+    start(u"shots-view"_qs);
     // A sink of this test's own, chosen before the app's output opens, so the recording holds
     // only what view mode plays.
     if (runProgram(u"pactl"_qs, {u"info"_qs}) == 0) {
@@ -126,51 +103,15 @@ void TestViewModeWindow::cleanupTestCase()
 
 void TestViewModeWindow::init()
 {
-    QDir folder(iCloudManager::shared().iCloudContainerUrl.value_or(QString()));
-    for (const QString &entry : folder.entryList(QDir::Files | QDir::Hidden))
-        folder.remove(entry);
-    AppManager::shared().activeDocUrls.clear();
+    resetStorage();
     AppManager::shared().viewDisplayOptionsMap.clear();
     SavedData::shared().appearanceSetting = 0;
-    SurfacePalette::instance()->setDark(false);
-    QTest::failOnWarning(QRegularExpression(u"TypeError|ReferenceError|is not a function"_qs));
 }
 
 void TestViewModeWindow::cleanup()
 {
     editor = nullptr;
-    window.reset();
-    scene.reset();
-    engine.reset();
-}
-
-bool TestViewModeWindow::openFile(const QByteArray &bytes, QSize size)
-{
-    QFile file(QDir(*iCloudManager::shared().iCloudContainerUrl).filePath(u"Reading.lgrdi"_qs));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return false;
-    file.close();
-    engine = std::make_unique<QQmlEngine>();
-    scene = std::make_unique<MainScene>();
-    window.reset(scene->loadWindow(*engine));
-    if (!window)
-        return false;
-    window->resize(size);
-    window->show();
-    if (!QTest::qWaitForWindowExposed(window.get()))
-        return false;
-    if (!QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }))
-        return false;
-    tap(item(u"tabRow0"_qs));
-    if (!QTest::qWaitFor([this] {
-            auto *screen = findItem<EditorScreenItem>(window->contentItem());
-            return screen && screen->controller();
-        }))
-        return false;
-    auto *screen = findItem<EditorScreenItem>(window->contentItem());
-    editor = screen ? screen->controller() : nullptr;
-    QTest::qWait(400); // past the push
-    return editor != nullptr;
+    closeWindow();
 }
 
 ViewModeScreenItem *TestViewModeWindow::openViewMode()
@@ -188,24 +129,6 @@ ViewModeScreenItem *TestViewModeWindow::openViewMode()
     return screen;
 }
 
-void TestViewModeWindow::tap(QQuickItem *target)
-{
-    QVERIFY(target);
-    const QPoint point =
-        target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
-    QCoreApplication::processEvents();
-}
-
-void TestViewModeWindow::saveShot(const QString &name)
-{
-    QTest::qWait(200);
-    const QImage image = window->grabWindow();
-    QVERIFY(!image.isNull());
-    QVERIFY(image.save(QDir(shots).filePath(name + u".png"_qs)));
-}
-
 void TestViewModeWindow::pressPlayAndHearTheFirstNote()
 {
     if (sink.isEmpty())
@@ -221,7 +144,7 @@ void TestViewModeWindow::pressPlayAndHearTheFirstNote()
     QVERIFY(recorder.waitForStarted(3000));
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(recordingPath).size() > qint64(44100 * 4 / 2), 5000);
 
-    QVERIFY(openFile(tabOfRows(3), QSize(390, 844)));
+    QVERIFY(open(tabOfRows(3), QSize(390, 844)));
     ViewModeScreenItem *screen = openViewMode();
     QVERIFY(screen);
     // The output is open and the first columns are ready before anyone presses play.
@@ -251,7 +174,7 @@ void TestViewModeWindow::pressPlayAndHearTheFirstNote()
 
 void TestViewModeWindow::cursorHandedInAndRowHandedBack()
 {
-    QVERIFY(openFile(tabOfRows(12), QSize(390, 844)));
+    QVERIFY(open(tabOfRows(12), QSize(390, 844)));
     editor->showRowFromViewMode(3, 10);
     QCOMPARE(editor->tabEditView()->cursorTabRow(), 3);
     QCOMPARE(editor->tabEditView()->editColIndex, 10);
@@ -282,8 +205,8 @@ void TestViewModeWindow::cursorHandedInAndRowHandedBack()
         content->mapToScene(QPointF(frame.left() + frame.width() / 3, frame.bottom() - frame.height() / 5))
             .toPoint();
     QVERIFY(window->contentItem()->contains(point));
-    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
+    touches().press(0, point, window.get());
+    touches().release(0, point, window.get());
     QTRY_VERIFY(view->highlightColumn() != 11);
     QCOMPARE(view->highlightRow(), 7);
     QVERIFY(view->highlightColumn() > 5 && view->highlightColumn() < 12);
@@ -301,7 +224,7 @@ void TestViewModeWindow::cursorHandedInAndRowHandedBack()
 
 void TestViewModeWindow::optionsDialogRefusesAnEmptyPage()
 {
-    QVERIFY(openFile(tabOfRows(4), QSize(390, 844)));
+    QVERIFY(open(tabOfRows(4), QSize(390, 844)));
     ViewModeScreenItem *screen = openViewMode();
     QVERIFY(screen);
     tap(item(u"viewMenuButt"_qs));
@@ -353,7 +276,7 @@ void TestViewModeWindow::screenshotsWhilePlaying()
     QFETCH(bool, two);
     QFETCH(bool, dark);
     SavedData::shared().appearanceSetting = dark ? 2 : 1;
-    QVERIFY(openFile(tabOfRows(9), size));
+    QVERIFY(open(tabOfRows(9), size));
     ViewModeScreenItem *screen = openViewMode();
     QVERIFY(screen);
     if (two) {
@@ -376,13 +299,5 @@ void TestViewModeWindow::screenshotsWhilePlaying()
     screen->controller()->setPlaying(false);
 }
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestViewModeWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+LUTEGRID_WINDOW_TEST_MAIN(TestViewModeWindow)
 #include "tst_viewmodewindow.moc"

@@ -35,6 +35,19 @@ struct Dialogs : DialogPresenter {
     void dismissDialog() override { presenting = false; }
 };
 
+// The steps on the stack, counted by undoing them all and redoing them all.
+inline int undoSteps(LgUndoManager *undo)
+{
+    int steps = 0;
+    while (undo->canUndo()) {
+        undo->undo();
+        ++steps;
+    }
+    for (int i = 0; i < steps; ++i)
+        undo->redo();
+    return steps;
+}
+
 struct Session {
     std::unique_ptr<LutegridDocument> document;
     std::unique_ptr<TabEditViewController> editor;

@@ -36,19 +36,6 @@ QStringList barNames(const ChordShortcutMode &mode)
     return names;
 }
 
-// The steps on the stack, counted by undoing them all and redoing them all.
-int undoSteps(LgUndoManager *undo)
-{
-    int steps = 0;
-    while (undo->canUndo()) {
-        undo->undo();
-        ++steps;
-    }
-    for (int i = 0; i < steps; ++i)
-        undo->redo();
-    return steps;
-}
-
 QStringList resultNames(const ChordShortcutMode &mode)
 {
     QStringList names;

@@ -24,18 +24,6 @@ private:
         }
         s.undo->removeAllActions();
     }
-    // Steps on the stack, counted by undoing them all and redoing them again.
-    static int undoCount(LgUndoManager *undo)
-    {
-        int n = 0;
-        while (undo->canUndo()) {
-            undo->undo();
-            ++n;
-        }
-        for (int i = 0; i < n; ++i)
-            undo->redo();
-        return n;
-    }
     std::unique_ptr<TabSettingsDialogViewController> dialogFor(Session &s)
     {
         return std::make_unique<TabSettingsDialogViewController>(
@@ -202,7 +190,7 @@ private Q_SLOTS:
         d->continueAfterWarning();
         const TabData &tab = s.editor->tabData();
         QCOMPARE(tab.stringNotes, *GuitarTunings::tuningPresets7string().first().stringNotes);
-        QCOMPARE(undoCount(s.undo), 1);
+        QCOMPARE(undoSteps(s.undo), 1);
         for (const TabRowData &row : tab.tabRowDatas) {
             QCOMPARE(row.stringCount, 7);
             for (const TabColumnData &column : row.colDatas)
@@ -230,7 +218,7 @@ private Q_SLOTS:
         const TabColumnData &small = s.editor->tabData().tabRowDatas[0].colDatas[5];
         QCOMPARE(small.columnItems, before[0].colDatas[5].columnItems.mid(2));
         QCOMPARE(s.editor->baseTabEditViewHeight, 279.0 - 40.0);
-        QCOMPARE(undoCount(s.undo), 1);
+        QCOMPARE(undoSteps(s.undo), 1);
         s.editor->undoEdit();
         QCOMPARE(s.editor->tabData().tabRowDatas, before);
         QCOMPARE(s.editor->tabData().stringNotes, standardStringNotes(6));
@@ -283,7 +271,7 @@ private Q_SLOTS:
         QCOMPARE(tab.tempo, 165);
         QCOMPARE(s.view->lyricsSizePercentage, 120);
         QCOMPARE(s.view->showingTabRows.first().lyricsField.fontSize, 24.0 * 1.2);
-        QCOMPARE(undoCount(s.undo), 1);
+        QCOMPARE(undoSteps(s.undo), 1);
         QVERIFY(s.document->hasUnsavedChanges());
         s.editor->undoEdit();
         QCOMPARE(tab.capoFret, 0);
@@ -294,7 +282,7 @@ private Q_SLOTS:
         QCOMPARE(tab.tempo, 165);
         // Saving with nothing changed makes no step.
         dialogFor(s)->saveChangesButt();
-        QCOMPARE(undoCount(s.undo), 0);
+        QCOMPARE(undoSteps(s.undo), 0);
     }
 
     void introKeepsFifteenLines()

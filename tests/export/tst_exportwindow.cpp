@@ -6,19 +6,13 @@
 
 #include "analyticscapture.h"
 #include "testfiles.h"
+#include "windowdriver.h"
 
 #include <QClipboard>
-#include <QDir>
-#include <QGuiApplication>
 #include <QMimeData>
 #include <QPointer>
-#include <QPointingDevice>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
@@ -49,26 +43,30 @@ QString exported(const QString &name)
 
 } // namespace
 
-class TestExportWindow : public QObject {
+class TestExportWindow : public QObject, WindowDriver {
     Q_OBJECT
 
     QQmlEngine engine;
     QQuickWindow *window = nullptr;
     QQuickItem *host = nullptr;
     QPointer<QQuickItem> dialog;
-    QPointingDevice *touch = nullptr;
     QList<QUrl> opened;
     QStringList shown;
 
     ExportDialogViewController *controller() { return ExportDialogPresenter::controllerOf(dialog); }
 
-    // Walks the visual tree: a Repeater's rows are not QObject children of the dialog.
-    static QQuickItem *findItem(QQuickItem *root, const QString &name)
+    QQuickWindow *drivenWindow() const override { return window; }
+    using WindowDriver::click;
+    using WindowDriver::tap;
+
+    // Walks the visual tree, shown or not: a Repeater's rows are not QObject children of the
+    // dialog.
+    static QQuickItem *findAny(QQuickItem *root, const QString &name)
     {
         if (!root || root->objectName() == name)
             return root;
         for (QQuickItem *child : root->childItems()) {
-            if (QQuickItem *found = findItem(child, name))
+            if (QQuickItem *found = findAny(child, name))
                 return found;
         }
         return nullptr;
@@ -76,34 +74,26 @@ class TestExportWindow : public QObject {
 
     QQuickItem *item(const QString &name)
     {
-        auto *found = findItem(dialog, name);
+        auto *found = findAny(dialog, name);
         if (!found)
             qWarning() << "no item" << name;
         return found;
     }
 
-    QPoint centreOf(QQuickItem *target)
+    // A view that just appeared lays itself out at the next polish; a grab runs it now.
+    QQuickItem *visibleItem(const QString &name)
     {
-        return target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
+        window->grabWindow();
+        QQuickItem *target = item(name);
+        return target && target->isVisible() ? target : nullptr;
     }
-
     void click(const QString &name)
     {
-        // A view that just appeared lays itself out at the next polish; a grab runs it now.
-        window->grabWindow();
-        QQuickItem *target = item(name);
-        QVERIFY(target && target->isVisible());
-        QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(target));
+        QQuickItem *target = visibleItem(name);
+        QVERIFY2(target, qPrintable(name));
+        click(centerOf(target));
     }
-
-    void tap(const QString &name)
-    {
-        window->grabWindow();
-        QQuickItem *target = item(name);
-        QVERIFY(target && target->isVisible());
-        QTest::touchEvent(window, touch).press(0, centreOf(target), window);
-        QTest::touchEvent(window, touch).release(0, centreOf(target), window);
-    }
+    void tap(const QString &name) { tap(visibleItem(name)); }
 
     // Replaces the name the way a user does: click in, select all, type.
     void typeName(const QString &text)
@@ -112,8 +102,7 @@ class TestExportWindow : public QObject {
         QTest::keyClick(window, Qt::Key_A, Qt::ControlModifier);
         if (text.isEmpty())
             QTest::keyClick(window, Qt::Key_Backspace);
-        for (const QChar c : text)
-            QTest::keyClick(window, c.toLatin1());
+        typeText(text);
     }
 
     QString text(const QString &name) { return item(name)->property("text").toString(); }
@@ -140,7 +129,7 @@ class TestExportWindow : public QObject {
 private Q_SLOTS:
     void initTestCase()
     {
-        touch = QTest::createTouchDevice();
+        startDriving(u"shots-export"_qs);
         engine.addImportPath(u"qrc:/"_qs);
         QQmlComponent component(&engine);
         component.setData("import QtQuick\nWindow { width: 390; height: 844; visible: true\n"
@@ -322,8 +311,7 @@ private Q_SLOTS:
     void aTapOutsideCloses()
     {
         open();
-        QTest::touchEvent(window, touch).press(0, QPoint(5, 5), window);
-        QTest::touchEvent(window, touch).release(0, QPoint(5, 5), window);
+        tap(QPoint(5, 5));
         QTRY_VERIFY(!dialog);
     }
 
@@ -411,12 +399,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestExportWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
+LUTEGRID_WINDOW_TEST_MAIN(TestExportWindow)
 #include "tst_exportwindow.moc"

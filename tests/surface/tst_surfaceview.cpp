@@ -4,20 +4,16 @@
 #include "tabeditsurface.h"
 #include "tabrowviewitem.h"
 
-#include <QDir>
-#include <QGuiApplication>
-#include <QPointingDevice>
-#include <QQuickItem>
+#include "windowdriver.h"
+
 #include <QQuickView>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 #include <QWheelEvent>
 
 Q_IMPORT_QML_PLUGIN(Lutegrid_SurfacePlugin)
 
 // Drives the demo page as a user would, with touches and clicks, and keeps screenshots.
-class TestSurfaceView : public QObject {
+class TestSurfaceView : public QObject, WindowDriver {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -33,21 +29,20 @@ private Q_SLOTS:
 
 private:
     QPoint scenePoint(double contentX, double contentY) const;
-    QQuickItem *find(const char *name) const;
-    void tap(QPoint point);
+    QQuickItem *find(const char *name) const
+    {
+        return findItem(window->rootObject(), QString::fromLatin1(name));
+    }
     QImage grab();
+    QQuickWindow *drivenWindow() const override { return window.get(); }
 
     std::unique_ptr<QQuickView> window;
-    QPointingDevice *touch = nullptr;
     TabEditSurface *surface = nullptr;
-    QString shots;
 };
 
 void TestSurfaceView::initTestCase()
 {
-    touch = QTest::createTouchDevice();
-    shots = QDir(QString::fromUtf8(LUTEGRID_SOURCE_DIR)).filePath(u"build/surface-shots"_qs);
-    QDir().mkpath(shots);
+    startDriving(u"surface-shots"_qs);
 }
 
 void TestSurfaceView::init()
@@ -75,34 +70,10 @@ void TestSurfaceView::cleanup()
     surface = nullptr;
 }
 
-// Repeater delegates are children of their item only, so the search walks the item tree.
-static QQuickItem *findItem(QQuickItem *item, const QString &name)
-{
-    if (item->objectName() == name)
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = findItem(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-QQuickItem *TestSurfaceView::find(const char *name) const
-{
-    return findItem(window->rootObject(), QString::fromLatin1(name));
-}
-
 QPoint TestSurfaceView::scenePoint(double contentX, double contentY) const
 {
     const QPointF offset = surface->view()->contentOffset;
     return surface->mapToScene(QPointF(contentX, contentY) - offset).toPoint();
-}
-
-void TestSurfaceView::tap(QPoint point)
-{
-    QTest::touchEvent(window.get(), touch).press(0, point, window.get());
-    QTest::touchEvent(window.get(), touch).release(0, point, window.get());
-    QCoreApplication::processEvents();
 }
 
 QImage TestSurfaceView::grab()
@@ -131,12 +102,12 @@ void TestSurfaceView::touchesPlaceCursorAndEdit()
     const TabColumnData before = view->tabRows[0].colDatas[8];
     QQuickItem *fret = find("fret7");
     QVERIFY(fret);
-    tap(fret->mapToScene(QPointF(fret->width() / 2, fret->height() / 2)).toPoint());
+    tap(fret);
     QCOMPARE(view->tabRows[0].colDatas[8].columnItems[3], ColumnItemType::note(7));
     QCOMPARE(view->editColIndex, 9); // advanced by one
     QVERIFY(surface->canUndo());
     QQuickItem *undo = find("demoUndo");
-    tap(undo->mapToScene(QPointF(undo->width() / 2, undo->height() / 2)).toPoint());
+    tap(undo);
     QCOMPARE(view->tabRows[0].colDatas[8], before);
 
     // A tap on a chord name selects its column only.
@@ -252,13 +223,5 @@ void TestSurfaceView::magicModeLeavesLyricFieldsUsable()
     QTRY_VERIFY(lyrics->hasActiveFocus());
 }
 
-int main(int argc, char *argv[])
-{
-    QTemporaryDir home;
-    qputenv("LUTEGRID_HOME", home.path().toLocal8Bit());
-    QGuiApplication app(argc, argv);
-    TestSurfaceView test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+LUTEGRID_WINDOW_TEST_MAIN(TestSurfaceView)
 #include "tst_surfaceview.moc"
