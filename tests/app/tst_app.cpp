@@ -71,24 +71,17 @@ private Q_SLOTS:
     void pasteATextTab();
 
 private:
-    EditorScreenItem *openNewTab();
     EditorScreenItem *openListRow(int row)
     {
         tapAndSettle(u"tabRow"_qs + QString::number(row));
         return findItem<EditorScreenItem>(window->contentItem());
     }
-    // The window on the empty list and a new tab from it: sets `c` and `view`.
-    bool openEditor();
-    // The window on a list holding just this file, and the file opened: sets `c` and `view`.
-    bool open(const QString &name, const QByteArray &bytes, QSize size = QSize(390, 844));
     QPoint fretPoint(int stringNum, int fretNum) const;
     // A pen's tap as items meet it: the tablet events no item takes come back as mouse events
     // from the stylus.
     void penClick(QPoint point);
     QImage grabItem(QQuickItem *target);
 
-    TabEditViewController *c = nullptr;
-    TabEditView *view = nullptr;
     QPointingDevice *pen = nullptr;
 };
 
@@ -115,35 +108,7 @@ void TestApp::init()
 
 void TestApp::cleanup()
 {
-    c = nullptr;
-    view = nullptr;
     closeWindow();
-}
-
-EditorScreenItem *TestApp::openNewTab()
-{
-    tapAndSettle(u"newTabButt"_qs);
-    auto *screen = findItem<EditorScreenItem>(window->contentItem());
-    // An editor that never gets its controller counts as no editor.
-    if (screen && !QTest::qWaitFor([screen] { return screen->controller() != nullptr; }))
-        return nullptr;
-    return screen;
-}
-
-bool TestApp::openEditor()
-{
-    if (!openWindow() || !openNewTab() || !(c = editor()))
-        return false;
-    view = c->tabEditView();
-    return true;
-}
-
-bool TestApp::open(const QString &name, const QByteArray &bytes, QSize size)
-{
-    if (!(c = openFile(name, bytes, size)))
-        return false;
-    view = c->tabEditView();
-    return true;
 }
 
 QPoint TestApp::fretPoint(int stringNum, int fretNum) const
@@ -161,19 +126,17 @@ void TestApp::emptyListThenNewTab()
     QQuickItem *empty = item(u"emptyText"_qs);
     QVERIFY(empty);
     QCOMPARE(empty->property("text").toString(), u"No tabs created yet ✍️"_qs);
-    EditorScreenItem *screen = openNewTab();
-    QVERIFY(screen);
+    QVERIFY(openNewTab());
     QCOMPARE(scene->topKind(), MainScene::Editor);
-    QCOMPARE(screen->controller()->title(), u"Edit - Untitled 1"_qs);
+    QCOMPARE(c->title(), u"Edit - Untitled 1"_qs);
     QVERIFY(QFile::exists(QDir(storageFolder()).filePath(u"Untitled 1.lgrdi"_qs)));
     // Back in the list, the new tab is listed, and the next one takes the next number.
     tapAndSettle(u"backButton"_qs);
     QCOMPARE(scene->topKind(), MainScene::TabsList);
     QTRY_VERIFY(item(u"tabRow0"_qs));
     QVERIFY(!item(u"emptyList"_qs));
-    screen = openNewTab();
-    QVERIFY(screen);
-    QCOMPARE(screen->controller()->title(), u"Edit - Untitled 2"_qs);
+    QVERIFY(openNewTab());
+    QCOMPARE(c->title(), u"Edit - Untitled 2"_qs);
     // And one step further back, the folder screen with its fixed rows.
     tapAndSettle(u"backButton"_qs);
     tapAndSettle(u"backButton"_qs);
@@ -207,11 +170,11 @@ void TestApp::fretTouchWritesOneStepAndAdvances()
     QVERIFY(!c->pressInProgress());
     QCOMPARE(view->editColIndex, 1);
     QTRY_VERIFY(item(u"undoButton"_qs)->isEnabled());
-    tap(centerOf(item(u"undoButton"_qs)));
+    tap(u"undoButton"_qs);
     QVERIFY(view->tabRows[0].colDatas[0].isSameColumn(TabColumnData(6)));
     QVERIFY(!c->lgDocument->undoManager()->canUndo());
     QTRY_VERIFY(item(u"redoButt"_qs)->isEnabled());
-    tap(centerOf(item(u"redoButt"_qs)));
+    tap(u"redoButt"_qs);
     QCOMPARE(view->tabRows[0].colDatas[0].columnItems[1], ColumnItemType::note(3));
 }
 
@@ -311,7 +274,7 @@ void TestApp::toolsGuardedDuringPress()
     c->addTabColumn();
     QCOMPARE(view->numTabColumns, 33);
     touches().release(0, fret, window.get());
-    tap(centerOf(item(u"addRowButt"_qs)));
+    tap(u"addRowButt"_qs);
     QCOMPARE(view->tabRows.size(), 2);
 }
 
@@ -370,8 +333,7 @@ void TestApp::dialogsCloseByButtonOrTapOutside()
     DialogHost *host = scene->dialogs();
     // A tap on the message itself keeps it up.
     host->showMessage(u"Maximum column count 64"_qs);
-    QTRY_VERIFY(item(u"messageLabel"_qs));
-    tap(centerOf(item(u"messageLabel"_qs)));
+    tap(u"messageLabel"_qs);
     QVERIFY(host->isPresenting());
 
     // Each dialog closes on a tap outside, a finger on a button or a click on it.
@@ -444,8 +406,7 @@ void TestApp::openFailureAndStandby()
     QVERIFY(!list->tabOpenFlow.waiting());
     QCOMPARE(scene->dialogs()->kind(), DialogHost::Kind::Message);
     QCOMPARE(scene->dialogs()->messageString, u"Unable to open tab."_qs);
-    QTRY_VERIFY(item(u"messageOk"_qs));
-    click(centerOf(item(u"messageOk"_qs)));
+    click(u"messageOk"_qs);
     QVERIFY(!scene->dialogs()->isPresenting());
 
     // A document still open elsewhere is waited for, in rounds, with the standby dialog from
@@ -454,7 +415,7 @@ void TestApp::openFailureAndStandby()
     LutegridDocument *busy = AppManager::shared().documentFor(busyPath);
     QVERIFY(busy->open());
     list->tabOpenFlow.roundInterval = 5;
-    tap(centerOf(item(u"tabRow1"_qs)));
+    tap(u"tabRow1"_qs);
     QVERIFY(list->tabOpenFlow.waiting());
     QTRY_COMPARE(scene->dialogs()->kind(), DialogHost::Kind::LoadingStandby);
     QVERIFY(list->tabOpenFlow.tabOpenStatusCheckerCount >= 18);
@@ -463,11 +424,10 @@ void TestApp::openFailureAndStandby()
     QVERIFY(!list->tabOpenFlow.standbyShown());
     QCOMPARE(scene->topKind(), MainScene::TabsList);
     // A later wait shows the dialog again; its Cancel button ends that wait too.
-    tap(centerOf(item(u"tabRow1"_qs)));
+    tap(u"tabRow1"_qs);
     QTRY_COMPARE(scene->dialogs()->kind(), DialogHost::Kind::LoadingStandby);
     QVERIFY(list->tabOpenFlow.standbyShown());
-    QTRY_VERIFY(item(u"standbyCancel"_qs));
-    click(centerOf(item(u"standbyCancel"_qs)));
+    click(u"standbyCancel"_qs);
     QVERIFY(!list->tabOpenFlow.waiting());
     QVERIFY(!list->tabOpenFlow.standbyShown());
     QVERIFY(!scene->dialogs()->isPresenting());
@@ -490,7 +450,7 @@ void TestApp::conflictCopyBringsDialog_data()
 void TestApp::conflictCopyBringsDialog()
 {
     QFETCH(int, choice);
-    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1)));
+    QVERIFY(openTab(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 1)));
     const QDateTime copyDate(QDate(2026, 11, 21), QTime(10, 15, 30));
     const QString copyName = u"Song.sync-conflict-20261121-101530-ABCDEFG.lgrdi"_qs;
     QVERIFY(writeFile(copyName, tabWithNote(u"Song"_qs, 2), copyDate));
@@ -506,7 +466,7 @@ void TestApp::conflictCopyBringsDialog()
         saveShot(u"conflict-dialog"_qs);
     QTRY_VERIFY(item(u"version"_qs + QString::number(choice)));
     tap(centerOf(item(u"version"_qs + QString::number(choice))));
-    tap(centerOf(item(u"confirmSelection"_qs)));
+    tap(u"confirmSelection"_qs);
     QVERIFY(!host->isPresenting());
     QVERIFY(!QFile::exists(QDir(storageFolder()).filePath(copyName)));
     const qint64 expected = choice == 1 ? 2 : 1;
@@ -544,7 +504,7 @@ void TestApp::notesSurviveClosingTheWindow()
 
 void TestApp::rowPanAndScrollIndicator()
 {
-    QVERIFY(open(u"Rows.lgrdi"_qs, tabWithNote(u"Rows"_qs, 2, 3)));
+    QVERIFY(openTab(u"Rows.lgrdi"_qs, tabWithNote(u"Rows"_qs, 2, 3)));
     QCOMPARE(view->showingCount(), 1);
     // A finger drags the rows up by most of a row: the next row comes into the window.
     QQuickItem *surface = item(u"surface"_qs);
@@ -587,7 +547,7 @@ void TestApp::tuningAndCapoFollowAReload()
     const QStringList dropD = {u"D"_qs, u"A"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"E"_qs};
     const QStringList openG = {u"D"_qs, u"G"_qs, u"D"_qs, u"G"_qs, u"B"_qs, u"D"_qs};
     TabData tab(u"Capo"_qs, {TabRowData(32, 6)}, dropD, 3, std::nullopt);
-    QVERIFY(open(u"Capo.lgrdi"_qs, documentData(tab)));
+    QVERIFY(openTab(u"Capo.lgrdi"_qs, documentData(tab)));
     QQuickItem *tabLetters = item(u"tabLetters"_qs);
     QQuickItem *fretLetters = item(u"fretLetters"_qs);
     QVERIFY(tabLetters && fretLetters);
@@ -679,7 +639,7 @@ QImage TestApp::grabItem(QQuickItem *target)
 
 void TestApp::mouseOnTheRows()
 {
-    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3), QSize(820, 1180)));
+    QVERIFY(openTab(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3), QSize(820, 1180)));
     QVERIFY(view->showingCount() >= 2);
 
     // A click on a column moves the cursor there, to the string under the pointer.
@@ -727,7 +687,7 @@ void TestApp::heldPressOpensNoteMenu_data()
 void TestApp::heldPressOpensNoteMenu()
 {
     QFETCH(bool, mouse);
-    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
+    QVERIFY(openTab(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
     auto *surface = findItem<TabEditSurface>(window->contentItem());
     // Row 1, column 0, string 2 holds fret 3.
     const QPoint point = rowPoint(0, 0.5, 1.5);
@@ -758,7 +718,7 @@ void TestApp::heldPressOpensNoteMenu()
 
 void TestApp::rightClickOpensNoteMenu()
 {
-    QVERIFY(open(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
+    QVERIFY(openTab(u"Song.lgrdi"_qs, tabWithNote(u"Song"_qs, 3, 3)));
     auto *surface = findItem<TabEditSurface>(window->contentItem());
     // A right click opens the menu at once and leaves it open for the next click.
     const QPoint point = rowPoint(0, 0.5, 1.5);
@@ -850,7 +810,7 @@ void TestApp::sidewaysDragScrollsAWideRow()
     QFETCH(bool, mouse);
     TabData tab(u"Wide"_qs, 6);
     tab.tabRowDatas = {TabRowData(64, 6), TabRowData(64, 6)};
-    QVERIFY(open(u"Wide.lgrdi"_qs, documentData(tab)));
+    QVERIFY(openTab(u"Wide.lgrdi"_qs, documentData(tab)));
     QCOMPARE(view->numTabColumns, 64);
     QCOMPARE(view->contentOffset.x(), 0.0);
     const QPoint start = rowPoint(0, 10.5, 2.5);
@@ -886,14 +846,14 @@ void TestApp::previewFollowsADeletedRow()
             row.colDatas[column].chordName = r % 2 ? u"Am"_qs : u"G7"_qs;
         tab.tabRowDatas.append(row);
     }
-    QVERIFY(open(u"Verses.lgrdi"_qs, documentData(tab)));
+    QVERIFY(openTab(u"Verses.lgrdi"_qs, documentData(tab)));
     QQuickItem *preview = item(u"nextRowPreview"_qs);
     QVERIFY(preview);
     const int previewRow = c->nextRowPreviewRow;
     QCOMPARE(previewRow, view->showingCount());
     const QImage before = grabItem(preview);
     view->setEditPosition(0, 0);
-    tap(centerOf(item(u"deleteRowButt"_qs)));
+    tap(u"deleteRowButt"_qs);
     QCOMPARE(view->tabRows.size(), 5);
     QTRY_VERIFY(c->rowPan()->rowSlideFrom < 0);
     QCOMPARE(c->nextRowPreviewRow, previewRow);

@@ -33,21 +33,7 @@ private Q_SLOTS:
     void screenshots();
 
 private:
-    // The window on the empty list and a new tab from it: sets `c` and `view`.
-    bool openEditor(QSize size = QSize(390, 844))
-    {
-        if (!openWindow(size) || !QTest::qWaitFor([this] { return item(u"newTabButt"_qs); }))
-            return false;
-        tap(u"newTabButt"_qs);
-        if (!(c = waitForEditor()))
-            return false;
-        view = c->tabEditView();
-        return true;
-    }
     const TabColumnData &column(int c) const { return view->tabRows[0].colDatas[c]; }
-
-    TabEditViewController *c = nullptr;
-    TabEditView *view = nullptr;
 };
 
 void TestChordsApp::initTestCase()
@@ -72,8 +58,6 @@ void TestChordsApp::init()
 
 void TestChordsApp::cleanup()
 {
-    c = nullptr;
-    view = nullptr;
     closeWindow();
 }
 
@@ -210,7 +194,6 @@ void TestChordsApp::lyricLinesFromTheDropdown()
     QVERIFY(item(u"lyricLineEntry0"_qs));
     // The adding entry, by finger, twice.
     tap(u"lyricLineEntry0"_qs);
-    QTRY_VERIFY(item(u"lyricLineEntry1"_qs));
     click(u"lyricLineEntry1"_qs);
     QCOMPARE(view->tabRows[0].lyricLines, (QStringList{QString(), QString()}));
     // Choosing the first line closes the dropdown.
@@ -219,7 +202,6 @@ void TestChordsApp::lyricLinesFromTheDropdown()
     QCOMPARE(view->tabRows[0].selectedLyricLineIndex, 0);
     // Removing a line, then a press elsewhere closes.
     tap(u"lyricLineButt0"_qs);
-    QTRY_VERIFY(item(u"lyricLineRemove1"_qs));
     tap(u"lyricLineRemove1"_qs);
     QCOMPARE(view->tabRows[0].lyricLines.size(), 1);
     QVERIFY(item(u"lyricLineDropdown"_qs));

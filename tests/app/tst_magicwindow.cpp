@@ -40,7 +40,6 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        c = nullptr;
         closeWindow();
     }
 
@@ -206,7 +205,7 @@ private Q_SLOTS:
 private:
     bool openPhrase(QSize size)
     {
-        return (c = openFile(u"Phrase.lgrdi"_qs, phraseTab(), size)) &&
+        return openTab(u"Phrase.lgrdi"_qs, phraseTab(), size) &&
                QTest::qWaitFor([this] {
                    return item(u"magicEditButt"_qs) != nullptr ||
                           item(u"magicEditOnLabel"_qs) != nullptr;
@@ -226,8 +225,6 @@ private:
         QTest::mouseRelease(window.get(), Qt::LeftButton, modifiers, to);
         QCoreApplication::processEvents();
     }
-
-    TabEditViewController *c = nullptr;
 };
 
 LUTEGRID_WINDOW_TEST_MAIN(TestMagicWindow)

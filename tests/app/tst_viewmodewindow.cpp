@@ -65,15 +65,14 @@ private Q_SLOTS:
 private:
     bool open(const QByteArray &bytes, QSize size)
     {
-        editor = openFile(u"Reading.lgrdi"_qs, bytes, size);
+        const bool opened = openTab(u"Reading.lgrdi"_qs, bytes, size);
         QTest::qWait(400); // past the push
-        return editor != nullptr;
+        return opened;
     }
     ViewModeScreenItem *openViewMode();
 
     QString sink;
     QString sinkModule;
-    TabEditViewController *editor = nullptr;
 };
 
 void TestViewModeWindow::initTestCase()
@@ -110,7 +109,6 @@ void TestViewModeWindow::init()
 
 void TestViewModeWindow::cleanup()
 {
-    editor = nullptr;
     closeWindow();
 }
 
@@ -149,10 +147,10 @@ void TestViewModeWindow::pressPlayAndHearTheFirstNote()
     QVERIFY(screen);
     // The output is open and the first columns are ready before anyone presses play.
     QTRY_VERIFY_WITH_TIMEOUT(screen->soundReady(), 5000);
-    tap(item(u"playPauseButt"_qs));
+    tap(u"playPauseButt"_qs);
     QVERIFY(screen->controller()->isPlaying);
     QTest::qWait(1200);
-    tap(item(u"playPauseButt"_qs));
+    tap(u"playPauseButt"_qs);
     QVERIFY(!screen->controller()->isPlaying);
     QTest::qWait(300);
     recorder.terminate();
@@ -175,9 +173,9 @@ void TestViewModeWindow::pressPlayAndHearTheFirstNote()
 void TestViewModeWindow::cursorHandedInAndRowHandedBack()
 {
     QVERIFY(open(tabOfRows(12), QSize(390, 844)));
-    editor->showRowFromViewMode(3, 10);
-    QCOMPARE(editor->tabEditView()->cursorTabRow(), 3);
-    QCOMPARE(editor->tabEditView()->editColIndex, 10);
+    c->showRowFromViewMode(3, 10);
+    QCOMPARE(c->tabEditView()->cursorTabRow(), 3);
+    QCOMPARE(c->tabEditView()->editColIndex, 10);
     ViewModeScreenItem *screen = openViewMode();
     QVERIFY(screen);
     TabViewController *view = screen->controller();
@@ -218,8 +216,8 @@ void TestViewModeWindow::cursorHandedInAndRowHandedBack()
     auto *bar = findItem<QQuickItem>(screen, u"backButton"_qs);
     tap(bar ? bar : back);
     QTRY_VERIFY(findItem<ViewModeScreenItem>(window->contentItem()) == nullptr);
-    QCOMPARE(editor->tabEditView()->cursorTabRow(), 7);
-    QCOMPARE(editor->tabEditView()->editColIndex, column);
+    QCOMPARE(c->tabEditView()->cursorTabRow(), 7);
+    QCOMPARE(c->tabEditView()->editColIndex, column);
 }
 
 void TestViewModeWindow::optionsDialogRefusesAnEmptyPage()
@@ -227,18 +225,18 @@ void TestViewModeWindow::optionsDialogRefusesAnEmptyPage()
     QVERIFY(open(tabOfRows(4), QSize(390, 844)));
     ViewModeScreenItem *screen = openViewMode();
     QVERIFY(screen);
-    tap(item(u"viewMenuButt"_qs));
+    tap(u"viewMenuButt"_qs);
     QTRY_VERIFY(screen->optionsDialog());
     QCOMPARE(item(u"defaultBpmLabel"_qs)->property("text").toString(),
              u"default bpm of this tab is 80"_qs);
     ViewModeDialogViewController *dialog = screen->optionsDialog();
-    tap(item(u"colsPerBeatPlus"_qs));
+    tap(u"colsPerBeatPlus"_qs);
     QCOMPARE(dialog->colsPerBeat, 2);
     QCOMPARE(item(u"colsPerBeatValue"_qs)->property("text").toString(), u"2"_qs);
     dialog->setShowLyrics(false);
     dialog->setShowColumnHeaders(false);
     dialog->setShowTabContent(false);
-    tap(item(u"doneButton"_qs));
+    tap(u"doneButton"_qs);
     QVERIFY(screen->optionsDialog());
     QVERIFY(item(u"errorLabel"_qs));
     QVERIFY(!item(u"doneButton"_qs));
@@ -246,7 +244,7 @@ void TestViewModeWindow::optionsDialogRefusesAnEmptyPage()
     dialog->setTwoColumns(true);
     QVERIFY(item(u"doneButton"_qs));
     dialog->setShowLyrics(true);
-    tap(item(u"doneButton"_qs));
+    tap(u"doneButton"_qs);
     QTRY_VERIFY(!screen->optionsDialog());
     QVERIFY(screen->controller()->twoColumns());
     QVERIFY(!screen->controller()->viewConfigState.displayOptions.showTabContent);
@@ -280,15 +278,15 @@ void TestViewModeWindow::screenshotsWhilePlaying()
     ViewModeScreenItem *screen = openViewMode();
     QVERIFY(screen);
     if (two) {
-        tap(item(u"viewMenuButt"_qs));
+        tap(u"viewMenuButt"_qs);
         QTRY_VERIFY(screen->optionsDialog());
         saveShot(QString::fromUtf8(QTest::currentDataTag()) + u"-options"_qs);
         screen->optionsDialog()->setTwoColumns(true);
-        tap(item(u"doneButton"_qs));
+        tap(u"doneButton"_qs);
         QTRY_VERIFY(!screen->optionsDialog());
         QVERIFY(screen->controller()->twoColumns());
     }
-    tap(item(u"playPauseButt"_qs));
+    tap(u"playPauseButt"_qs);
     QVERIFY(screen->controller()->isPlaying);
     QTRY_VERIFY(screen->controller()->highlightColumn() >= 2);
     saveShot(QString::fromUtf8(QTest::currentDataTag()));

@@ -29,6 +29,9 @@ protected:
     std::unique_ptr<QQmlEngine> engine;
     std::unique_ptr<MainScene> scene;
     std::unique_ptr<QQuickWindow> window;
+    // The editor an open call left on top, and its rows.
+    TabEditViewController *c = nullptr;
+    TabEditView *view = nullptr;
 
     QQuickWindow *drivenWindow() const override { return window.get(); }
     using WindowDriver::click;
@@ -69,6 +72,8 @@ protected:
 
     void closeWindow()
     {
+        c = nullptr;
+        view = nullptr;
         window.reset();
         scene.reset();
         engine.reset();
@@ -84,24 +89,40 @@ protected:
                file.setFileTime(modified, QFileDevice::FileModificationTime);
     }
 
-    // The window on a list holding this file, and the file opened in the editor.
-    TabEditViewController *openFile(const QString &name, const QByteArray &bytes,
-                                    QSize size = QSize(390, 844))
+    // The window on a list holding just this file, and the file opened: sets `c` and `view`.
+    bool openTab(const QString &name, const QByteArray &bytes, QSize size = QSize(390, 844))
     {
         if (!writeFile(name, bytes, QDateTime::currentDateTime().addSecs(-60)) ||
             !openWindow(size) ||
             !QTest::qWaitFor([this] { return item(u"tabRow0"_qs) != nullptr; }))
-            return nullptr;
+            return false;
         tap(u"tabRow0"_qs);
-        return waitForEditor();
+        return editorOnTop();
     }
 
-    // The editor on top once the push is over, or null.
-    TabEditViewController *waitForEditor()
+    // The window on the empty list and a new tab from it: sets `c` and `view`.
+    bool openEditor(QSize size = QSize(390, 844))
     {
-        if (!QTest::qWaitFor([this] { return editor() != nullptr; }) || !stackIdle())
-            return nullptr;
-        return editor();
+        return openWindow(size) && openNewTab();
+    }
+
+    // A new tab from the list's button: sets `c` and `view`.
+    bool openNewTab()
+    {
+        tap(u"newTabButt"_qs);
+        return editorOnTop();
+    }
+
+    // Sets `c` and `view` to the editor on top once the push is over.
+    bool editorOnTop()
+    {
+        c = nullptr;
+        view = nullptr;
+        if (!QTest::qWaitFor([this] { return editor() != nullptr; }) || !stackIdle() ||
+            !(c = editor()))
+            return false;
+        view = c->tabEditView();
+        return true;
     }
 
     TabEditViewController *editor() const
