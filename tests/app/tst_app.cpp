@@ -392,7 +392,7 @@ void TestApp::openFailureAndStandby()
 {
     QVERIFY(writeFile(u"Broken.lgrdi"_qs, "not a tab at all"));
     QVERIFY(writeFile(u"Busy.lgrdi"_qs, tabWithNote(u"Busy"_qs, 4),
-              QDateTime::currentDateTime().addSecs(-3600)));
+                      QDateTime::currentDateTime().addSecs(-3600)));
     QVERIFY(openWindow());
     QTRY_VERIFY(item(u"tabRow1"_qs));
     TabsListViewController *list = scene->topList();
@@ -599,9 +599,9 @@ void TestApp::screenshots()
     const QString tag = QString::fromLatin1(QTest::currentDataTag());
     SavedData::shared().appearanceSetting = dark ? 2 : 1;
     QVERIFY(writeFile(u"Wish You Were Here.lgrdi"_qs, tabWithNote(u"Wish You Were Here"_qs, 3, 3),
-              QDateTime::currentDateTime().addDays(-2)));
+                      QDateTime::currentDateTime().addDays(-2)));
     QVERIFY(writeFile(u"Blackbird.lgrdi"_qs, tabWithNote(u"Blackbird"_qs, 7),
-              QDateTime::currentDateTime().addDays(-1)));
+                      QDateTime::currentDateTime().addDays(-1)));
     QVERIFY(openWindow(size));
     QTRY_VERIFY(item(u"tabRow1"_qs));
     saveShot(tag + u"-list"_qs);
@@ -863,7 +863,6 @@ void TestApp::previewFollowsADeletedRow()
     preview->update();
     QCOMPARE(grabItem(preview), shown);
 }
-
 
 void TestApp::keyboardInTheWindow()
 {

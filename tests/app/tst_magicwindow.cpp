@@ -38,10 +38,7 @@ private Q_SLOTS:
         saved.freeScrollSetting = false;
         saved.appearanceSetting = 1;
     }
-    void cleanup()
-    {
-        closeWindow();
-    }
+    void cleanup() { closeWindow(); }
 
     void bandDragAndDrop_data()
     {
@@ -205,8 +202,7 @@ private Q_SLOTS:
 private:
     bool openPhrase(QSize size)
     {
-        return openTab(u"Phrase.lgrdi"_qs, phraseTab(), size) &&
-               QTest::qWaitFor([this] {
+        return openTab(u"Phrase.lgrdi"_qs, phraseTab(), size) && QTest::qWaitFor([this] {
                    return item(u"magicEditButt"_qs) != nullptr ||
                           item(u"magicEditOnLabel"_qs) != nullptr;
                });

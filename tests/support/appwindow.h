@@ -44,6 +44,7 @@ protected:
         iCloudManager::shared().findCloudContainer();
         QTRY_VERIFY(iCloudManager::shared().iCloudContainerUrl);
     }
+
     // An empty storage folder, no open documents, the light look; and a QML handler that calls
     // what does not exist fails the test rather than silently doing nothing on screen.
     void resetStorage()
@@ -85,8 +86,7 @@ protected:
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
             file.write(bytes) != bytes.size() || !file.flush())
             return false;
-        return !modified.isValid() ||
-               file.setFileTime(modified, QFileDevice::FileModificationTime);
+        return !modified.isValid() || file.setFileTime(modified, QFileDevice::FileModificationTime);
     }
 
     // The window on a list holding just this file, and the file opened: sets `c` and `view`.
@@ -101,10 +101,7 @@ protected:
     }
 
     // The window on the empty list and a new tab from it: sets `c` and `view`.
-    bool openEditor(QSize size = QSize(390, 844))
-    {
-        return openWindow(size) && openNewTab();
-    }
+    bool openEditor(QSize size = QSize(390, 844)) { return openWindow(size) && openNewTab(); }
 
     // A new tab from the list's button: sets `c` and `view`.
     bool openNewTab()
