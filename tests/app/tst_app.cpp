@@ -415,6 +415,8 @@ void TestApp::openFailureAndStandby()
     LutegridDocument *busy = AppManager::shared().documentFor(busyPath);
     QVERIFY(busy->open());
     list->tabOpenFlow.roundInterval = 5;
+    // A person's pause, so the touches land while the dialogs fade in and out.
+    QTest::qWait(60);
     tap(u"tabRow1"_qs);
     QVERIFY(list->tabOpenFlow.waiting());
     QTRY_COMPARE(scene->dialogs()->kind(), DialogHost::Kind::LoadingStandby);
@@ -424,6 +426,7 @@ void TestApp::openFailureAndStandby()
     QVERIFY(!list->tabOpenFlow.standbyShown());
     QCOMPARE(scene->topKind(), MainScene::TabsList);
     // A later wait shows the dialog again; its Cancel button ends that wait too.
+    QTest::qWait(60);
     tap(u"tabRow1"_qs);
     QTRY_COMPARE(scene->dialogs()->kind(), DialogHost::Kind::LoadingStandby);
     QVERIFY(list->tabOpenFlow.standbyShown());

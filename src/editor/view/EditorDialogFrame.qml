@@ -10,7 +10,8 @@ Item {
     property alias panel: panel
     signal dismissed()
     anchors.fill: parent
-    visible: opacity > 0
+    // Shown from the first frame, so a touch just after it opens can't reach the screen below.
+    visible: shown || opacity > 0
     opacity: shown ? 1 : 0
     Behavior on opacity { NumberAnimation { duration: 160; easing.type: Easing.OutCubic } }
 

@@ -8,7 +8,8 @@ Item {
     id: dialogLayer
     required property DialogHost host
     readonly property bool open: host.kind !== DialogHost.None
-    visible: opacity > 0
+    // Shown from the first frame, so a touch just after it opens can't reach the screen below.
+    visible: open || opacity > 0
     opacity: open ? 1 : 0
     Behavior on opacity { NumberAnimation { duration: 160; easing.type: Easing.OutCubic } }
 
