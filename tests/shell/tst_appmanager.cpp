@@ -26,8 +26,6 @@ struct ListScreen : TabsListScreen, TabOpenFlowScreen {
     void refreshList(const std::optional<QList<TabUrlInfo>> &tabs) override { lists.append(tabs); }
     bool isDeletedFolder() const override { return deleted; }
     void showMessage(const QString &text) override { messages.append(text); }
-    void startImport(const QString &) override {}
-    void openTabNamed(const QString &) override {}
     std::optional<QString> docsUrl() const override { return folder; }
     void setActivity(bool) override {}
     void showStandbyDialog() override { ++standbyShown; }
