@@ -1,17 +1,19 @@
+#include "appdelegate.h"
 #include "library/icloudmanager.h"
 #include "lutegridqmlimports.h"
 #include "mainscene.h"
-#include "windowplacement.h"
 #include "shell/appmanager.h"
+#include "shell/windowrequest.h"
+#include "singleinstance.h"
+#include "windowplacement.h"
 
+#include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 
 #include <cstdio>
-#include <memory>
 
 int main(int argc, char *argv[])
 {
@@ -20,6 +22,16 @@ int main(int argc, char *argv[])
     QGuiApplication app(argc, argv);
     QGuiApplication::setOrganizationName(u"Lutegrid"_qs);
     QGuiApplication::setApplicationName(u"Lutegrid"_qs);
+
+    // "--new-tab", "--import", files from a file manager, or nothing: the running program does
+    // it if there is one.
+    const WindowRequest request =
+        WindowRequest::fromArguments(app.arguments().mid(1), QDir::currentPath());
+    SingleInstance instance;
+    if (SingleInstance::sendToRunning(request))
+        return 0;
+    if (!instance.listen())
+        qWarning("Another start of the program could not be reached; this one runs alone.");
 
     iCloudManager::shared().findCloudContainer();
     // The sync folder may come or go while the app runs (a drive, a sync client's folder).
@@ -32,27 +44,17 @@ int main(int argc, char *argv[])
                      });
 
     QQmlApplicationEngine engine;
-    MainScene scene;
-    std::unique_ptr<QQuickWindow> window(scene.loadWindow(engine));
+    AppDelegate delegate(engine);
+    QQuickWindow *window = delegate.openMainWindow();
     if (!window)
         return 1;
-    WindowPlacement::restoreAndTrack(window.get());
-    // The desktop entry's "New Tab" action: the editor on a new tab, as the list's button does.
-    if (app.arguments().contains(u"--new-tab"_qs)) {
-        if (TabsListViewController *list = scene.topList())
-            list->newTab();
-    }
-    // A file handed to the program on its command line is offered for import.
-    for (const QString &argument : app.arguments().mid(1)) {
-        if (argument.startsWith(u'-') || !QFileInfo::exists(argument))
-            continue;
-        if (TabsListViewController *list = scene.topList())
-            list->startImport(QFileInfo(argument).absoluteFilePath());
-        break;
-    }
+    if (request.kind != WindowRequest::Kind::Show)
+        delegate.handle(request);
+    QObject::connect(&instance, &SingleInstance::requestReceived, &delegate,
+                     &AppDelegate::handle);
     // For the start-up benchmark: the time to the first frame that shows the list, then out.
     if (qEnvironmentVariableIsSet("LUTEGRID_FIRST_FRAME_EXIT")) {
-        QObject::connect(window.get(), &QQuickWindow::frameSwapped, &app, [&] {
+        QObject::connect(window, &QQuickWindow::frameSwapped, &app, [&] {
             std::printf("first-frame-ms %.2f\n", sinceStart.nsecsElapsed() / 1e6);
             std::fflush(stdout);
             QCoreApplication::exit(0);
@@ -60,7 +62,6 @@ int main(int argc, char *argv[])
     }
     const int result = app.exec();
     WindowPlacement::saveGeometry(window->geometry());
-    // The editor saves its rows as its screen goes.
-    window.reset();
+    // The editors save their rows as their screens go.
     return result;
 }

@@ -94,6 +94,8 @@ TabsListViewController *MainScene::pushList(const QString &tagName, bool isUnlab
     auto *list =
         new TabsListViewController(tag, isUnlabeledList, isDeletedFolder, &dialogHost, this);
     connect(list, &TabsListViewController::editorRequested, this, &MainScene::pushEditor);
+    connect(list, &TabsListViewController::newWindowRequested, this,
+            &MainScene::tabWindowRequested);
     stack.append({TabsList, list});
     AppManager::shared().topTabViewController = list;
     Q_EMIT screenPushed(TabsList, list, animated);
@@ -157,6 +159,16 @@ void MainScene::newTabFromEditor()
         list->newTab();
 }
 
+void MainScene::showImportPicker()
+{
+    if (topKind() == Editor)
+        goBack();
+    if (topKind() == Folders)
+        pushAllTabsList();
+    if (topKind() == TabsList && topList())
+        topList()->showImportPicker();
+}
+
 TabsListViewController *MainScene::topList() const
 {
     for (auto it = stack.crbegin(); it != stack.crend(); ++it) {
@@ -199,6 +211,8 @@ TabsListScreen *MainScene::pushAllTabsList()
 void MainScene::requestSceneSessionActivation()
 {
     if (sceneWindow) {
+        // Closed while tab windows stayed: it comes back.
+        sceneWindow->show();
         sceneWindow->raise();
         sceneWindow->requestActivate();
     }

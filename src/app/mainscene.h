@@ -49,6 +49,8 @@ public:
     Q_INVOKABLE void newTabFromEditor();
     // View mode's export button: the export dialog over `host` with what `viewScreen` shows.
     Q_INVOKABLE void openExportDialog(QQuickItem *host, QQuickItem *viewScreen);
+    // The list of all tabs with the import picker over it; an editor on top finishes first.
+    void showImportPicker();
     ScreenKind topKind() const { return stack.isEmpty() ? Folders : stack.last().kind; }
     int depth() const { return int(stack.size()); }
     TabsListViewController *topList() const;
@@ -67,6 +69,8 @@ Q_SIGNALS:
     void screenPushed(int kind, QObject *object, bool animated);
     void screenPopped();
     void poppedToRoot();
+    // The list's "open in a new window".
+    void tabWindowRequested(const QString &path);
 
 private:
     struct Screen {

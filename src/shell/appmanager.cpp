@@ -1,5 +1,6 @@
 #include "appmanager.h"
 
+#include "services/analytics.h"
 #include "services/apppaths.h"
 #include "services/cloudkeyvaluestore.h"
 #include "library/icloudmanager.h"
@@ -296,9 +297,11 @@ bool AppManager::activateEditorScene(const QString &url)
     return false;
 }
 
-TabsListScreen *AppManager::foremostTabsList()
+TabsListScreen *AppManager::foremostTabsList(SceneWindow **found)
 {
     for (SceneWindow *window : std::as_const(windows)) {
+        if (found)
+            *found = window;
         switch (window->topScreen()) {
         case SceneWindow::TopScreen::TabsList:
             return window->topTabsList();
@@ -309,7 +312,45 @@ TabsListScreen *AppManager::foremostTabsList()
             break;
         }
     }
+    if (found)
+        *found = nullptr;
     return nullptr;
+}
+
+void AppManager::openUrlContexts(const QStringList &urls)
+{
+    if (urls.isEmpty())
+        return;
+    const QFileInfo file(urls.first());
+    const bool isTab = file.suffix() == documentExtension;
+    SceneWindow *listWindow = nullptr;
+    TabsListScreen *list = foremostTabsList(&listWindow);
+    if (!list) {
+        if (isTab)
+            activateEditorScene(file.absoluteFilePath());
+        return;
+    }
+    // The list's window comes forward first: a tab open in a window of its own comes after.
+    listWindow->requestSceneSessionActivation();
+    if (!isTab) {
+        Analytics::logEvent(u"Import via open"_qs);
+        list->startImport(file.absoluteFilePath());
+        return;
+    }
+    // Tabs open by name from the storage folder; a namesake elsewhere is not that tab, and is
+    // left where it is, untouched.
+    const auto &storage = iCloudManager::shared().iCloudContainerUrl;
+    const auto canonicalFolder = [](const QString &path) {
+        const QFileInfo info(path);
+        return info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();
+    };
+    if (storage && canonicalFolder(file.absolutePath()) != canonicalFolder(*storage)) {
+        list->showMessage(u"Only tabs in your tabs folder open here. Move \"%1\" into %2 and "
+                          "open it again, or export it as a .lgrd file and import that."_qs
+                              .arg(file.fileName(), QDir::toNativeSeparators(*storage)));
+        return;
+    }
+    list->openTabNamed(file.fileName());
 }
 
 TabTagStore::TagMap AppManager::currentTagMap()

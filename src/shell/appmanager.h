@@ -62,7 +62,11 @@ public:
     void unregisterWindow(SceneWindow *window);
     bool isOpenInEditor(const QString &fileName) const;
     bool activateEditorScene(const QString &url);
-    TabsListScreen *foremostTabsList();
+    // With `window`, the window of the list found is put there.
+    TabsListScreen *foremostTabsList(SceneWindow **window = nullptr);
+    // Files handed over from outside; only the first counts. A tab of the storage folder opens
+    // in the foremost list, any other file goes to that list's import.
+    void openUrlContexts(const QStringList &urls);
 
     TabTagStore::TagMap currentTagMap();
     void setTabTags(const QString &name, const QStringList &tags);

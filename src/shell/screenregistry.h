@@ -3,6 +3,7 @@
 #include "library/taburlinfo.h"
 
 #include <QList>
+#include <QtGlobal>
 #include <QString>
 #include <QStringList>
 
@@ -16,6 +17,11 @@ public:
     virtual void refreshList(const std::optional<QList<TabUrlInfo>> &tabs) = 0;
     virtual bool isDeletedFolder() const = 0;
     virtual void showMessage(const QString &text) = 0;
+    // A file handed over from outside: the import dialog for it. A screen that only shows a
+    // scan, as a benchmark's, takes none.
+    virtual void startImport(const QString &path) { Q_UNUSED(path) }
+    // Opens a tab of the storage folder by its file name, as a touch on its row does.
+    virtual void openTabNamed(const QString &fileName) { Q_UNUSED(fileName) }
 };
 
 // One window, as the application manager sees it. Windows join the registry of AppManager when

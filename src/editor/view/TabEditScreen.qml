@@ -17,6 +17,8 @@ EditorScreenItem {
     signal rootRequested()
     // The tab to read and play, from the cursor on.
     signal viewModeRequested()
+    // In a window of its own there is nothing to go back to.
+    property bool inOwnWindow: false
     readonly property var c: controller
     readonly property var pan: c ? c.rowPan : null
     readonly property var indicator: c ? c.scrollIndicator : null
@@ -183,7 +185,7 @@ EditorScreenItem {
         id: nav
         width: parent.width
         title: screen.c ? screen.c.title : ""
-        canGoBack: true
+        canGoBack: !screen.inOwnWindow
         backTitle: "Tabs"
         onBackClicked: screen.backRequested()
         // Chord shortcut mode, on and off, the tab's settings, and view mode.

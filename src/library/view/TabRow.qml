@@ -3,7 +3,8 @@ import QtQuick.Controls.Basic
 import Lutegrid.Shell
 
 // One tab in a list: its name, when it was changed and its labels; swiped left (or with the
-// Delete key) it offers Delete; the info button opens the tab's info.
+// Delete key) it offers Delete; the info button opens the tab's info. A long press, a right
+// click or the Menu key asks for the row's context menu.
 SwipeDelegate {
     id: row
     property string detail: ""
@@ -11,6 +12,15 @@ SwipeDelegate {
     property bool canDelete: true
     signal infoClicked()
     signal deleteClicked()
+    signal contextMenuRequested(point position)
+    onPressAndHold: row.contextMenuRequested(Qt.point(row.pressX, row.pressY))
+    Keys.onMenuPressed: row.contextMenuRequested(Qt.point(row.width / 2, row.height / 2))
+    // Takes the right button only: the left one and touches still reach the row.
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.RightButton
+        onClicked: (mouse) => row.contextMenuRequested(Qt.point(mouse.x, mouse.y))
+    }
     implicitHeight: detail.length ? 64 : 56
     padding: 0
     focusPolicy: Qt.StrongFocus

@@ -19,6 +19,7 @@ Rectangle {
         function onPopRequested() { page.backRequested() }
         function onImportRequested(dialog) { page.choosingImport = false; page.importDialog = dialog }
         function onSearchKeyboardDismissed() { searchField.focus = false }
+        function onImportPickerRequested() { page.choosingImport = true }
     }
 
     NavBar {
@@ -118,6 +119,43 @@ Rectangle {
             onClicked: page.list.openRow(index)
             onInfoClicked: page.info = page.list.tabInfoFor(index)
             onDeleteClicked: page.list.deleteRow(index)
+            onContextMenuRequested: (position) => {
+                if (page.list.deletedList)
+                    return
+                rowMenu.row = index
+                rowMenu.popup(this, position)
+            }
+        }
+    }
+
+    Menu {
+        id: rowMenu
+        objectName: "rowMenu"
+        property int row: -1
+        background: Rectangle {
+            implicitWidth: 220
+            color: Theme.raised
+            radius: 10
+            border.width: 1
+            border.color: Theme.separator
+        }
+        MenuItem {
+            id: newWindowItem
+            objectName: "openInNewWindowButt"
+            implicitHeight: Theme.touchTarget
+            text: "Open in New Window"
+            onTriggered: page.list.openRowInNewWindow(rowMenu.row)
+            background: Rectangle {
+                radius: 10
+                color: newWindowItem.highlighted || newWindowItem.down ? Theme.pressed : "transparent"
+            }
+            contentItem: Text {
+                leftPadding: 8
+                text: newWindowItem.text
+                color: Theme.label
+                font.pixelSize: 16
+                verticalAlignment: Text.AlignVCenter
+            }
         }
     }
 

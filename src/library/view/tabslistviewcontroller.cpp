@@ -127,6 +127,8 @@ void TabsListViewController::refreshList(const std::optional<QList<TabUrlInfo>> 
     }
     busy = false;
     listReceived = true;
+    if (std::exchange(openImportUponAppear, false) && tabs)
+        QTimer::singleShot(0, this, &TabsListViewController::importPickerRequested);
     filteredTabUrls.reset();
     deleteTabUrlInfo.reset();
     restoreTabUrlInfo.reset();
@@ -250,6 +252,41 @@ void TabsListViewController::restoreConfirmed()
     }
     if (const auto message = TabListOperations::restoreTab(tab, *folder))
         showMessage(*message);
+}
+
+void TabsListViewController::openRowInNewWindow(int row)
+{
+    const QList<TabUrlInfo> &shown = shownTabUrls();
+    if (deletedFolder || row < 0 || row >= shown.size())
+        return;
+    const auto folder = docsUrl();
+    if (!folder) {
+        showMessage(u"Retrieving tab locations, please refresh and try again."_qs);
+        return;
+    }
+    const QString url = QDir(*folder).filePath(shown[row].tabPath);
+    if (AppManager::shared().activateEditorScene(url))
+        return;
+    Q_EMIT newWindowRequested(url);
+}
+
+void TabsListViewController::openTabNamed(const QString &fileName)
+{
+    if (deletedFolder) {
+        showMessage(u"Restore this tab before opening it."_qs);
+        return;
+    }
+    tabOpenFlow.openTab(fileName);
+}
+
+void TabsListViewController::showImportPicker()
+{
+    openImportUponAppear = false;
+    if (docsUrl() && listReceived) {
+        Q_EMIT importPickerRequested();
+        return;
+    }
+    openImportUponAppear = true;
 }
 
 void TabsListViewController::newTab()

@@ -88,7 +88,11 @@ public:
     // The tab info dialog for a row, made for the page to show.
     Q_INVOKABLE TabInfoViewController *tabInfoFor(int row);
     // The import dialog for a file chosen or handed over.
-    Q_INVOKABLE void startImport(const QString &path);
+    Q_INVOKABLE void startImport(const QString &path) override;
+    // The row's tab in a window of its own; a window already editing it comes forward instead.
+    Q_INVOKABLE void openRowInNewWindow(int row);
+    // The import picker, now if the folder is known, else once it is.
+    void showImportPicker();
 
     // Called by the tab info dialog: a message for its error label, or nothing.
     std::optional<QString> updateTabInfo(const QString &fileName,
@@ -101,6 +105,7 @@ public:
     void refreshList(const std::optional<QList<TabUrlInfo>> &tabs) override;
     bool isDeletedFolder() const override { return deletedFolder; }
     void showMessage(const QString &text) override;
+    void openTabNamed(const QString &fileName) override;
     // TabOpenFlowScreen.
     std::optional<QString> docsUrl() const override;
     void setActivity(bool on) override;
@@ -115,6 +120,9 @@ Q_SIGNALS:
     // The screen goes: its folder label was removed.
     void popRequested();
     void importRequested(ImportDialogViewController *dialog);
+    void importPickerRequested();
+    // A tab window for the tab at this path.
+    void newWindowRequested(const QString &path);
     void searchKeyboardDismissed();
 
 private:
