@@ -1,5 +1,6 @@
 #include "tabfileformat.h"
 
+#include "binaryarchiveview.h"
 #include "jsoninteger.h"
 #include "keyedarchive.h"
 #include "modellog.h"
@@ -71,11 +72,13 @@ QString cutTuningEntry(const QString &entry)
 // Reads a tab out of its archive in place. Every row, column and cell text is decoded once
 // however many places refer to it, so an archive that points at one object a million times
 // costs a million references, not a million decodings.
+template<typename View>
 class TabDocumentReader {
 public:
-    explicit TabDocumentReader(const KeyedArchiveView &view) : view(view) {}
+    using Uid = typename View::Uid;
+    explicit TabDocumentReader(const View &view) : view(view) {}
 
-    std::optional<TabRowData> row(KeyedArchiveView::Uid uid)
+    std::optional<TabRowData> row(Uid uid)
     {
         if (const auto found = rows.find(uid); found != rows.end()) {
             cells += found->second.cells;
@@ -91,7 +94,7 @@ public:
         QList<TabColumnData> columns;
         columns.reserve(qsizetype(columnUids->size()));
         quint64 rowCells = 0;
-        for (const KeyedArchiveView::Uid columnUid : *columnUids) {
+        for (const Uid columnUid : *columnUids) {
             auto decoded = column(columnUid);
             if (!decoded)
                 return std::nullopt;
@@ -108,14 +111,14 @@ public:
         return decoded;
     }
 
-    std::optional<QStringList> stringList(std::optional<KeyedArchiveView::Uid> uid)
+    std::optional<QStringList> stringList(std::optional<Uid> uid)
     {
         const auto elements = uid ? view.array(*uid) : std::nullopt;
         if (!elements)
             return std::nullopt;
         QStringList texts;
         texts.reserve(qsizetype(elements->size()));
-        for (const KeyedArchiveView::Uid element : *elements) {
+        for (const Uid element : *elements) {
             auto text = view.string(element);
             if (!text)
                 return std::nullopt;
@@ -124,7 +127,7 @@ public:
         return texts;
     }
 
-    std::optional<std::vector<KeyedArchiveView::Uid>> arrayField(KeyedArchiveView::Uid uid,
+    std::optional<std::vector<Uid>> arrayField(Uid uid,
                                                                  const char *key)
     {
         const auto list = view.reference(uid, key);
@@ -136,7 +139,7 @@ public:
     bool tooLarge() const { return cells > maximumCells; }
 
 private:
-    std::optional<TabColumnData> column(KeyedArchiveView::Uid uid)
+    std::optional<TabColumnData> column(Uid uid)
     {
         if (const auto found = columns.find(uid); found != columns.end())
             return found->second;
@@ -147,7 +150,7 @@ private:
             return std::nullopt;
         TabColumnData decoded;
         decoded.columnItems.reserve(qsizetype(itemUids->size()));
-        for (const KeyedArchiveView::Uid itemUid : *itemUids) {
+        for (const Uid itemUid : *itemUids) {
             const auto found = items.find(itemUid);
             if (found != items.end()) {
                 decoded.columnItems.append(found->second);
@@ -170,10 +173,10 @@ private:
         quint64 cells;
     };
 
-    const KeyedArchiveView &view;
-    std::unordered_map<KeyedArchiveView::Uid, DecodedRow> rows;
-    std::unordered_map<KeyedArchiveView::Uid, TabColumnData> columns;
-    std::unordered_map<KeyedArchiveView::Uid, ColumnItemType> items;
+    const View &view;
+    std::unordered_map<Uid, DecodedRow> rows;
+    std::unordered_map<Uid, TabColumnData> columns;
+    std::unordered_map<Uid, ColumnItemType> items;
     quint64 cells = 0;
 };
 
@@ -337,27 +340,29 @@ QByteArray documentData(const TabData &tabData)
     return archive.finish(root);
 }
 
-std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error)
+// The document read through either view of its archive; both must give the same tab.
+template<typename View>
+std::optional<TabData> readDocument(QByteArrayView bytes, QString *error)
 {
     auto fail = [error](const QString &message) -> std::optional<TabData> {
         if (error)
             *error = message;
         return std::nullopt;
     };
-    KeyedArchiveView view;
+    View view;
     if (!view.open(bytes, error))
         return std::nullopt;
     const auto root = view.rootObject();
     if (!root || view.className(*root) != tabDataClass)
         return fail(u"the archive holds no tab"_qs);
 
-    TabDocumentReader reader(view);
+    TabDocumentReader<View> reader(view);
     const auto rowUids = reader.arrayField(*root, "trk");
     if (!rowUids)
         return fail(u"the tab has no rows"_qs);
     QList<TabRowData> rows;
     rows.reserve(qsizetype(rowUids->size()));
-    for (const KeyedArchiveView::Uid rowUid : *rowUids) {
+    for (const typename View::Uid rowUid : *rowUids) {
         auto row = reader.row(rowUid);
         if (!row)
             return fail(reader.tooLarge() ? u"the tab is too large"_qs
@@ -386,6 +391,16 @@ std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *er
             qCWarning(lcModel) << "playback options unreadable:" << jsonError;
     }
     return tab;
+}
+
+std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error)
+{
+    return readDocument<BinaryArchiveView>(bytes, error);
+}
+
+std::optional<TabData> tabDataFromDocumentDataViaLibplist(QByteArrayView bytes, QString *error)
+{
+    return readDocument<KeyedArchiveView>(bytes, error);
 }
 
 std::optional<QByteArray> exchangeData(const TabData &tabData)
