@@ -344,11 +344,15 @@ QString BinaryPlistReader::string(const Object &object) const
     }
     if (object.type != Type::Utf16)
         return {};
+    // libplist hands the text on as UTF-8, where a leading byte order mark is taken as one and
+    // dropped on the way back to UTF-16.
     QString text(qsizetype(object.count), Qt::Uninitialized);
     char16_t *out = reinterpret_cast<char16_t *>(text.data());
     qsizetype length = 0;
     convertUtf16(p, object.count, [&](char16_t unit) { out[length++] = unit; });
     text.truncate(length);
+    if (length > 0 && out[0] == 0xFEFF)
+        text.remove(0, 1);
     return text;
 }
 
