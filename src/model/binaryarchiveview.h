@@ -31,8 +31,9 @@ public:
     std::optional<QString> string(Uid object) const;
     std::optional<QString> stringField(Uid object, const char *key) const;
     std::optional<std::vector<Uid>> array(Uid object) const;
-    // The elements of an array object without a list of them: false, having called `each`
-    // for none, when the object is no array or an element is no reference.
+    // The elements of an array object without a list of them, each given to `each` until it
+    // returns false. False, having called `each` for none, when the object is no array or an
+    // element is no reference; false too when `each` stops.
     template<typename Each>
     bool forEachElement(Uid object, Each &&each) const
     {
@@ -40,11 +41,13 @@ public:
         if (!list)
             return false;
         for (quint64 i = 0; i < list->count; ++i) {
-            if (reader.object(reader.reference(*list, i)).type != BinaryPlistReader::Type::Uid)
+            if (!reader.uidAt(reader.reference(*list, i)))
                 return false;
         }
-        for (quint64 i = 0; i < list->count; ++i)
-            each(reader.uid(reader.object(reader.reference(*list, i))));
+        for (quint64 i = 0; i < list->count; ++i) {
+            if (!each(*reader.uidAt(reader.reference(*list, i))))
+                return false;
+        }
         return true;
     }
 

@@ -6,12 +6,6 @@
 
 namespace {
 
-bool hasCount(int type)
-{
-    return type == 0x4 || type == 0x5 || type == 0x6 || type == 0xA || type == 0xB ||
-           type == 0xC || type == 0xD;
-}
-
 // libplist's UTF-16 conversion, code unit by code unit: a lead surrogate waits for a trail one;
 // a second lead in a row cancels the wait and is dropped with the first; a trail with no lead
 // waiting is dropped; anything else passes, and leaves a waiting lead waiting.
@@ -38,78 +32,6 @@ void convertUtf16(const uchar *p, quint64 count, Emit &&emit)
 }
 
 } // namespace
-
-quint64 BinaryPlistReader::number(quint64 pos, quint64 width) const
-{
-    // Past eight bytes only the last eight count, as libplist reads them.
-    quint64 value = 0;
-    for (quint64 i = 0; i < width; ++i)
-        value = (value << 8) | data[pos + i];
-    return value;
-}
-
-bool BinaryPlistReader::header(Index index, Object &result) const
-{
-    const quint64 offset = number(tableOffset + index * offsetSize, offsetSize);
-    if (offset < 8 || offset >= tableOffset)
-        return false;
-    quint64 pos = offset;
-    const uchar marker = data[pos++];
-    const int type = marker >> 4;
-    result.count = marker & 0x0F;
-    result.width = 0;
-    if (hasCount(type) && result.count == 0x0F) {
-        if (pos >= tableOffset || (data[pos] >> 4) != 0x1)
-            return false;
-        const quint64 width = quint64(1) << (data[pos] & 0x0F);
-        ++pos;
-        if (width > 8 || width > tableOffset - pos)
-            return false;
-        result.count = number(pos, width);
-        pos += width;
-    }
-    result.body = pos;
-    switch (type) {
-    case 0x0:
-        result.type = Type::Bool;
-        break;
-    case 0x1:
-        result.type = Type::Integer;
-        result.width = quint8(result.count <= 4 ? 1 << result.count : 0);
-        break;
-    case 0x2:
-        result.type = Type::Real;
-        result.width = quint8(result.count <= 4 ? 1 << result.count : 0);
-        break;
-    case 0x3:
-        result.type = Type::Date;
-        result.width = quint8(result.count <= 4 ? 1 << result.count : 0);
-        break;
-    case 0x4:
-        result.type = Type::Data;
-        break;
-    case 0x5:
-        result.type = Type::Ascii;
-        break;
-    case 0x6:
-        result.type = Type::Utf16;
-        break;
-    case 0x8:
-        result.type = Type::Uid;
-        result.width = quint8(result.count + 1);
-        break;
-    case 0xA:
-    case 0xC:
-        result.type = Type::Array;
-        break;
-    case 0xD:
-        result.type = Type::Dictionary;
-        break;
-    default:
-        result.type = Type::Other;
-    }
-    return true;
-}
 
 // What libplist refuses of an object on its own, beyond the bounds the walk keeps.
 bool BinaryPlistReader::readable(const Object &object) const
@@ -142,8 +64,11 @@ bool BinaryPlistReader::readable(const Object &object) const
     return false;
 }
 
-bool BinaryPlistReader::isCleanKey(Index index) const
+bool BinaryPlistReader::isCleanKey(Index index)
 {
+    // Keys are shared by many dictionaries: each is looked at once.
+    if (state[index] & CleanKey)
+        return true;
     Object key;
     if (!header(index, key) || !key.isString())
         return false;
@@ -151,12 +76,16 @@ bool BinaryPlistReader::isCleanKey(Index index) const
     if (key.count > (tableOffset - key.body) / width)
         return false;
     const uchar *p = data + key.body;
-    if (width == 1)
-        return std::memchr(p, 0, key.count) == nullptr;
-    for (quint64 i = 0; i < key.count; ++i) {
-        if (p[2 * i] == 0 && p[2 * i + 1] == 0)
+    if (width == 1) {
+        if (std::memchr(p, 0, key.count) != nullptr)
             return false;
+    } else {
+        for (quint64 i = 0; i < key.count; ++i) {
+            if (p[2 * i] == 0 && p[2 * i + 1] == 0)
+                return false;
+        }
     }
+    state[index] |= CleanKey;
     return true;
 }
 
@@ -220,7 +149,7 @@ bool BinaryPlistReader::enter(Index index, std::vector<Frame> &stack)
         if (object.count > tableOffset || frame.payload > tableOffset - object.body)
             return false;
     }
-    state[index] = InProgress;
+    state[index] = quint8((state[index] & ~Visited) | InProgress);
     stack.push_back(frame);
     return true;
 }
@@ -238,9 +167,9 @@ bool BinaryPlistReader::walk()
         if (frame.next < frame.count) {
             const quint64 child = number(frame.refs + frame.next * refSize, refSize);
             ++frame.next;
-            if (child >= objects || state[child] == InProgress)
+            if (child >= objects || (state[child] & Visited) == InProgress)
                 return false;
-            if (state[child] == Done) {
+            if ((state[child] & Visited) == Done) {
                 frame.nodes += nodes[child];
                 frame.payload += payload[child];
             } else if (!enter(child, stack)) {
@@ -253,7 +182,7 @@ bool BinaryPlistReader::walk()
         const quint64 index = frame.index;
         nodes[index] = quint32(frame.nodes);
         payload[index] = quint32(frame.payload);
-        state[index] = Done;
+        state[index] = quint8((state[index] & ~Visited) | Done);
         stack.pop_back();
         if (!stack.empty()) {
             stack.back().nodes += nodes[index];
@@ -263,26 +192,24 @@ bool BinaryPlistReader::walk()
     return true;
 }
 
-BinaryPlistReader::Object BinaryPlistReader::object(Index index) const
-{
-    Object result;
-    if (index < objects && state[index] == Done)
-        header(index, result);
-    return result;
-}
-
-BinaryPlistReader::Index BinaryPlistReader::reference(const Object &container, quint64 i) const
-{
-    return number(container.body + i * refSize, refSize);
-}
-
 std::optional<BinaryPlistReader::Index> BinaryPlistReader::value(const Object &dictionary,
                                                                  std::string_view key) const
 {
     if (dictionary.type != Type::Dictionary)
         return std::nullopt;
     for (quint64 i = 0; i < dictionary.count; ++i) {
-        const Object candidate = object(reference(dictionary, i));
+        const Index keyIndex = reference(dictionary, i);
+        // The common case first: a short ASCII key, told by its marker and bytes alone.
+        const quint64 offset = number(tableOffset + keyIndex * offsetSize, offsetSize);
+        const uchar marker = data[offset];
+        if (key.size() < 15 && marker == (0x50 | key.size())) {
+            if (std::memcmp(data + offset + 1, key.data(), key.size()) == 0)
+                return reference(dictionary, dictionary.count + i);
+            continue;
+        }
+        if ((marker >> 4) == 0x5 && (marker & 0x0F) != 0x0F)
+            continue;
+        const Object candidate = object(keyIndex);
         if (candidate.type == Type::Ascii) {
             // Keys hold no NUL: the walk saw to that.
             if (candidate.count == key.size() &&
