@@ -34,8 +34,9 @@ public:
     // The elements of an array object without a list of them, each given to `each` until it
     // returns false. False, having called `each` for none, when the object is no array or an
     // element is no reference; false too when `each` stops.
-    template<typename Each>
-    bool forEachElement(Uid object, Each &&each) const
+    // `reserve` hears the count first.
+    template<typename Each, typename Reserve = void (*)(quint64)>
+    bool forEachElement(Uid object, Each &&each, Reserve &&reserve = [](quint64) {}) const
     {
         const auto list = elementList(object);
         if (!list)
@@ -44,6 +45,7 @@ public:
             if (!reader.uidAt(reader.reference(*list, i)))
                 return false;
         }
+        reserve(list->count);
         for (quint64 i = 0; i < list->count; ++i) {
             if (!each(*reader.uidAt(reader.reference(*list, i))))
                 return false;

@@ -103,12 +103,13 @@ public:
     quint64 objectCount() const;
     // The elements of an array object given to `each` until it returns false; false when
     // the object is no array, an element is no reference, or `each` stops.
-    template<typename Each>
-    bool forEachElement(Uid object, Each &&each) const
+    template<typename Each, typename Reserve = void (*)(quint64)>
+    bool forEachElement(Uid object, Each &&each, Reserve &&reserve = [](quint64) {}) const
     {
         const auto elements = array(object);
         if (!elements)
             return false;
+        reserve(elements->size());
         for (const Uid element : *elements) {
             if (!each(element))
                 return false;

@@ -143,7 +143,7 @@ private:
             rowCells += size;
             cells += size;
             return cells <= maximumCells;
-        });
+        }, [&](quint64 count) { current.reserve(qsizetype(std::min<quint64>(count, 1 << 16))); });
         if (!ok)
             return false;
         QStringList lines = stringList(view.reference(uid, "lmkey")).value_or(QStringList());
@@ -175,6 +175,8 @@ private:
             if (item)
                 decoded.columnItems.append(*item);
             return item.has_value();
+        }, [&](quint64 count) {
+            decoded.columnItems.reserve(qsizetype(std::min<quint64>(count, 1 << 16)));
         });
         if (!ok)
             return false;

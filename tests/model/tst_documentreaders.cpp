@@ -1,5 +1,6 @@
 // The direct document reader against libplist's: every file, however damaged, must read to the
 // same tab or be refused by both.
+#include "model/binaryplistreader.h"
 #include "model/keyedarchive.h"
 #include "model/tabfileformat.h"
 #include "testmain.h"
@@ -264,6 +265,7 @@ private Q_SLOTS:
     void agreeOnEveryOddObjectEverywhere();
     void agreeOnRandomDamage();
     void readOddFieldsAlike();
+    void holdTheStructuralBounds();
 };
 
 void TestDocumentReaders::agreeOnFilesInTheRepository()
@@ -272,7 +274,11 @@ void TestDocumentReaders::agreeOnFilesInTheRepository()
     QList<QString> paths =
         filesUnder(QStringLiteral(LUTEGRID_TEST_DATA), {u"*.plist"_qs, u"*.lgrdi"_qs});
     const int fixtures = int(paths.size());
-    paths += filesUnder(QStringLiteral(LUTEGRID_SOURCE_DIR "/tests/fuzz/corpus/document"), {});
+    // Any folder of the fuzzers' named for the document form: its corpus and its crashes.
+    for (const QString &path : filesUnder(QStringLiteral(LUTEGRID_SOURCE_DIR "/tests/fuzz"), {})) {
+        if (path.contains(u"/document"_qs))
+            paths.append(path);
+    }
     QVERIFY(fixtures >= 8);
     int readable = 0;
     for (const QString &path : paths) {
@@ -364,6 +370,32 @@ void TestDocumentReaders::readOddFieldsAlike()
         QVERIFY(tabDataFromDocumentData(bytes));
         const QString why = disagreement(bytes);
         QVERIFY2(why.isEmpty(), qPrintable(why));
+    }
+}
+
+void TestDocumentReaders::holdTheStructuralBounds()
+{
+    // Whatever the limits, the direct reader takes no file that the structural check refuses,
+    // and on files that libplist reads whole it takes exactly what the check takes.
+    QRandomGenerator random(5);
+    const QList<QByteArray> seeds = seedDocuments();
+    for (const int depth : {2, 4, 8, 64}) {
+        for (const quint64 nodes : {quint64(20), quint64(200), quint64(1'000'000)}) {
+            PlistVariant::GraphLimits limits;
+            limits.depth = depth;
+            limits.expandedNodes = nodes;
+            limits.expandedPayloadBytes = nodes * 4;
+            for (const QByteArray &seed : seeds) {
+                BinaryPlistReader reader;
+                QCOMPARE(reader.open(seed, limits), PlistVariant::isSafeBinaryPlist(seed, limits));
+                for (int i = 0; i < 100; ++i) {
+                    const QByteArray bytes = damaged(seed, random);
+                    BinaryPlistReader damagedReader;
+                    if (damagedReader.open(bytes, limits))
+                        QVERIFY(PlistVariant::isSafeBinaryPlist(bytes, limits));
+                }
+            }
+        }
     }
 }
 
