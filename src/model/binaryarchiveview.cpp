@@ -181,14 +181,3 @@ std::optional<BinaryArchiveView::Object> BinaryArchiveView::elementList(Uid uid)
         return std::nullopt;
     return list;
 }
-
-std::optional<std::vector<BinaryArchiveView::Uid>> BinaryArchiveView::array(Uid object) const
-{
-    std::vector<Uid> elements;
-    if (!forEachElement(object, [&](Uid element) {
-            elements.push_back(element);
-            return true;
-        }))
-        return std::nullopt;
-    return elements;
-}

@@ -30,7 +30,6 @@ public:
     std::optional<qint64> integer(Uid object, const char *key) const;
     std::optional<QString> string(Uid object) const;
     std::optional<QString> stringField(Uid object, const char *key) const;
-    std::optional<std::vector<Uid>> array(Uid object) const;
     // The elements of an array object without a list of them, each given to `each` until it
     // returns false. False, having called `each` for none, when the object is no array or an
     // element is no reference; false too when `each` stops.
