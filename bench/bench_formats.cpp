@@ -4,6 +4,7 @@
 #include "benchutil.h"
 
 #include "export/documentmanager.h"
+#include "model/plistvariant.h"
 #include "model/tabfileformat.h"
 
 #include <QJsonDocument>
@@ -34,10 +35,28 @@ int main(int argc, char *argv[])
     const double textExport = bestOf(
         [&] { text = DocumentManager::asciiBytes(DocumentManager::tabText(configuration)); });
 
+    // The document reader against its libplist twin, the exchange read and the structural
+    // check that every read of a document begins with.
+    const double archiveReadLibplist =
+        bestOf([&] { tabDataFromDocumentDataViaLibplist(archive).value(); });
+    PlistVariant::GraphLimits limits;
+    limits.expandedNodes = 1'000'000 + quint64(archive.size());
+    limits.expandedPayloadBytes = 64 * 1024 * 1024 + 4 * quint64(archive.size());
+    bool checked = true;
+    const double structuralCheck =
+        bestOf([&] { checked = PlistVariant::isSafeBinaryPlist(archive, limits) && checked; });
+    if (!checked)
+        qFatal("the benchmark document fails the structural check");
+
     printFigure("archive write", archiveWrite, "ms");
     printFigure("archive read", archiveRead, "ms");
     printFigure("libplist parse alone", plistParse, "ms");
     printFigure("archive read / plist parse", archiveRead / plistParse, "x");
+    printFigure("archive read through libplist", archiveReadLibplist, "ms");
+    printFigure("structural check alone", structuralCheck, "ms");
+    printFigure("archive read / libplist read", archiveRead / archiveReadLibplist, "x");
+    printFigure("archive read / exchange read", archiveRead / exchangeRead, "x");
+    printFigure("archive read / structural check", archiveRead / structuralCheck, "x");
     printFigure("exchange write", exchangeWrite, "ms");
     printFigure("exchange read", exchangeRead, "ms");
     printFigure("QJsonDocument parse alone", jsonParse, "ms");

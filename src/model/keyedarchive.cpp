@@ -258,6 +258,8 @@ public:
 
     // ---- In place, for readers that walk a known shape --------------------------------------
 
+    quint64 objectCount() const { return objects.size(); }
+
     std::optional<quint64> rootUid() const
     {
         plist_t rootRef = plist_dict_get_item(top, "root");
@@ -761,6 +763,16 @@ std::optional<QString> KeyedArchiveView::stringField(Uid object, const char *key
 std::optional<std::vector<KeyedArchiveView::Uid>> KeyedArchiveView::array(Uid object) const
 {
     return d->reader.arrayAt(object);
+}
+
+bool KeyedArchiveView::isArray(Uid object) const
+{
+    return isKeyedArchiveArray(d->reader.classNameOf(object));
+}
+
+quint64 KeyedArchiveView::objectCount() const
+{
+    return d->reader.objectCount();
 }
 
 QByteArray KeyedArchiver::archivedData(const ArchiveValue &rootObject)

@@ -99,6 +99,23 @@ public:
     std::optional<QString> stringField(Uid object, const char *key) const;
     // The elements of an array object, each by UID.
     std::optional<std::vector<Uid>> array(Uid object) const;
+    bool isArray(Uid object) const;
+    quint64 objectCount() const;
+    // The elements of an array object given to `each` until it returns false; false when
+    // the object is no array, an element is no reference, or `each` stops.
+    template<typename Each, typename Reserve = void (*)(quint64)>
+    bool forEachElement(Uid object, Each &&each, Reserve &&reserve = [](quint64) {}) const
+    {
+        const auto elements = array(object);
+        if (!elements)
+            return false;
+        reserve(elements->size());
+        for (const Uid element : *elements) {
+            if (!each(element))
+                return false;
+        }
+        return true;
+    }
 
 private:
     struct Private;

@@ -1,5 +1,6 @@
 #include "tabfileformat.h"
 
+#include "binaryarchiveview.h"
 #include "jsoninteger.h"
 #include "keyedarchive.h"
 #include "modellog.h"
@@ -70,110 +71,148 @@ QString cutTuningEntry(const QString &entry)
 
 // Reads a tab out of its archive in place. Every row, column and cell text is decoded once
 // however many places refer to it, so an archive that points at one object a million times
-// costs a million references, not a million decodings.
+// costs a million references, not a million decodings. What was decoded is remembered by UID
+// in flat tables, the rows and columns by where they stand in the tab being built.
+template<typename View>
 class TabDocumentReader {
 public:
-    explicit TabDocumentReader(const KeyedArchiveView &view) : view(view) {}
-
-    std::optional<TabRowData> row(KeyedArchiveView::Uid uid)
+    using Uid = typename View::Uid;
+    explicit TabDocumentReader(const View &view)
+        : view(view), columnPlaces(size_t(view.objectCount()), 0),
+          itemSlots(size_t(view.objectCount()), 0)
     {
-        if (const auto found = rows.find(uid); found != rows.end()) {
-            cells += found->second.cells;
-            if (cells > maximumCells)
-                return std::nullopt;
-            return found->second.row;
-        }
-        if (view.className(uid).isEmpty())
-            return std::nullopt;
-        const auto columnUids = arrayField(uid, "cdkey");
-        if (!columnUids)
-            return std::nullopt;
-        QList<TabColumnData> columns;
-        columns.reserve(qsizetype(columnUids->size()));
-        quint64 rowCells = 0;
-        for (const KeyedArchiveView::Uid columnUid : *columnUids) {
-            auto decoded = column(columnUid);
-            if (!decoded)
-                return std::nullopt;
-            rowCells += quint64(decoded->columnItems.size());
-            cells += quint64(decoded->columnItems.size());
-            if (cells > maximumCells)
-                return std::nullopt;
-            columns.append(std::move(*decoded));
-        }
-        QStringList lines = stringList(view.reference(uid, "lmkey")).value_or(QStringList());
-        adoptSingleLyric(view.stringField(uid, "lkey"), lines);
-        TabRowData decoded(std::move(columns), std::move(lines));
-        rows.emplace(uid, DecodedRow{decoded, rowCells});
-        return decoded;
     }
 
-    std::optional<QStringList> stringList(std::optional<KeyedArchiveView::Uid> uid)
+    // The rows in order; nothing if one is damaged.
+    bool readRows(Uid list)
     {
-        const auto elements = uid ? view.array(*uid) : std::nullopt;
-        if (!elements)
-            return std::nullopt;
+        std::vector<Uid> rowUids;
+        if (!view.forEachElement(list, [&](Uid uid) {
+                rowUids.push_back(uid);
+                return true;
+            }))
+            return false;
+        rows.reserve(qsizetype(rowUids.size()));
+        for (const Uid uid : rowUids) {
+            if (!row(uid))
+                return false;
+        }
+        return true;
+    }
+
+    std::optional<QStringList> stringList(std::optional<Uid> uid)
+    {
         QStringList texts;
-        texts.reserve(qsizetype(elements->size()));
-        for (const KeyedArchiveView::Uid element : *elements) {
+        const bool ok = uid && view.forEachElement(*uid, [&](Uid element) {
             auto text = view.string(element);
-            if (!text)
-                return std::nullopt;
-            texts.append(std::move(*text));
-        }
-        return texts;
-    }
-
-    std::optional<std::vector<KeyedArchiveView::Uid>> arrayField(KeyedArchiveView::Uid uid,
-                                                                 const char *key)
-    {
-        const auto list = view.reference(uid, key);
-        return list ? view.array(*list) : std::nullopt;
+            if (text)
+                texts.append(std::move(*text));
+            return text.has_value();
+        });
+        return ok ? std::optional(std::move(texts)) : std::nullopt;
     }
 
     // More cells than any tab a person writes: the mark of an archive built to exhaust memory.
     static constexpr quint64 maximumCells = 16'000'000;
     bool tooLarge() const { return cells > maximumCells; }
 
+    QList<TabRowData> rows;
+
 private:
-    std::optional<TabColumnData> column(KeyedArchiveView::Uid uid)
+    bool row(Uid uid)
     {
-        if (const auto found = columns.find(uid); found != columns.end())
-            return found->second;
-        if (view.className(uid).isEmpty())
-            return std::nullopt;
-        const auto itemUids = arrayField(uid, "colikey");
-        if (!itemUids)
-            return std::nullopt;
-        TabColumnData decoded;
-        decoded.columnItems.reserve(qsizetype(itemUids->size()));
-        for (const KeyedArchiveView::Uid itemUid : *itemUids) {
-            const auto found = items.find(itemUid);
-            if (found != items.end()) {
-                decoded.columnItems.append(found->second);
-                continue;
-            }
-            const auto text = view.string(itemUid);
-            if (!text)
-                return std::nullopt;
-            const ColumnItemType item = ColumnItemType::fromText(*text);
-            items.emplace(itemUid, item);
-            decoded.columnItems.append(item);
+        if (const auto found = rowPlaces.find(uid); found != rowPlaces.end()) {
+            cells += found->second.cells;
+            if (cells > maximumCells)
+                return false;
+            TabRowData again = rows[found->second.index];
+            rows.append(std::move(again));
+            return true;
         }
-        decoded.chordName = view.stringField(uid, "chnmkey");
-        columns.emplace(uid, decoded);
-        return decoded;
+        if (view.className(uid).isEmpty())
+            return false;
+        const auto columnList = view.reference(uid, "cdkey");
+        if (!columnList)
+            return false;
+        current.clear();
+        quint64 rowCells = 0;
+        const bool ok = view.forEachElement(*columnList, [&](Uid columnUid) {
+            if (!column(columnUid))
+                return false;
+            const quint64 size = quint64(current.constLast().columnItems.size());
+            rowCells += size;
+            cells += size;
+            return cells <= maximumCells;
+        }, [&](quint64 count) { current.reserve(qsizetype(std::min<quint64>(count, 1 << 16))); });
+        if (!ok)
+            return false;
+        QStringList lines = stringList(view.reference(uid, "lmkey")).value_or(QStringList());
+        adoptSingleLyric(view.stringField(uid, "lkey"), lines);
+        rowPlaces.emplace(uid, RowPlace{rows.size(), rowCells});
+        rows.append(TabRowData(std::exchange(current, {}), std::move(lines)));
+        return true;
     }
 
-    struct DecodedRow {
-        TabRowData row;
+    // Appends the column to the row being read.
+    bool column(Uid uid)
+    {
+        if (uid < columnPlaces.size() && columnPlaces[size_t(uid)]) {
+            const quint64 place = columnPlaces[size_t(uid)] - 1;
+            const qsizetype row = qsizetype(place >> 32);
+            const qsizetype index = qsizetype(place & 0xFFFFFFFF);
+            TabColumnData again = row == rows.size() ? current[index] : rows[row].colDatas[index];
+            current.append(std::move(again));
+            return true;
+        }
+        if (view.className(uid).isEmpty())
+            return false;
+        const auto itemList = view.reference(uid, "colikey");
+        if (!itemList)
+            return false;
+        TabColumnData decoded;
+        const bool ok = view.forEachElement(*itemList, [&](Uid itemUid) {
+            const auto item = cellItem(itemUid);
+            if (item)
+                decoded.columnItems.append(*item);
+            return item.has_value();
+        }, [&](quint64 count) {
+            decoded.columnItems.reserve(qsizetype(std::min<quint64>(count, 1 << 16)));
+        });
+        if (!ok)
+            return false;
+        decoded.chordName = view.stringField(uid, "chnmkey");
+        if (uid < columnPlaces.size() && current.size() <= 0xFFFFFFFF)
+            columnPlaces[size_t(uid)] = ((quint64(rows.size()) << 32) | quint64(current.size())) + 1;
+        current.append(std::move(decoded));
+        return true;
+    }
+
+    std::optional<ColumnItemType> cellItem(Uid uid)
+    {
+        if (uid < itemSlots.size() && itemSlots[size_t(uid)])
+            return items[itemSlots[size_t(uid)] - 1];
+        const auto text = view.string(uid);
+        if (!text)
+            return std::nullopt;
+        const ColumnItemType item = ColumnItemType::fromText(*text);
+        if (uid < itemSlots.size()) {
+            items.push_back(item);
+            itemSlots[size_t(uid)] = quint32(items.size());
+        }
+        return item;
+    }
+
+    struct RowPlace {
+        qsizetype index;
         quint64 cells;
     };
 
-    const KeyedArchiveView &view;
-    std::unordered_map<KeyedArchiveView::Uid, DecodedRow> rows;
-    std::unordered_map<KeyedArchiveView::Uid, TabColumnData> columns;
-    std::unordered_map<KeyedArchiveView::Uid, ColumnItemType> items;
+    const View &view;
+    QList<TabColumnData> current;
+    std::unordered_map<Uid, RowPlace> rowPlaces;
+    std::vector<quint64> columnPlaces;
+    std::vector<quint32> itemSlots;
+    std::vector<ColumnItemType> items;
     quint64 cells = 0;
 };
 
@@ -337,33 +376,30 @@ QByteArray documentData(const TabData &tabData)
     return archive.finish(root);
 }
 
-std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error)
+// The document read through either view of its archive; both must give the same tab.
+template<typename View>
+std::optional<TabData> readDocument(QByteArrayView bytes, QString *error)
 {
     auto fail = [error](const QString &message) -> std::optional<TabData> {
         if (error)
             *error = message;
         return std::nullopt;
     };
-    KeyedArchiveView view;
+    View view;
     if (!view.open(bytes, error))
         return std::nullopt;
     const auto root = view.rootObject();
     if (!root || view.className(*root) != tabDataClass)
         return fail(u"the archive holds no tab"_qs);
 
-    TabDocumentReader reader(view);
-    const auto rowUids = reader.arrayField(*root, "trk");
-    if (!rowUids)
+    TabDocumentReader<View> reader(view);
+    const auto rowList = view.reference(*root, "trk");
+    if (!rowList || !view.isArray(*rowList))
         return fail(u"the tab has no rows"_qs);
-    QList<TabRowData> rows;
-    rows.reserve(qsizetype(rowUids->size()));
-    for (const KeyedArchiveView::Uid rowUid : *rowUids) {
-        auto row = reader.row(rowUid);
-        if (!row)
-            return fail(reader.tooLarge() ? u"the tab is too large"_qs
-                                          : u"a row of the tab is damaged"_qs);
-        rows.append(std::move(*row));
-    }
+    if (!reader.readRows(*rowList))
+        return fail(reader.tooLarge() ? u"the tab is too large"_qs
+                                      : u"a row of the tab is damaged"_qs);
+    QList<TabRowData> rows = std::move(reader.rows);
 
     QStringList stringNotes =
         reader.stringList(view.reference(*root, "snkey")).value_or(standardStringNotes(6));
@@ -386,6 +422,16 @@ std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *er
             qCWarning(lcModel) << "playback options unreadable:" << jsonError;
     }
     return tab;
+}
+
+std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error)
+{
+    return readDocument<BinaryArchiveView>(bytes, error);
+}
+
+std::optional<TabData> tabDataFromDocumentDataViaLibplist(QByteArrayView bytes, QString *error)
+{
+    return readDocument<KeyedArchiveView>(bytes, error);
 }
 
 std::optional<QByteArray> exchangeData(const TabData &tabData)

@@ -13,6 +13,10 @@
 // its document names it after the file.
 QByteArray documentData(const TabData &tabData);
 std::optional<TabData> tabDataFromDocumentData(QByteArrayView bytes, QString *error = nullptr);
+// The same read through libplist's tree of nodes: slower, and kept as an independent reader
+// that the tests and benchmarks hold the direct one against.
+std::optional<TabData> tabDataFromDocumentDataViaLibplist(QByteArrayView bytes,
+                                                          QString *error = nullptr);
 
 // The exchange form (".lgrd"): JSON for export, back-up and import.
 struct ImportError {
