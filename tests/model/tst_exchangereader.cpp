@@ -190,6 +190,10 @@ void TestExchangeReader::cornersAgree_data()
     QTest::newRow("raw nul") << QByteArray(withNul, sizeof withNul - 1);
     QTest::newRow("nonchar") << QByteArray("{\"title\":\"\xef\xbf\xbf\",\"tabRows\":[]}");
     QTest::newRow("bad utf8") << QByteArray("{\"title\":\"\xed\xa0\x80\",\"tabRows\":[]}");
+    QTest::newRow("bom in cell") << QByteArray(
+        "{\"title\":\"t\",\"tabRows\":[{\"columns\":[[\"\xef\xbb\xbfh\",\"a\xef\xbb\xbf\"]]}]}");
+    QTest::newRow("bom after escape") << QByteArray("{\"title\":\"\\n\xef\xbb\xbf\",\"tabRows\":[]}");
+    QTest::newRow("bom in name") << QByteArray("{\"\xef\xbb\xbftitle\":\"t\",\"tabRows\":[]}");
     QTest::newRow("bom") << QByteArray("\xef\xbb\xbf{\"title\":\"t\",\"tabRows\":[]}");
     for (const char *number : {"90", "-0", "90.0", "9e1", "90.5", "1.", ".5", "1e400",
                                "4.9e-324", "1e-999", "9223372036854775807",
