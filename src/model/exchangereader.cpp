@@ -189,8 +189,7 @@ private:
         if (lead >= 0xF0 && lead <= 0xF4) {
             const Byte low = lead == 0xF0 ? 0x90 : 0x80;
             const Byte high = lead == 0xF4 ? 0x8F : 0xBF;
-            return continues(1, low, high) && continues(2, 0x80, 0xBF) &&
-                           continues(3, 0x80, 0xBF)
+            return continues(1, low, high) && continues(2, 0x80, 0xBF) && continues(3, 0x80, 0xBF)
                        ? 4
                        : 0;
         }
@@ -199,8 +198,7 @@ private:
 
     // Which of `names` the member name is, -1 for none, -2 for an escaped name that only the
     // tree reader can compare.
-    template<size_t N>
-    static int nameIndex(const Text &key, const char *const (&names)[N])
+    template <size_t N> static int nameIndex(const Text &key, const char *const (&names)[N])
     {
         if (key.escaped)
             return -2;
@@ -242,8 +240,7 @@ private:
 
     // Calls `element` at each element of the array at `p`, with `p` on the element's first
     // byte.
-    template<typename Element>
-    bool forEachElement(Element &&element)
+    template <typename Element> bool forEachElement(Element &&element)
     {
         ++p;
         if (take(']'))
@@ -257,8 +254,7 @@ private:
     }
 
     // Calls `member` with each name of the object at `p`, with `p` on the value's first byte.
-    template<typename Member>
-    bool forEachMember(Member &&member)
+    template <typename Member> bool forEachMember(Member &&member)
     {
         ++p;
         if (take('}'))
@@ -306,8 +302,7 @@ private:
                     p += 2;
                     break;
                 case 'u':
-                    if (end - p < 6 || !isHex(p[2]) || !isHex(p[3]) || !isHex(p[4]) ||
-                        !isHex(p[5]))
+                    if (end - p < 6 || !isHex(p[2]) || !isHex(p[3]) || !isHex(p[4]) || !isHex(p[5]))
                         return false;
                     p += 6;
                     break;
@@ -362,8 +357,8 @@ private:
                 break;
             case 'u': {
                 // One code unit per escape, paired or not, as the tree parser keeps them.
-                const int unit = hexValue(s[0]) << 12 | hexValue(s[1]) << 8 |
-                                 hexValue(s[2]) << 4 | hexValue(s[3]);
+                const int unit = hexValue(s[0]) << 12 | hexValue(s[1]) << 8 | hexValue(s[2]) << 4 |
+                                 hexValue(s[3]);
                 out += QChar(char16_t(unit));
                 s += 4;
                 break;
@@ -629,8 +624,7 @@ DirectResult readDirect(QByteArrayView bytes, int defaultStringCount)
     return DirectParser(bytes).read(defaultStringCount);
 }
 
-std::optional<TabData> readTree(const QByteArray &bytes, ImportError *error,
-                                int defaultStringCount)
+std::optional<TabData> readTree(const QByteArray &bytes, ImportError *error, int defaultStringCount)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
