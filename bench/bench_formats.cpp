@@ -2,6 +2,7 @@
 // the parsers underneath take alone.
 #include "benchtab.h"
 #include "benchutil.h"
+#include "exchangefigures.h"
 
 #include "export/documentmanager.h"
 #include "model/plistvariant.h"
@@ -65,5 +66,7 @@ int main(int argc, char *argv[])
     printFigure("document size", double(archive.size()), "bytes");
     printFigure("exchange size", double(json.size()), "bytes");
     printFigure("text size", double(text.size()), "bytes");
+
+    printExchangeReaderFigures(tab);
     return 0;
 }

@@ -13,25 +13,27 @@ constexpr std::array<const char16_t *, ColumnItemType::kindCount> markTexts = {
     u"\u2014", u"h", u"p", u"/", u"\\", u"~", u"x", u"b", u"r", u"_", u"s", u"t", u"|", u"+", u"*",
 };
 
-// Whole decimal integer in the signed 64-bit range, with an optional leading sign.
-std::optional<qint64> parseSigned64(QStringView text)
+// Whole decimal integer in the signed 64-bit range, with an optional leading sign; works on
+// UTF-16 code units and UTF-8 bytes alike, since only ASCII can make a number.
+template<typename Char>
+std::optional<qint64> parseSigned64(const Char *text, qsizetype size)
 {
     qsizetype i = 0;
     bool negative = false;
-    if (text.startsWith(u'+') || text.startsWith(u'-')) {
-        negative = text.front() == u'-';
+    if (size > 0 && (text[0] == Char('+') || text[0] == Char('-'))) {
+        negative = text[0] == Char('-');
         i = 1;
     }
-    if (i >= text.size())
+    if (i >= size)
         return std::nullopt;
     // Accumulate negatively so that the minimum value fits.
     qint64 value = 0;
     constexpr qint64 minimum = std::numeric_limits<qint64>::min();
-    for (; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        if (c < u'0' || c > u'9')
+    for (; i < size; ++i) {
+        const auto c = text[i];
+        if (c < Char('0') || c > Char('9'))
             return std::nullopt;
-        const int digit = c - u'0';
+        const int digit = int(c - Char('0'));
         if (value < (minimum + digit) / 10)
             return std::nullopt;
         value = value * 10 - digit;
@@ -43,6 +45,57 @@ std::optional<qint64> parseSigned64(QStringView text)
     }
     return value;
 }
+
+// The mark whose one-character text form is `c`, or none.
+constexpr std::optional<Kind> markOf(char16_t c)
+{
+    switch (c) {
+    case u'\u2014':
+        return Kind::blank;
+    case u'h':
+        return Kind::hammer;
+    case u'p':
+        return Kind::pull;
+    case u'/':
+        return Kind::slideUp;
+    case u'\\':
+        return Kind::slideDown;
+    case u'~':
+        return Kind::vibrato;
+    case u'x':
+        return Kind::muted;
+    case u'b':
+        return Kind::bend;
+    case u'r':
+        return Kind::release;
+    case u'_':
+        return Kind::hold;
+    case u's':
+        return Kind::slap;
+    case u't':
+        return Kind::tap;
+    case u'|':
+        return Kind::bar;
+    case u'+':
+        return Kind::plus;
+    case u'*':
+        return Kind::star;
+    default:
+        return std::nullopt;
+    }
+}
+
+// The fifteen texts and the fifteen switch cases must name the same marks.
+constexpr bool marksAgree()
+{
+    for (int k = 1; k < ColumnItemType::kindCount; ++k) {
+        const char16_t *text = markTexts[size_t(k)];
+        if (text[0] == 0 || text[1] != 0 || markOf(text[0]) != Kind(k))
+            return false;
+    }
+    return true;
+}
+static_assert(marksAgree());
 
 } // namespace
 
@@ -76,15 +129,36 @@ QString ColumnItemType::text() const
 
 ColumnItemType ColumnItemType::fromText(QStringView text)
 {
-    if (text.size() == 1) {
-        for (int k = 1; k < kindCount; ++k) {
-            if (text == markText(static_cast<Kind>(k)))
-                return ColumnItemType(static_cast<Kind>(k));
-        }
-    }
     if (text.isEmpty())
         return blank();
-    if (const auto fret = parseSigned64(text))
+    if (text.size() == 1) {
+        if (const auto mark = markOf(text.front().unicode()))
+            return ColumnItemType(*mark);
+    }
+    if (const auto fret = parseSigned64(text.utf16(), text.size()))
+        return note(*fret);
+    return blank();
+}
+
+ColumnItemType ColumnItemType::fromUtf8(QByteArrayView text)
+{
+    // A mark is one ASCII byte or the three bytes of the em dash; a number is all ASCII; any
+    // other text is a blank.
+    switch (text.size()) {
+    case 0:
+        return blank();
+    case 1:
+        if (const auto mark = markOf(char16_t(static_cast<unsigned char>(text.front()))))
+            return ColumnItemType(*mark);
+        break;
+    case 3:
+        if (text == QByteArrayView("\xe2\x80\x94"))
+            return blank();
+        break;
+    default:
+        break;
+    }
+    if (const auto fret = parseSigned64(text.data(), text.size()))
         return note(*fret);
     return blank();
 }

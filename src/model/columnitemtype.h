@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
 #include <QStringView>
 
@@ -41,6 +42,9 @@ public:
 
     // Never fails: unknown text, overflow and a lone sign read as blank.
     static ColumnItemType fromText(QStringView text);
+    // The same from well-formed UTF-8, with no string made on the way: file readers call it
+    // once per cell.
+    static ColumnItemType fromUtf8(QByteArrayView text);
 
     constexpr Kind kind() const { return itemKind; }
     constexpr bool isNote() const { return itemKind == Kind::note; }

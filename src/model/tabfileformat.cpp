@@ -1,14 +1,9 @@
 #include "tabfileformat.h"
 
 #include "binaryarchiveview.h"
-#include "jsoninteger.h"
 #include "keyedarchive.h"
 #include "modellog.h"
 #include "wellformedtext.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <array>
@@ -290,13 +285,6 @@ void appendJsonItem(QByteArray &out, const ColumnItemType &item)
     out.append('"');
 }
 
-std::optional<TabData> importFailure(ImportError *error, const QString &message)
-{
-    if (error)
-        error->message = message;
-    return std::nullopt;
-}
-
 } // namespace
 
 QByteArray documentData(const TabData &tabData)
@@ -485,108 +473,4 @@ std::optional<QByteArray> exchangeData(const TabData &tabData)
     appendJsonString(out, tabData.title);
     out.append('}');
     return out;
-}
-
-std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportError *error,
-                                               int defaultStringCount)
-{
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
-    if (parseError.error != QJsonParseError::NoError)
-        return importFailure(error, parseError.errorString());
-    if (!document.isObject())
-        return importFailure(error, u"Unable to parse document JSON."_qs);
-    const QJsonObject object = document.object();
-
-    const QJsonValue title = object.value(u"title");
-    if (!title.isString())
-        return importFailure(error, u"The tab has no title."_qs);
-    const QJsonValue rowValues = object.value(u"tabRows");
-    if (!rowValues.isArray())
-        return importFailure(error, u"The tab has no rows."_qs);
-
-    TabData tab(title.toString(), defaultStringCount);
-    const QJsonArray rowArray = rowValues.toArray();
-    tab.tabRowDatas.reserve(rowArray.size());
-    for (qsizetype r = 0; r < rowArray.size(); ++r) {
-        const QJsonValue rowValue = rowArray.at(r);
-        const QString damagedRow = u"Row %1 of the tab is damaged."_qs.arg(r + 1);
-        if (!rowValue.isObject())
-            return importFailure(error, damagedRow);
-        const QJsonObject row = rowValue.toObject();
-
-        QStringList lines;
-        const QJsonValue lineValues = row.value(u"lyricLines");
-        if (lineValues.isArray()) {
-            for (const QJsonValue &line : lineValues.toArray()) {
-                if (!line.isString()) {
-                    lines.clear();
-                    break;
-                }
-                lines.append(line.toString());
-            }
-        }
-        const QJsonValue single = row.value(u"lyrics");
-        adoptSingleLyric(single.isString() ? std::optional(single.toString()) : std::nullopt,
-                         lines);
-
-        const QJsonValue columnValues = row.value(u"columns");
-        if (!columnValues.isArray())
-            return importFailure(error, damagedRow);
-        QJsonArray headers;
-        const QJsonValue headerValues = row.value(u"columnHeaders");
-        if (headerValues.isArray()) {
-            headers = headerValues.toArray();
-            const bool allOptionalStrings =
-                std::all_of(headers.begin(), headers.end(), [](const QJsonValue &header) {
-                    return header.isString() || header.isNull();
-                });
-            if (!allOptionalStrings)
-                headers = QJsonArray();
-        }
-
-        const QJsonArray columnArray = columnValues.toArray();
-        QList<TabColumnData> columns;
-        columns.reserve(columnArray.size());
-        for (qsizetype c = 0; c < columnArray.size(); ++c) {
-            const QJsonValue columnValue = columnArray.at(c);
-            if (!columnValue.isArray())
-                return importFailure(error, damagedRow);
-            const QJsonArray texts = columnValue.toArray();
-            TabColumnData column;
-            column.columnItems.reserve(texts.size());
-            for (const QJsonValue &text : texts) {
-                if (!text.isString())
-                    return importFailure(error, damagedRow);
-                column.columnItems.append(ColumnItemType::fromText(text.toString()));
-            }
-            if (c < headers.size() && headers.at(c).isString())
-                column.chordName = headers.at(c).toString();
-            columns.append(std::move(column));
-        }
-        tab.tabRowDatas.append(TabRowData(std::move(columns), std::move(lines)));
-    }
-
-    const QJsonValue stringNotes = object.value(u"stringNotes");
-    if (stringNotes.isArray()) {
-        QStringList notes;
-        bool allStrings = true;
-        for (const QJsonValue &note : stringNotes.toArray()) {
-            allStrings = allStrings && note.isString();
-            notes.append(note.toString());
-        }
-        if (allStrings)
-            tab.stringNotes = notes;
-    }
-    if (const auto capo = jsonInteger(object.value(u"cFret")))
-        tab.capoFret = *capo;
-    const QJsonValue intro = object.value(u"intro");
-    if (intro.isString()) {
-        const QString trimmed = intro.toString().trimmed();
-        if (!trimmed.isEmpty())
-            tab.introText = trimmed;
-    }
-    if (const auto tempo = jsonInteger(object.value(u"tempo")))
-        tab.tempo = *tempo;
-    return tab;
 }
