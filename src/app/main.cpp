@@ -1,4 +1,5 @@
 #include "library/icloudmanager.h"
+#include "library/lutegriddocument.h"
 #include "lutegridqmlimports.h"
 #include "mainscene.h"
 #include "windowplacement.h"
@@ -62,5 +63,8 @@ int main(int argc, char *argv[])
     WindowPlacement::saveGeometry(window->geometry());
     // The editor saves its rows as its screen goes.
     window.reset();
+    // No save is left halfway on a worker when the process ends.
+    for (LutegridDocument *document : std::as_const(manager.activeDocUrls))
+        document->waitForSave();
     return result;
 }

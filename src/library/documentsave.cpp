@@ -6,9 +6,9 @@
 #include "services/apppaths.h"
 
 #include <QCryptographicHash>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QElapsedTimer>
 #include <QThread>
 #include <QThreadPool>
 
@@ -128,8 +128,7 @@ bool keepAsConflictVersion(const QString &path, const QByteArray &bytes, const Q
     return true;
 }
 
-DocumentSaveResult performDocumentSave(const DocumentSaveRequest &request,
-                                       const DiskWriter &writer)
+DocumentSaveResult performDocumentSave(const DocumentSaveRequest &request, const DiskWriter &writer)
 {
     DocumentSaveResult result;
     const QString &target = request.target;
@@ -165,9 +164,8 @@ DocumentSaveResult performDocumentSave(const DocumentSaveRequest &request,
     return result;
 }
 
-std::shared_ptr<DocumentSaveJob> DocumentSaveJob::start(DocumentSaveRequest request,
-                                                        DiskWriter writer,
-                                                        std::function<void()> posted)
+std::shared_ptr<DocumentSaveJob>
+DocumentSaveJob::start(DocumentSaveRequest request, DiskWriter writer, std::function<void()> posted)
 {
     auto job = std::make_shared<DocumentSaveJob>();
     saveWorkers().start([job, request = std::move(request), writer = std::move(writer),

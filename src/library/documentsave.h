@@ -14,7 +14,8 @@
 
 // Writes bytes to a path whole or not at all; the document's way to the disk, which a test can
 // replace with a slow or failing one.
-using DiskWriter = std::function<bool(const QString &path, const QByteArray &bytes, QString *error)>;
+using DiskWriter =
+    std::function<bool(const QString &path, const QByteArray &bytes, QString *error)>;
 
 // The hash by which a document knows its own bytes on disk.
 QByteArray documentContentHash(const QByteArray &bytes);

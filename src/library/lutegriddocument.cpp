@@ -14,7 +14,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-#include <QPointer>
 
 #include <algorithm>
 #include <utility>
@@ -164,8 +163,13 @@ std::optional<DocumentSaveRequest> LutegridDocument::saveRequest(const QString &
         qCWarning(lcLibrary) << "save before the tab was loaded" << target;
         return std::nullopt;
     }
-    return DocumentSaveRequest{*tabData, target,      lockFilePath(), target == path,
-                               knownSize, knownModified, baseHash};
+    return DocumentSaveRequest{.snapshot = *tabData,
+                               .target = target,
+                               .lockPath = lockFilePath(),
+                               .targetIsOwnFile = target == path,
+                               .knownSize = knownSize,
+                               .knownModified = knownModified,
+                               .baseHash = baseHash};
 }
 
 bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
@@ -196,14 +200,12 @@ bool LutegridDocument::autosaveInBackground()
     // From here the change count runs against what this save writes; edits from now on are
     // the next save's.
     firstUnsavedChange.invalidate();
-    QPointer<LutegridDocument> self(this);
-    std::shared_ptr<DocumentSaveJob> job;
-    auto posted = [this, self] {
-        // The worker only posts; the destructor waits for the job, so `this` is alive here.
-        QMetaObject::invokeMethod(
-            this, [self] { if (self) self->takeFinishedSave(); }, Qt::QueuedConnection);
+    // The worker only posts; the destructor waits for the job, so `this` outlives the post.
+    // A notice of a save that a wait has already taken in finds nothing to do.
+    auto posted = [this] {
+        QMetaObject::invokeMethod(this, &LutegridDocument::takeFinishedSave, Qt::QueuedConnection);
     };
-    job = DocumentSaveJob::start(std::move(*request), diskWriter, posted);
+    const auto job = DocumentSaveJob::start(std::move(*request), diskWriter, posted);
     running = RunningSave{job, path, changes};
     return true;
 }
@@ -226,6 +228,8 @@ void LutegridDocument::waitForSave()
         return;
     const RunningSave save = *std::exchange(running, std::nullopt);
     save.job->wait();
+    // Whatever is still unsaved goes back to the deferred save, unless the caller saves it.
+    saveAgainWhenDone = false;
     finishSave(save.target, SaveOperation::ForOverwriting, save.changesAtSnapshot,
                save.job->result());
 }

@@ -29,7 +29,10 @@ public:
 };
 
 // One tab file and its model. Saves are deferred after changes and written whole, by way of a
-// temporary file renamed into place. Changes to the file from outside (a sync client, another
+// temporary file renamed into place; the deferred ones are encoded and written on a worker from
+// a copy-on-write snapshot, so typing never waits on the disk, and closing or quitting waits
+// for a save still running. The document states don't change while such a save runs: editing
+// stays enabled, and the edits made meanwhile go in the next save. Changes to the file from outside (a sync client, another
 // process) are noticed while the document is open: a document with no unsaved changes takes
 // them in, one with unsaved changes keeps the outside version as a conflict version, so that
 // the user chooses and nothing is lost.

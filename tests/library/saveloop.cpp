@@ -2,8 +2,8 @@
 // PATH and saves it over and over on the save worker, swapping the tab for another while each
 // save runs; a random moment into the saving it SIGKILLs the child and looks at what lies at
 // PATH. Forking spares the start of a new program per round.
-// The last line it prints is "rounds R torn T midsave M temporaries P"; tst_autosave checks it. Kill
-// leftovers of the last round stay in place.
+// The last line it prints is "rounds R torn T midsave M temporaries P"; tst_autosave checks it.
+// Kill leftovers of the last round stay in place.
 #include "library/fileversion.h"
 #include "library/lutegriddocument.h"
 #include "library/tabfilenames.h"
@@ -18,9 +18,9 @@
 
 #include <chrono>
 #include <cstdio>
-#include <thread>
 #include <signal.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {

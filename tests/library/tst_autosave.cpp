@@ -269,9 +269,9 @@ private Q_SLOTS:
         QVERIFY(loop.waitForFinished(300000));
         const QString output = QString::fromLocal8Bit(loop.readAllStandardOutput());
         QCOMPARE(loop.exitCode(), 0);
-        const auto summary = QRegularExpression(
-                                 u"rounds (\\d+) torn (\\d+) midsave (\\d+) temporaries (\\d+)"_qs)
-                                 .match(output);
+        const auto summary =
+            QRegularExpression(u"rounds (\\d+) torn (\\d+) midsave (\\d+) temporaries (\\d+)"_qs)
+                .match(output);
         QVERIFY2(summary.hasMatch(), qPrintable(output));
         qInfo().noquote() << output.trimmed();
         QCOMPARE(summary.captured(1).toInt(), rounds);
