@@ -39,6 +39,11 @@ AppDelegate::AppDelegate(QQmlEngine &engine, QObject *parent) : QObject(parent),
 
 AppDelegate::~AppDelegate()
 {
+    closeAllWindows();
+}
+
+void AppDelegate::closeAllWindows()
+{
     // Editors finish as their windows go, before the scenes that hold their dialogs.
     for (const TabWindow &tab : std::as_const(tabWindows)) {
         delete tab.window;

@@ -34,6 +34,8 @@ public:
     // comes forward instead, and that window is given.
     TabScene *openTabWindow(const std::optional<QString> &path);
     QList<TabScene *> tabScenes() const;
+    // Every window goes, each editor finishing with its rows on disk.
+    void closeAllWindows();
 
     // Carried out once the storage folder is known, so that a tab named at start finds it.
     void handle(const WindowRequest &request);

@@ -1,5 +1,6 @@
 #include "appdelegate.h"
 #include "library/icloudmanager.h"
+#include "library/lutegriddocument.h"
 #include "lutegridqmlimports.h"
 #include "mainscene.h"
 #include "shell/appmanager.h"
@@ -63,5 +64,9 @@ int main(int argc, char *argv[])
     const int result = app.exec();
     WindowPlacement::saveGeometry(window->geometry());
     // The editors save their rows as their screens go.
+    delegate.closeAllWindows();
+    // No save is left halfway on a worker when the process ends.
+    for (LutegridDocument *document : std::as_const(manager.activeDocUrls))
+        document->waitForSave();
     return result;
 }

@@ -14,53 +14,13 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-#include <QLockFile>
 
 #include <algorithm>
-
-#ifdef Q_OS_UNIX
-#include <sys/stat.h>
-#endif
+#include <utility>
 
 Q_LOGGING_CATEGORY(lcLibrary, "lutegrid.library")
 
 namespace {
-
-// How long a save waits for another process of ours that is saving the same file.
-constexpr int lockWait = 1000;
-
-QByteArray contentHash(const QByteArray &bytes)
-{
-    return QCryptographicHash::hash(bytes, QCryptographicHash::Md5);
-}
-
-// A stat of the file: a rewrite in place, a rename over it and a new file all change it.
-struct Stamp {
-    qint64 size = -1;
-    qint64 modified = 0;
-
-    static Stamp of(const QString &path)
-    {
-#ifdef Q_OS_UNIX
-        struct stat info;
-        if (::stat(QFile::encodeName(path).constData(), &info) != 0 || !S_ISREG(info.st_mode))
-            return {};
-        // Inode and change time fold into one number: equal stamps mean an untouched file.
-        const qint64 modified = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
-        const qint64 changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
-        return {qint64(info.st_size), modified ^ (changed << 1) ^ (qint64(info.st_ino) << 20)};
-#else
-        const QFileInfo info(path);
-        if (!info.isFile())
-            return {};
-        return {info.size(), info.lastModified().toMSecsSinceEpoch()};
-#endif
-    }
-    bool exists() const
-    {
-        return size >= 0;
-    }
-};
 
 std::optional<QByteArray> readAll(const QString &path)
 {
@@ -80,7 +40,7 @@ LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData
       tabEdits(new TabEdits(nullptr, undo, this))
 {
     autosaveTimer.setSingleShot(true);
-    connect(&autosaveTimer, &QTimer::timeout, this, [this] { autosave(); });
+    connect(&autosaveTimer, &QTimer::timeout, this, [this] { autosaveInBackground(); });
     connect(&pollTimer, &QTimer::timeout, this, &LutegridDocument::checkFile);
     connect(this, &LutegridDocument::documentStateChanged, this, &LutegridDocument::docStateChange);
     connect(undo, &LgUndoManager::changed, this, [this](LgUndoManager::Change change) {
@@ -150,6 +110,9 @@ void LutegridDocument::updateChangeCount(ChangeKind kind)
         break;
     case ChangeKind::Cleared:
         changes = 0;
+        // Whatever the running save writes counts as saved too.
+        if (running)
+            running->changesAtSnapshot = 0;
         break;
     }
     if (changes == 0) {
@@ -173,6 +136,7 @@ void LutegridDocument::scheduleAutosave()
 
 bool LutegridDocument::autosave()
 {
+    waitForSave();
     autosaveTimer.stop();
     if (changes == 0 || state.testFlag(Closed))
         return true;
@@ -193,88 +157,124 @@ QString LutegridDocument::lockFilePath() const
         .filePath(u"locks/"_qs + QString::fromLatin1(key.toHex()) + u".lock"_qs);
 }
 
-bool LutegridDocument::keepAsConflictVersion(const QByteArray &bytes, const QDateTime &modified)
+std::optional<DocumentSaveRequest> LutegridDocument::saveRequest(const QString &target) const
 {
-    const QString copyPath = FileVersion::newConflictCopyPath(
-        path, modified.isValid() ? modified : QDateTime::currentDateTime());
-    QString error;
-    if (!writeFileAtomically(copyPath, bytes, &error)) {
-        qCWarning(lcLibrary) << "cannot keep the outside version of" << path << error;
-        return false;
+    if (!tabData) {
+        qCWarning(lcLibrary) << "save before the tab was loaded" << target;
+        return std::nullopt;
     }
-    if (modified.isValid()) {
-        QFile copy(copyPath);
-        if (copy.open(QIODevice::ReadWrite))
-            copy.setFileTime(modified, QFileDevice::FileModificationTime);
-    }
-    return true;
+    return DocumentSaveRequest{.snapshot = *tabData,
+                               .target = target,
+                               .lockPath = lockFilePath(),
+                               .targetIsOwnFile = target == path,
+                               .knownSize = knownSize,
+                               .knownModified = knownModified,
+                               .baseHash = baseHash};
 }
 
 bool LutegridDocument::saveToURL(const QString &url, SaveOperation operation)
 {
-    const auto bytes = contentsForType();
+    waitForSave();
     const QString target = QFileInfo(url).absoluteFilePath();
-    bool saved = false;
-    if (!bytes) {
-        qCWarning(lcLibrary) << "save before the tab was loaded" << target;
-    } else {
-        AppPaths::ensureDirectory(QFileInfo(target).absolutePath());
-        AppPaths::ensureDirectory(QFileInfo(lockFilePath()).absolutePath());
-        QLockFile lock(lockFilePath());
-        if (!lock.tryLock(lockWait)) {
-            qCWarning(lcLibrary) << "file is being saved by another process" << target;
-        } else {
-            // What lies there now and is not what this document last saw is someone else's
-            // work: it stays as a conflict version rather than being overwritten.
-            const Stamp disk = Stamp::of(target);
-            const bool known =
-                target == path && disk.size == knownSize && disk.modified == knownModified;
-            if (disk.exists() && !known) {
-                const auto current = readAll(target);
-                const QByteArray currentHash = current ? contentHash(*current) : QByteArray();
-                if (current && (target != path || currentHash != baseHash) &&
-                    currentHash != contentHash(*bytes)) {
-                    keepAsConflictVersion(*current, QFileInfo(target).lastModified());
-                }
-            }
-            QString error;
-            saved = writeFileAtomically(target, *bytes, &error);
-            if (!saved)
-                qCWarning(lcLibrary) << "save failed" << target << error;
-        }
-    }
+    const auto request = saveRequest(target);
+    DocumentSaveResult result;
+    if (request)
+        result = performDocumentSave(*request, diskWriter);
+    return finishSave(target, operation, changes, result);
+}
 
+bool LutegridDocument::autosaveInBackground()
+{
+    autosaveTimer.stop();
+    if (changes == 0 || state.testFlag(Closed))
+        return false;
+    if (running) {
+        // One save at a time: the edits since this one began go in the next.
+        saveAgainWhenDone = true;
+        return false;
+    }
+    auto request = saveRequest(path);
+    if (!request)
+        return false;
+    saveAgainWhenDone = false;
+    // From here the change count runs against what this save writes; edits from now on are
+    // the next save's.
+    firstUnsavedChange.invalidate();
+    // The worker only posts; the destructor waits for the job, so `this` outlives the post.
+    // A notice of a save that a wait has already taken in finds nothing to do.
+    auto posted = [this] {
+        QMetaObject::invokeMethod(this, &LutegridDocument::takeFinishedSave, Qt::QueuedConnection);
+    };
+    const auto job = DocumentSaveJob::start(std::move(*request), diskWriter, posted);
+    running = RunningSave{job, path, changes};
+    return true;
+}
+
+void LutegridDocument::takeFinishedSave()
+{
+    if (!running || !running->job->isDone())
+        return;
+    const RunningSave save = *std::exchange(running, std::nullopt);
+    save.job->wait();
+    finishSave(save.target, SaveOperation::ForOverwriting, save.changesAtSnapshot,
+               save.job->result());
+    if (changes != 0 && saveAgainWhenDone && !state.testFlag(SavingError))
+        autosaveInBackground();
+}
+
+void LutegridDocument::waitForSave()
+{
+    if (!running)
+        return;
+    const RunningSave save = *std::exchange(running, std::nullopt);
+    save.job->wait();
+    // Whatever is still unsaved goes back to the deferred save, unless the caller saves it.
+    saveAgainWhenDone = false;
+    finishSave(save.target, SaveOperation::ForOverwriting, save.changesAtSnapshot,
+               save.job->result());
+}
+
+bool LutegridDocument::finishSave(const QString &target, SaveOperation operation,
+                                  int changesAtSnapshot, const DocumentSaveResult &result)
+{
     DocumentState next = state;
-    if (saved) {
+    if (result.saved) {
         if (target != path) {
             path = target;
             if (watcher)
                 startWatching();
         }
-        baseHash = contentHash(*bytes);
-        const Stamp written = Stamp::of(path);
-        knownSize = written.size;
-        knownModified = written.modified;
-        changes = 0;
-        firstUnsavedChange.invalidate();
-        autosaveTimer.stop();
+        baseHash = result.hash;
+        knownSize = result.written.size;
+        knownModified = result.written.modified;
+        // What was changed after the snapshot is still unsaved.
+        changes -= changesAtSnapshot;
         next &= ~DocumentState(SavingError);
         if (operation == SaveOperation::ForCreating && state.testFlag(Closed)) {
             next &= ~DocumentState(Closed);
             startWatching();
         }
+        if (changes == 0) {
+            firstUnsavedChange.invalidate();
+            autosaveTimer.stop();
+        } else if (!autosaveTimer.isActive() && !saveAgainWhenDone) {
+            scheduleAutosave();
+        }
     } else {
+        if (!result.error.isEmpty())
+            qCWarning(lcLibrary) << "save failed" << target << result.error;
         next |= SavingError;
         if (!state.testFlag(Closed) && changes != 0) {
-            // Try again later, as an autosave would.
+            // The edits stay unsaved; try again later, as an autosave would.
+            saveAgainWhenDone = false;
             firstUnsavedChange.start();
             autosaveTimer.start(autosaveMaximumDelay);
         }
     }
+    if (result.saved && !next.testFlag(Closed))
+        next.setFlag(InConflict, result.hasConflictVersions);
     setState(next);
-    if (saved)
-        checkForConflicts();
-    return saved;
+    return result.saved;
 }
 
 bool LutegridDocument::loadFromContents(const QByteArray &contents)
@@ -328,11 +328,12 @@ bool LutegridDocument::open()
 {
     if (!state.testFlag(Closed))
         return true;
-    const Stamp stamp = Stamp::of(path);
+    waitForSave();
+    const FileStamp stamp = FileStamp::of(path);
     const auto bytes = readAll(path);
     if (!bytes)
         return false;
-    baseHash = contentHash(*bytes);
+    baseHash = documentContentHash(*bytes);
     knownSize = stamp.size;
     knownModified = stamp.modified;
     changes = 0;
@@ -358,8 +359,9 @@ bool LutegridDocument::close()
 
 bool LutegridDocument::revertToContentsOfURL(const QString &url)
 {
+    waitForSave();
     const QString target = QFileInfo(url).absoluteFilePath();
-    const Stamp stamp = Stamp::of(target);
+    const FileStamp stamp = FileStamp::of(target);
     const auto bytes = readAll(target);
     if (!bytes)
         return false;
@@ -368,7 +370,7 @@ bool LutegridDocument::revertToContentsOfURL(const QString &url)
         if (watcher)
             startWatching();
     }
-    baseHash = contentHash(*bytes);
+    baseHash = documentContentHash(*bytes);
     knownSize = stamp.size;
     knownModified = stamp.modified;
     changes = 0;
@@ -427,7 +429,7 @@ std::optional<QString> LutegridDocument::findMovedFile() const
         if (candidate == path || QFileInfo(candidate).size() != knownSize)
             continue;
         const auto bytes = readAll(candidate);
-        if (bytes && contentHash(*bytes) == baseHash)
+        if (bytes && documentContentHash(*bytes) == baseHash)
             return candidate;
     }
     return std::nullopt;
@@ -435,9 +437,10 @@ std::optional<QString> LutegridDocument::findMovedFile() const
 
 void LutegridDocument::checkFile()
 {
-    if (state.testFlag(Closed))
+    // Our own save is changing the file: what it leaves is looked at once it is taken in.
+    if (state.testFlag(Closed) || running)
         return;
-    const Stamp stamp = Stamp::of(path);
+    const FileStamp stamp = FileStamp::of(path);
     if (!stamp.exists()) {
         // Gone: renamed, or deleted and perhaps about to come back. Until then the document
         // keeps what it has, and a save writes it anew.
@@ -450,7 +453,7 @@ void LutegridDocument::checkFile()
         if (bytes) {
             knownSize = stamp.size;
             knownModified = stamp.modified;
-            const QByteArray hash = contentHash(*bytes);
+            const QByteArray hash = documentContentHash(*bytes);
             if (hash != baseHash)
                 takeOutsideChange(*bytes, hash);
         }
@@ -466,7 +469,7 @@ void LutegridDocument::takeOutsideChange(const QByteArray &bytes, const QByteArr
     if (hasUnsavedChanges()) {
         // Unsaved work and a new outside version: keep both and let the user choose. The
         // next save writes this document's version over the file.
-        keepAsConflictVersion(bytes, QFileInfo(path).lastModified());
+        keepAsConflictVersion(path, bytes, QFileInfo(path).lastModified());
         checkForConflicts();
         return;
     }
@@ -478,7 +481,7 @@ void LutegridDocument::followMove(const QString &newPath)
 {
     const QString oldPath = path;
     path = newPath;
-    const Stamp stamp = Stamp::of(path);
+    const FileStamp stamp = FileStamp::of(path);
     knownSize = stamp.size;
     knownModified = stamp.modified;
     if (watcher)

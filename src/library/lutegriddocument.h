@@ -1,5 +1,6 @@
 #pragma once
 
+#include "library/documentsave.h"
 #include "library/fileversion.h"
 #include "model/tabdata.h"
 
@@ -11,6 +12,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <memory>
 #include <optional>
 
 class LgUndoManager;
@@ -27,7 +29,10 @@ public:
 };
 
 // One tab file and its model. Saves are deferred after changes and written whole, by way of a
-// temporary file renamed into place. Changes to the file from outside (a sync client, another
+// temporary file renamed into place; the deferred ones are encoded and written on a worker from
+// a copy-on-write snapshot, so typing never waits on the disk, and closing or quitting waits
+// for a save still running. The document states don't change while such a save runs: editing
+// stays enabled, and the edits made meanwhile go in the next save. Changes to the file from outside (a sync client, another
 // process) are noticed while the document is open: a document with no unsaved changes takes
 // them in, one with unsaved changes keeps the outside version as a conflict version, so that
 // the user chooses and nothing is lost.
@@ -77,9 +82,19 @@ public:
 
     // Reads the file. Success with tabData absent means the file could not be understood.
     bool open();
+    // Saves now and returns when the file is written.
     bool saveToURL(const QString &url, SaveOperation operation);
-    // Saves now if anything is unsaved.
+    // Saves now if anything is unsaved, and returns when the file is written.
     bool autosave();
+    // The deferred save: takes the tab as it stands and writes it on a worker, so the UI
+    // thread goes on at once. Edits meanwhile stay unsaved and go in the next save. False
+    // when no save was started.
+    bool autosaveInBackground();
+    bool isSaving() const { return running.has_value(); }
+    // Returns once the save on the worker, if any, is written and taken in.
+    void waitForSave();
+    // The way to the disk; tests put a slow or failing one in.
+    DiskWriter diskWriter = writeFileAtomically;
     // Saves what is unsaved, then stops watching the file.
     bool close();
     // Drops unsaved changes and loads the file at `url`.
@@ -115,7 +130,10 @@ private:
     void followNameAndPlace();
     void takeOutsideChange(const QByteArray &bytes, const QByteArray &hash);
     void followMove(const QString &newPath);
-    bool keepAsConflictVersion(const QByteArray &bytes, const QDateTime &modified);
+    std::optional<DocumentSaveRequest> saveRequest(const QString &target) const;
+    bool finishSave(const QString &target, SaveOperation operation, int changesAtSnapshot,
+                    const DocumentSaveResult &result);
+    void takeFinishedSave();
     std::optional<QString> findMovedFile() const;
     QString lockFilePath() const;
 
@@ -133,6 +151,15 @@ private:
     QTimer pollTimer;
     QElapsedTimer firstUnsavedChange;
     bool checkQueued = false;
+    struct RunningSave {
+        std::shared_ptr<DocumentSaveJob> job;
+        QString target;
+        // The change count the save's snapshot stands for.
+        int changesAtSnapshot = 0;
+    };
+    std::optional<RunningSave> running;
+    // The deferred save came due while another was running.
+    bool saveAgainWhenDone = false;
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(LutegridDocument::DocumentState)

@@ -5,16 +5,12 @@
 #include "library/tabfilenames.h"
 #include "model/tabfileformat.h"
 #include "services/lgundomanager.h"
-#include "tablisting.h"
 #include "testmain.h"
 #include "undocounter.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QRandomGenerator>
 #include <QSignalSpy>
-#include <QThread>
 
 #include <filesystem>
 #include <memory>
@@ -224,7 +220,8 @@ private Q_SLOTS:
         edit(document, 2);
         QCOMPARE(firstFret(*readTab(path)), 1);
         QTRY_COMPARE_WITH_TIMEOUT(firstFret(*readTab(path)), 2, 2000);
-        QVERIFY(!document.hasUnsavedChanges());
+        // The worker has written it; the UI thread takes the news in a moment later.
+        QTRY_VERIFY_WITH_TIMEOUT(!document.hasUnsavedChanges(), 2000);
 
         // Changes that never pause are saved all the same, by the bound on the first one.
         QElapsedTimer clock;
@@ -444,49 +441,6 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(inConflict(document), 2000);
         QCOMPARE(listener.conflicts, 1);
         QCOMPARE(analyticsEvents.count(u"Conflict_detected"_qs), 2);
-        document.close();
-    }
-
-    void killedWhileSavingLeavesReadableTab()
-    {
-        const QString folder = freshFolder(u"crash"_qs);
-        const QString path = QDir(folder).filePath(u"Loop.lgrdi"_qs);
-        int killedMidWrite = 0;
-        for (int round = 0; round < 24; ++round) {
-            QProcess child;
-            child.start(QStringLiteral(LUTEGRID_SAVELOOP), {path});
-            QVERIFY(child.waitForStarted());
-            QVERIFY(child.waitForReadyRead(5000));
-            QThread::usleep(QRandomGenerator::global()->bounded(1000, 40000));
-            child.kill(); // SIGKILL: no chance to finish the write
-            QVERIFY(child.waitForFinished(5000));
-
-            QString error;
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            const auto tab = tabDataFromDocumentData(file.readAll(), &error);
-            QVERIFY2(tab.has_value(), qPrintable(u"round %1: %2"_qs.arg(round).arg(error)));
-            QVERIFY(tab->tabRowDatas.size() == 1 || tab->tabRowDatas.size() == 2);
-            // Whatever the kill left behind, the listing shows the one tab.
-            const QStringList entries = QDir(folder).entryList(QDir::Files | QDir::Hidden);
-            killedMidWrite += entries.size() > 1;
-            QCOMPARE(listedTabs(folder), QStringList{u"Loop.lgrdi"_qs});
-        }
-        qInfo() << "kills that left a temporary file:" << killedMidWrite;
-
-        // What the killed saves left is cleared away once it is old enough to be nobody's.
-        const QDateTime old = QDateTime::currentDateTime().addSecs(-120);
-        for (const QString &name : QDir(folder).entryList(QDir::Files | QDir::Hidden)) {
-            QFile file(QDir(folder).filePath(name));
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            file.setFileTime(old, QFileDevice::FileModificationTime);
-        }
-        const QString fresh = QDir(folder).filePath(u".~lg.Loop.lgrdi.young.tmp"_qs);
-        QVERIFY(writeFile(fresh, "in progress"));
-        LutegridDocument document(path, std::nullopt);
-        QVERIFY(document.open());
-        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
-                 QStringList({u".~lg.Loop.lgrdi.young.tmp"_qs, u"Loop.lgrdi"_qs}));
         document.close();
     }
 };
