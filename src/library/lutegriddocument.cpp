@@ -70,6 +70,19 @@ std::optional<QByteArray> readAll(const QString &path)
     return file.readAll();
 }
 
+// A tab file to load: one larger than any tab is refused before a byte of it is read, and
+// reads as unreadable.
+std::optional<QByteArray> readTabFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > maximumTabFileBytes)
+        return std::nullopt;
+    QByteArray bytes = file.read(maximumTabFileBytes + 1);
+    if (file.error() != QFileDevice::NoError || bytes.size() > maximumTabFileBytes)
+        return std::nullopt;
+    return bytes;
+}
+
 } // namespace
 
 LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData> tabData,
@@ -329,7 +342,7 @@ bool LutegridDocument::open()
     if (!state.testFlag(Closed))
         return true;
     const Stamp stamp = Stamp::of(path);
-    const auto bytes = readAll(path);
+    const auto bytes = readTabFile(path);
     if (!bytes)
         return false;
     baseHash = contentHash(*bytes);
@@ -360,7 +373,7 @@ bool LutegridDocument::revertToContentsOfURL(const QString &url)
 {
     const QString target = QFileInfo(url).absoluteFilePath();
     const Stamp stamp = Stamp::of(target);
-    const auto bytes = readAll(target);
+    const auto bytes = readTabFile(target);
     if (!bytes)
         return false;
     if (target != path) {
@@ -446,7 +459,7 @@ void LutegridDocument::checkFile()
                 followMove(*moved);
         }
     } else if (stamp.size != knownSize || stamp.modified != knownModified) {
-        const auto bytes = readAll(path);
+        const auto bytes = readTabFile(path);
         if (bytes) {
             knownSize = stamp.size;
             knownModified = stamp.modified;
@@ -484,7 +497,7 @@ void LutegridDocument::followMove(const QString &newPath)
     if (watcher)
         startWatching();
     if (!hasUnsavedChanges()) {
-        if (const auto bytes = readAll(path))
+        if (const auto bytes = readTabFile(path))
             loadFromContents(*bytes);
     } else {
         // The bytes on disk are older than the model: follow the name, keep the model.
