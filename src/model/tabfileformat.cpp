@@ -544,3 +544,16 @@ std::optional<TabData> tabDataFromExchangeData(const QByteArray &bytes, ImportEr
         tab.tempo = *tempo;
     return tab;
 }
+
+bool tabFitsDocument(const TabData &tabData)
+{
+    quint64 cells = 0;
+    for (const TabRowData &row : tabData.tabRowDatas) {
+        for (const TabColumnData &column : row.colDatas)
+            cells += quint64(column.columnItems.size());
+    }
+    if (cells > TabDocumentReader::maximumCells)
+        return false;
+    // Text can grow on the way: a string with one character past Latin-1 is stored in UTF-16.
+    return documentData(tabData).size() <= maximumTabFileBytes;
+}
