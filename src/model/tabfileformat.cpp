@@ -554,6 +554,6 @@ bool tabFitsDocument(const TabData &tabData)
     }
     if (cells > TabDocumentReader::maximumCells)
         return false;
-    // Text can grow on the way: a string with one character past Latin-1 is stored in UTF-16.
+    // Text can grow on the way: a string with one character past ASCII is stored in UTF-16.
     return documentData(tabData).size() <= maximumTabFileBytes;
 }
