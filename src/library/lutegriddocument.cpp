@@ -30,6 +30,19 @@ std::optional<QByteArray> readAll(const QString &path)
     return file.readAll();
 }
 
+// A tab file to load: one larger than any tab is refused before a byte of it is read, and
+// reads as unreadable.
+std::optional<QByteArray> readTabFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > maximumTabFileBytes)
+        return std::nullopt;
+    QByteArray bytes = file.read(maximumTabFileBytes + 1);
+    if (file.error() != QFileDevice::NoError || bytes.size() > maximumTabFileBytes)
+        return std::nullopt;
+    return bytes;
+}
+
 } // namespace
 
 LutegridDocument::LutegridDocument(const QString &fileURL, std::optional<TabData> tabData,
@@ -330,7 +343,7 @@ bool LutegridDocument::open()
         return true;
     waitForSave();
     const FileStamp stamp = FileStamp::of(path);
-    const auto bytes = readAll(path);
+    const auto bytes = readTabFile(path);
     if (!bytes)
         return false;
     baseHash = documentContentHash(*bytes);
@@ -362,7 +375,7 @@ bool LutegridDocument::revertToContentsOfURL(const QString &url)
     waitForSave();
     const QString target = QFileInfo(url).absoluteFilePath();
     const FileStamp stamp = FileStamp::of(target);
-    const auto bytes = readAll(target);
+    const auto bytes = readTabFile(target);
     if (!bytes)
         return false;
     if (target != path) {
@@ -449,7 +462,7 @@ void LutegridDocument::checkFile()
                 followMove(*moved);
         }
     } else if (stamp.size != knownSize || stamp.modified != knownModified) {
-        const auto bytes = readAll(path);
+        const auto bytes = readTabFile(path);
         if (bytes) {
             knownSize = stamp.size;
             knownModified = stamp.modified;
@@ -487,7 +500,7 @@ void LutegridDocument::followMove(const QString &newPath)
     if (watcher)
         startWatching();
     if (!hasUnsavedChanges()) {
-        if (const auto bytes = readAll(path))
+        if (const auto bytes = readTabFile(path))
             loadFromContents(*bytes);
     } else {
         // The bytes on disk are older than the model: follow the name, keep the model.

@@ -70,8 +70,10 @@ TabTagStore::TagMap TabTagStore::localTagMap()
         QFile file(savedData.tabTagFileURL);
         std::optional<TagMap> read;
         bool innerError = false;
-        if (file.open(QIODevice::ReadOnly))
-            read = tagMapFromLocalFileData(file.readAll(), &innerError);
+        // A file larger than the reader takes is refused before it is read.
+        if (file.open(QIODevice::ReadOnly) && file.size() <= KeyedUnarchiver::maximumBytes)
+            read = tagMapFromLocalFileData(file.read(KeyedUnarchiver::maximumBytes + 1),
+                                           &innerError);
         if (innerError)
             qCWarning(lcLibrary) << "folder labels unreadable, starting over"
                                  << savedData.tabTagFileURL;

@@ -459,10 +459,21 @@ private:
     {
         if (*p != '-' && !isDigit(*p))
             return skipValue(depth);
+        const auto *start = p;
         double number;
         if (!scanNumber(number))
             return false;
-        out = wholeNumber(number);
+        // Digits alone that fit 64 bits are taken exactly, past the 53 bits a double holds,
+        // as the tree reader takes them.
+        qint64 exact = 0;
+        const auto first = reinterpret_cast<const char *>(start);
+        const auto last = reinterpret_cast<const char *>(p);
+        const bool plainDigits = std::all_of(start + (*start == '-' ? 1 : 0), p, isDigit);
+        if (const auto [stop, status] = std::from_chars(first, last, exact);
+            plainDigits && status == std::errc() && stop == last)
+            out = exact;
+        else
+            out = wholeNumber(number);
         return true;
     }
 

@@ -474,3 +474,16 @@ std::optional<QByteArray> exchangeData(const TabData &tabData)
     out.append('}');
     return out;
 }
+
+bool tabFitsDocument(const TabData &tabData)
+{
+    quint64 cells = 0;
+    for (const TabRowData &row : tabData.tabRowDatas) {
+        for (const TabColumnData &column : row.colDatas)
+            cells += quint64(column.columnItems.size());
+    }
+    if (cells > TabDocumentReader::maximumCells)
+        return false;
+    // Text can grow on the way: a string with one character past ASCII is stored in UTF-16.
+    return documentData(tabData).size() <= maximumTabFileBytes;
+}

@@ -34,3 +34,8 @@ inline constexpr QStringView exchangeExtension = u"lgrd";
 // The most bytes a tab file may hold in either form: the document reader refuses anything
 // larger, and an exchange file that size already makes a document past it.
 inline constexpr qsizetype maximumTabFileBytes = KeyedUnarchiver::maximumBytes;
+
+// Whether the document form holds the tab so that it reads back, within the document reader's
+// limits of cells and bytes. A tab read from another form is checked before it becomes a
+// document: the other readers take more than a document can hold.
+bool tabFitsDocument(const TabData &tabData);

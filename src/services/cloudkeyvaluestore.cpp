@@ -73,9 +73,7 @@ struct FileRead {
     std::optional<QVariantMap> values;
 };
 
-// Reads and checks a store file; one whose hash is `knownHash` is not parsed again. A file that
-// the store could not write back within its quota is unreadable: held, it would make every
-// later write fail.
+// Reads and checks a store file; one whose hash is `knownHash` is not parsed again.
 FileRead readStoreFile(const QString &path, const QByteArray &knownHash = {})
 {
     FileRead result;
@@ -99,11 +97,9 @@ FileRead readStoreFile(const QString &path, const QByteArray &knownHash = {})
     result.hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
     if (result.hash == knownHash)
         return result;
-    result.values = PlistVariant::dictionaryFromData(bytes, storeLimits());
-    if (result.values && !bytesWithinQuota(*result.values)) {
-        qCWarning(lcServices) << "key-value store holds more than its quota" << path;
-        result.values.reset();
-    }
+    result.values = CloudKeyValueStore::valuesFromFileData(bytes);
+    if (!result.values)
+        qCWarning(lcServices) << "key-value store unreadable or past its quota" << path;
     return result;
 }
 
@@ -135,6 +131,23 @@ bool isConflictCopyName(const QString &name)
 }
 
 } // namespace
+
+std::optional<QVariantMap> CloudKeyValueStore::valuesFromFileData(QByteArrayView bytes)
+{
+    if (bytes.size() > maximumBytes)
+        return std::nullopt;
+    auto values = PlistVariant::dictionaryFromData(bytes, storeLimits());
+    // A file that the store could not write back within its quota is unreadable: held, it
+    // would make every later write fail.
+    if (values && !bytesWithinQuota(*values))
+        return std::nullopt;
+    return values;
+}
+
+std::optional<QByteArray> CloudKeyValueStore::fileDataForValues(const QVariantMap &values)
+{
+    return bytesWithinQuota(values);
+}
 
 struct CloudKeyValueStore::Private {
     Private(CloudKeyValueStore *store, const QString &dir) : q(store), folder(dir) {}

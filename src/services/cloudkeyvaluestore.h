@@ -1,9 +1,13 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <QVariantMap>
+
+#include <optional>
 
 // A small store of keys and values that the user's sync client carries between machines: a
 // binary property list in a folder. Values are property-list types as QVariant: QString,
@@ -29,6 +33,12 @@ public:
 
     explicit CloudKeyValueStore(const QString &folder, QObject *parent = nullptr);
     ~CloudKeyValueStore() override;
+
+    // The values of a store file, or nothing if its bytes are unreadable or pass the quota.
+    static std::optional<QVariantMap> valuesFromFileData(QByteArrayView bytes);
+    // The file for these values, or nothing if they pass the quota. What it writes always
+    // reads back through valuesFromFileData.
+    static std::optional<QByteArray> fileDataForValues(const QVariantMap &values);
 
     // Moves the store to another folder and loads what lies there.
     void setFolder(const QString &folder);

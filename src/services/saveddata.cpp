@@ -77,10 +77,24 @@ SavedData::SavedData(const QString &path, CloudKeyValueStore *store)
 void SavedData::load()
 {
     QFile file(filePath);
-    std::optional<ArchiveValue> top;
     // A settings file is small: anything this large is damage, and counts as no file.
     if (file.open(QIODevice::ReadOnly) && file.size() <= PlistVariant::maximumFileBytes)
-        top = KeyedUnarchiver::unarchivedTopLevel(file.readAll());
+        readFileData(file.read(PlistVariant::maximumFileBytes + 1));
+
+    const QList<ChordShortcut> cloudChords = loadCloudCustomChords();
+    if (!cloudChords.isEmpty()) {
+        customChordShortcuts = markedCustom(cloudChords);
+        saveCustomChordsLocally = false;
+    } else if (customChordShortcuts && !customChordShortcuts->isEmpty()) {
+        storeCloudCustomChords(*customChordShortcuts);
+    }
+}
+
+void SavedData::readFileData(QByteArrayView bytes)
+{
+    if (bytes.size() > PlistVariant::maximumFileBytes)
+        return;
+    const std::optional<ArchiveValue> top = KeyedUnarchiver::unarchivedTopLevel(bytes);
     if (top) {
         createdFirstTab = top->value(u"firsttabkey").toBool();
         tabCreateCount = top->value(u"tabcreatecountkey").toInteger();
@@ -125,17 +139,9 @@ void SavedData::load()
         toolsMarkedSeen = top->value(u"toolsseenkey").toBool();
         cloudFolder = top->value(u"cloudfolderkey").stringValue();
     }
-
-    const QList<ChordShortcut> cloudChords = loadCloudCustomChords();
-    if (!cloudChords.isEmpty()) {
-        customChordShortcuts = markedCustom(cloudChords);
-        saveCustomChordsLocally = false;
-    } else if (customChordShortcuts && !customChordShortcuts->isEmpty()) {
-        storeCloudCustomChords(*customChordShortcuts);
-    }
 }
 
-void SavedData::save()
+QByteArray SavedData::fileData() const
 {
     ArchiveFields fields{
         {u"firsttabkey"_qs, ArchiveValue::fromBool(createdFirstTab)},
@@ -170,11 +176,16 @@ void SavedData::save()
     if (cloudFolder)
         fields.emplace_back(u"cloudfolderkey"_qs, ArchiveValue::fromString(*cloudFolder));
 
+    return KeyedArchiver::archivedDataKeyedDirectly(fields);
+}
+
+void SavedData::save()
+{
     AppPaths::ensureDirectory(QFileInfo(filePath).absolutePath());
     QSaveFile file(filePath);
     if (!file.open(QIODevice::WriteOnly))
         return;
-    file.write(KeyedArchiver::archivedDataKeyedDirectly(fields));
+    file.write(fileData());
     file.commit();
 }
 

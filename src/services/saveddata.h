@@ -2,6 +2,8 @@
 
 #include "music/chordshortcut.h"
 
+#include <QByteArray>
+#include <QByteArrayView>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -84,6 +86,11 @@ public:
 
     // Writes the whole file atomically. Failures are not reported.
     void save();
+    // The file as save() writes it.
+    QByteArray fileData() const;
+    // Takes the fields from a settings file's bytes; bytes past the size limit or unreadable
+    // leave every field as it was.
+    void readFileData(QByteArrayView bytes);
     bool addRecentChord(const ChordShortcut &chord);
     // The chord goes first among the user's, replacing one of its name; a recent chord of that
     // name now leads to it. Nothing is written when the newest chord is saved unchanged.

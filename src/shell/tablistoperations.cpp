@@ -205,7 +205,9 @@ std::optional<QString> importTabData(const std::optional<QString> &folder, const
     return std::nullopt;
 }
 
-ImportReading readImportFile(const QString &path)
+namespace {
+
+ImportReading readImportedForm(const QString &path)
 {
     const auto failed = [](const QString &description) {
         return ImportReading{std::nullopt, u"Import was unsuccessful.\n\n"_qs + description};
@@ -254,6 +256,20 @@ ImportReading readImportFile(const QString &path)
                           ? u"Not a proper .lgrd file."_qs
                           : u"The file holds no readable tab: "_qs + error.message + u'.');
     return ImportReading{std::move(tab), QString()};
+}
+
+} // namespace
+
+ImportReading readImportFile(const QString &path)
+{
+    ImportReading reading = readImportedForm(path);
+    // Whatever the form, the tab becomes a document: one the document reader would refuse is
+    // refused here, before it is saved.
+    if (reading.tabData && !tabFitsDocument(*reading.tabData)) {
+        return ImportReading{std::nullopt,
+                             u"Import was unsuccessful.\n\nThe file is too large to be a tab."_qs};
+    }
+    return reading;
 }
 
 QStringList importSuffixes()
