@@ -68,6 +68,9 @@ QString cutTuningEntry(const QString &entry)
 // however many places refer to it, so an archive that points at one object a million times
 // costs a million references, not a million decodings. What was decoded is remembered by UID
 // in flat tables, the rows and columns by where they stand in the tab being built.
+// A document of more cells than this is refused, so a hostile file cannot make a giant tab.
+constexpr quint64 maximumDocumentCells = 16'000'000;
+
 template<typename View>
 class TabDocumentReader {
 public:
@@ -108,7 +111,7 @@ public:
     }
 
     // More cells than any tab a person writes: the mark of an archive built to exhaust memory.
-    static constexpr quint64 maximumCells = 16'000'000;
+    static constexpr quint64 maximumCells = maximumDocumentCells;
     bool tooLarge() const { return cells > maximumCells; }
 
     QList<TabRowData> rows;
@@ -482,7 +485,7 @@ bool tabFitsDocument(const TabData &tabData)
         for (const TabColumnData &column : row.colDatas)
             cells += quint64(column.columnItems.size());
     }
-    if (cells > TabDocumentReader::maximumCells)
+    if (cells > maximumDocumentCells)
         return false;
     // Text can grow on the way: a string with one character past ASCII is stored in UTF-16.
     return documentData(tabData).size() <= maximumTabFileBytes;
