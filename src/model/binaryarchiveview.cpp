@@ -27,15 +27,9 @@ bool BinaryArchiveView::open(QByteArrayView bytes, QString *error)
     reader = BinaryPlistReader();
     objectList = top = Object();
     classes.clear();
-    if (bytes.size() < 8 || std::memcmp(bytes.data(), "bplist00", 8) != 0)
-        return fail(u"not a binary property list"_qs);
-    if (bytes.size() > KeyedUnarchiver::maximumBytes)
-        return fail(u"file too large"_qs);
-    // The bounds the tree reader puts on libplist, so that both take the same files.
-    PlistVariant::GraphLimits limits;
-    limits.expandedNodes = 1'000'000 + quint64(bytes.size());
-    limits.expandedPayloadBytes = 64 * 1024 * 1024 + 4 * quint64(bytes.size());
-    if (!reader.open(bytes, limits))
+    if (const auto refusal = KeyedUnarchiver::refusalUnread(bytes))
+        return fail(*refusal);
+    if (!reader.open(bytes, KeyedUnarchiver::graphLimits(bytes.size())))
         return fail(u"damaged property list"_qs);
     const Object root = reader.object(reader.top());
     if (root.type != Type::Dictionary)

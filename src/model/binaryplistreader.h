@@ -11,7 +11,7 @@
 
 // A binary property list ("bplist00") read straight from its bytes, with no tree of nodes: one
 // checked pass over every object that the top object reaches, then typed reads of single
-// objects by their index. The pass holds every bound of PlistVariant::isSafeBinaryPlist (depth,
+// objects by their index. The pass is PlistVariant::isSafeBinaryPlist, with its bounds (depth,
 // expansion, references in range, no cycles, no NUL in keys) and refuses every object that
 // libplist refuses, so that a file reads alike here and through libplist's tree. Reads give
 // what libplist gives too: ASCII text ends at a NUL, and UTF-16 text loses its unpaired

@@ -191,17 +191,11 @@ class Reader {
 public:
     bool open(QByteArrayView bytes)
     {
-        if (bytes.size() < 8 || std::memcmp(bytes.data(), "bplist00", 8) != 0)
-            return fail(u"not a binary property list"_qs);
-        if (bytes.size() > KeyedUnarchiver::maximumBytes)
-            return fail(u"file too large"_qs);
+        if (const auto refusal = KeyedUnarchiver::refusalUnread(bytes))
+            return fail(*refusal);
         // libplist copies an object for each reference to it and stops the program on some
-        // damaged keys, so the file's structure is checked before libplist sees it. A tab's
-        // archive expands to about one node for every four bytes of file.
-        PlistVariant::GraphLimits limits;
-        limits.expandedNodes = 1'000'000 + quint64(bytes.size());
-        limits.expandedPayloadBytes = 64 * 1024 * 1024 + 4 * quint64(bytes.size());
-        if (!PlistVariant::isSafeBinaryPlist(bytes, limits))
+        // damaged keys, so the file's structure is checked before libplist sees it.
+        if (!PlistVariant::isSafeBinaryPlist(bytes, KeyedUnarchiver::graphLimits(bytes.size())))
             return fail(u"damaged property list"_qs);
         plist_t parsed = nullptr;
         plist_from_bin(bytes.data(), uint32_t(bytes.size()), &parsed);
@@ -773,6 +767,24 @@ bool KeyedArchiveView::isArray(Uid object) const
 quint64 KeyedArchiveView::objectCount() const
 {
     return d->reader.objectCount();
+}
+
+std::optional<QString> KeyedUnarchiver::refusalUnread(QByteArrayView bytes)
+{
+    if (bytes.size() < 8 || std::memcmp(bytes.data(), "bplist00", 8) != 0)
+        return u"not a binary property list"_qs;
+    if (bytes.size() > maximumBytes)
+        return u"file too large"_qs;
+    return std::nullopt;
+}
+
+PlistVariant::GraphLimits KeyedUnarchiver::graphLimits(qsizetype size)
+{
+    // A tab's archive expands to about one node for every four bytes of file.
+    PlistVariant::GraphLimits limits;
+    limits.expandedNodes = 1'000'000 + quint64(size);
+    limits.expandedPayloadBytes = 64 * 1024 * 1024 + 4 * quint64(size);
+    return limits;
 }
 
 QByteArray KeyedArchiver::archivedData(const ArchiveValue &rootObject)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "archivevalue.h"
+#include "plistvariant.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -65,6 +66,12 @@ public:
     // Larger archives are refused unread. Far beyond any tab a person writes: a 1,000-row tab
     // takes 7 MB.
     static constexpr qsizetype maximumBytes = 256 * 1024 * 1024;
+    // Why the bytes are refused before any object is read (no binary property list, too
+    // large), or nothing.
+    static std::optional<QString> refusalUnread(QByteArrayView bytes);
+    // The bounds on the object graph of an archive of `size` bytes, the same for every reader
+    // so that all of them take the same files.
+    static PlistVariant::GraphLimits graphLimits(qsizetype size);
 
     // Gives the root object, or nothing with the reason in `error`.
     static std::optional<ArchiveValue> unarchivedRootObject(QByteArrayView bytes,

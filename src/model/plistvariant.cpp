@@ -1,5 +1,6 @@
 #include "plistvariant.h"
 
+#include "binaryplistreader.h"
 #include "binaryplistwriter.h"
 #include "modellog.h"
 
@@ -200,209 +201,6 @@ QVariant fromNode(plist_t node, int depth)
     }
 }
 
-// ---- The pre-parse check of a binary property list ------------------------------------------
-
-class BinaryGraph {
-public:
-    BinaryGraph(QByteArrayView bytes, const GraphLimits &limits)
-        : limits(limits), data(reinterpret_cast<const uchar *>(bytes.data())),
-          size(quint64(bytes.size()))
-    {
-    }
-
-    bool check()
-    {
-        if (size < 8 + 32 || std::memcmp(data, "bplist00", 8) != 0)
-            return false;
-        const uchar *trailer = data + size - 32;
-        offsetSize = trailer[6];
-        refSize = trailer[7];
-        objectCount = readNumber(trailer + 8, 8);
-        const quint64 top = readNumber(trailer + 16, 8);
-        tableOffset = readNumber(trailer + 24, 8);
-        if (!validWidth(offsetSize) || !validWidth(refSize) || objectCount == 0 ||
-            top >= objectCount || tableOffset < 8 || tableOffset >= size - 32 ||
-            objectCount > (size - 32 - tableOffset) / offsetSize)
-            return false;
-        state.assign(objectCount, Unvisited);
-        nodes.assign(objectCount, 0);
-        payload.assign(objectCount, 0);
-        return walk(top);
-    }
-
-private:
-    enum State : quint8 { Unvisited, InProgress, Done };
-    struct Frame {
-        quint64 index = 0;
-        quint64 refs = 0; // where the object's references start
-        quint64 count = 0;
-        quint64 next = 0;
-        quint64 nodes = 0;
-        quint64 payload = 0;
-    };
-
-    static bool validWidth(quint64 width) { return width >= 1 && width <= 8; }
-
-    static quint64 readNumber(const uchar *p, quint64 width)
-    {
-        quint64 value = 0;
-        for (quint64 i = 0; i < width; ++i)
-            value = (value << 8) | p[i];
-        return value;
-    }
-
-    struct Header {
-        int type = 0;
-        quint64 count = 0;
-        quint64 pos = 0; // where the object's body starts
-    };
-
-    // The marker of an object and its count, which may follow in an integer of its own.
-    bool header(quint64 index, Header &result) const
-    {
-        const quint64 offset = readNumber(data + tableOffset + index * offsetSize, offsetSize);
-        if (offset < 8 || offset >= tableOffset)
-            return false;
-        quint64 pos = offset;
-        const uchar marker = data[pos++];
-        result.type = marker >> 4;
-        result.count = marker & 0x0F;
-        if (hasCount(result.type) && result.count == 0x0F) {
-            if (pos >= tableOffset || (data[pos] >> 4) != 0x1)
-                return false;
-            const quint64 width = quint64(1) << (data[pos] & 0x0F);
-            ++pos;
-            if (width > 8 || width > tableOffset - pos)
-                return false;
-            result.count = readNumber(data + pos, width);
-            pos += width;
-        }
-        result.pos = pos;
-        return true;
-    }
-
-    static bool hasCount(int type)
-    {
-        return type == 0x4 || type == 0x5 || type == 0x6 || type == 0xA || type == 0xB ||
-               type == 0xC || type == 0xD;
-    }
-    static bool isContainer(int type) { return type >= 0xA && type <= 0xD; }
-
-    // Dictionary keys must be strings without a NUL: the parser keeps keys as C strings and
-    // stops the program on one whose length disagrees with its text.
-    bool isCleanKey(quint64 index) const
-    {
-        Header key;
-        if (!header(index, key) || (key.type != 0x5 && key.type != 0x6))
-            return false;
-        const quint64 width = key.type == 0x6 ? 2 : 1;
-        if (key.count > (tableOffset - key.pos) / width)
-            return false;
-        for (quint64 i = 0; i < key.count; ++i) {
-            const uchar *unit = data + key.pos + i * width;
-            if (unit[0] == 0 && (width == 1 || unit[1] == 0))
-                return false;
-        }
-        return true;
-    }
-
-    // Reads an object's header: where its references start and how many (for containers),
-    // and its payload length. Dictionary keys are checked here, once per dictionary.
-    bool describe(quint64 index, Frame &frame, quint64 &payloadBytes) const
-    {
-        Header object;
-        if (!header(index, object))
-            return false;
-        payloadBytes = 0;
-        frame.index = index;
-        frame.refs = object.pos;
-        frame.count = 0;
-        frame.next = 0;
-        if (isContainer(object.type)) {
-            const quint64 refs = object.type == 0xD ? 2 : 1;
-            if (object.count > (tableOffset - object.pos) / refSize / refs)
-                return false;
-            frame.count = object.count * refs;
-            if (object.type == 0xD) {
-                for (quint64 i = 0; i < object.count; ++i) {
-                    const quint64 key = readNumber(data + object.pos + i * refSize, refSize);
-                    if (key >= objectCount || !isCleanKey(key))
-                        return false;
-                }
-            }
-        } else if (hasCount(object.type)) {
-            payloadBytes = object.type == 0x6 ? object.count * 2 : object.count;
-            if (object.count > tableOffset || payloadBytes > tableOffset - object.pos)
-                return false;
-        }
-        return true;
-    }
-
-    // Depth-first over the graph with an explicit stack, so that no input can exhaust the
-    // call stack; each object's expanded size is worked out once.
-    bool walk(quint64 top)
-    {
-        std::vector<Frame> stack;
-        stack.reserve(size_t(limits.depth) + 1);
-        if (!enter(top, stack))
-            return false;
-        while (!stack.empty()) {
-            Frame &frame = stack.back();
-            if (frame.next < frame.count) {
-                const quint64 child = readNumber(data + frame.refs + frame.next * refSize, refSize);
-                ++frame.next;
-                if (child >= objectCount || state[child] == InProgress)
-                    return false;
-                if (state[child] == Done) {
-                    frame.nodes += nodes[child];
-                    frame.payload += payload[child];
-                } else if (!enter(child, stack)) {
-                    return false;
-                }
-                continue;
-            }
-            if (frame.nodes > limits.expandedNodes || frame.payload > limits.expandedPayloadBytes)
-                return false;
-            const quint64 index = frame.index;
-            nodes[index] = frame.nodes;
-            payload[index] = frame.payload;
-            state[index] = Done;
-            stack.pop_back();
-            if (!stack.empty()) {
-                stack.back().nodes += nodes[index];
-                stack.back().payload += payload[index];
-            }
-        }
-        return true;
-    }
-
-    bool enter(quint64 index, std::vector<Frame> &stack)
-    {
-        if (stack.size() > size_t(limits.depth))
-            return false;
-        Frame frame;
-        quint64 bytes = 0;
-        if (!describe(index, frame, bytes))
-            return false;
-        frame.nodes = 1;
-        frame.payload = bytes;
-        state[index] = InProgress;
-        stack.push_back(frame);
-        return true;
-    }
-
-    GraphLimits limits;
-    const uchar *data;
-    quint64 size;
-    quint64 offsetSize = 0;
-    quint64 refSize = 0;
-    quint64 objectCount = 0;
-    quint64 tableOffset = 0;
-    std::vector<State> state;
-    std::vector<quint64> nodes;
-    std::vector<quint64> payload;
-};
-
 } // namespace
 
 std::optional<QVariant> normalized(const QVariant &value)
@@ -445,7 +243,8 @@ std::optional<QVariantMap> dictionaryFromData(QByteArrayView bytes, const GraphL
 
 bool isSafeBinaryPlist(QByteArrayView bytes, const GraphLimits &limits)
 {
-    return BinaryGraph(bytes, limits).check();
+    // The reader's checked pass is the check: one walk of the graph serves every reader.
+    return BinaryPlistReader().open(bytes, limits);
 }
 
 } // namespace PlistVariant
